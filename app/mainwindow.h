@@ -1,0 +1,212 @@
+#pragma once
+
+#include <QDateTime>
+#include <QHash>
+#include <QList>
+#include <QMainWindow>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+#include "kiwi/linkstate.h"
+#include "store/profile.h"
+#include "store/statuslog.h"
+
+class KiwiAudioCapture;
+class QComboBox;
+class QDialog;
+class QLabel;
+class QMenu;
+class QPlainTextEdit;
+class QPushButton;
+class QTableWidget;
+class QTcpServer;
+class QTcpSocket;
+class QTimer;
+class QWebSocket;
+struct Jt9Places;
+
+// The one window and the one owner of the station's state. It owns, sequences and displays;
+// parsing, encoding, merging and formatting are core units that it calls. Everything here runs
+// on the GUI thread. Each group of members is implemented in the files named above it.
+class MainWindow : public QMainWindow
+{
+public:
+    // UTC, milliseconds since the epoch. Every decision that depends on the time of day asks it.
+    using Clock = std::function<qint64()>;
+
+    explicit MainWindow(Clock clock = QDateTime::currentMSecsSinceEpoch);
+    ~MainWindow() override;
+
+    // ---- app/menus.cpp, app/help.cpp ----
+    void showHelpAbout();
+
+    // ---- kiwi/session.cpp: connect, probe, watchdog ----
+    void connectKiwi();
+    void disconnectKiwi(bool announce);
+    QString kiwiStatusText() const;
+    void setKiwiStatus(const QString &text); // an empty text shows kiwiStatusText()
+
+    // ---- decode/choosedecoder.cpp ----
+    void findJt9(const Jt9Places &places);
+    void selectJt9();
+
+    // ---- display/decodetable.cpp ----
+    void appendDecodes(const QString &periodLabel, const QStringList &lines);
+    void clearDecodes();
+    void reapplyHighlights();
+
+    // ---- display/highlight.cpp ----
+    void editHighlightCalls();
+    bool matchesHighlightedCall(const QString &text) const;
+
+    // ---- display/bridge.cpp ----
+    void startBridge();
+    void stopBridge();
+    void broadcastDecodes(const QString &periodLabel, const QStringList &lines);
+    void onDecodesDelivered(const QString &periodLabel, const QStringList &lines);
+
+    // ---- display/bridgestatus.cpp ----
+    void startBridgeFromMenu();
+    void stopBridgeFromMenu();
+    void showBridgeAttachment();
+    void showBridgeStatusDialog();
+    void refreshBridgeStatus();
+
+    // ---- display/statusbar.cpp, display/stationdisplay.cpp ----
+    void refreshStatusBar();
+    void showStationDisplay();
+    void refreshStationDisplay();
+
+    // ---- store/profilefiles.cpp ----
+    bool loadProfile(const QString &path, bool showErrors);
+    bool saveProfile(const QString &path, bool showErrors);
+    void saveDefaultProfileQuietly(); // always the default profile, never profilePath
+    void loadFrequencyFile();
+    void saveFrequencyFile();
+    void openProfile();
+    void saveCurrentProfile();
+    void saveProfileAs();
+
+    // ---- store/receiverdialog.cpp ----
+    void showReceiverDialog();
+
+    // ---- store/goodreceiverlist.cpp ----
+    void recordGoodReceiver(int decodeCount);
+
+    // ---- store/statuslogwindow.cpp ----
+    void startStatusSession();
+    void addSessionDecodes(qint64 count);
+    void finishStatusSession();
+    void showStatusLogWindow();
+
+private:
+    // ---- app/mainwindow.cpp ----
+    void buildClearButton();
+    void buildStatusLabel();
+    void buildCapture();
+    qint64 nowMs() const { return clock(); }
+
+    // ---- app/menus.cpp ----
+    void buildMenus();
+    void buildDecodeMenu(QMenu *settings);
+    void buildDecoderMenu(QMenu *settings);
+    void buildBridgeMenu(QMenu *settings);
+    void buildViewMenu(QMenu *settings);
+    void chooseDecodeDepth(int depth);
+
+    // ---- kiwi/session.cpp ----
+    void queueProbe();
+    void probeNextEndpoint();
+    void watchSocket(QWebSocket *socket);
+    void onProbeTimeout();
+    void onSocketConnected(QWebSocket *socket);
+    void onTextMessage(QWebSocket *socket, const QString &message);
+    void onSocketError(QWebSocket *socket);
+    void onSocketDisconnected(QWebSocket *socket);
+    void dropSocket(QWebSocket *socket);
+    void resetLinkCounters();
+    void sendKiwiCommands(QWebSocket *socket);
+
+    // ---- kiwi/soundframes.cpp, kiwi/evidence.cpp ----
+    void onBinaryFrame(QWebSocket *socket, const QByteArray &frame);
+    void takeSoundFrame(QWebSocket *socket, const QByteArray &frame);
+    void writeEvidence();
+
+    // ---- decode/choosedecoder.cpp ----
+    void useJt9(const QString &path); // publishes it to the decode workers
+
+    // ---- display/decodetable.cpp ----
+    void buildDecodeTable();
+    void applyRowHighlight(int row);
+    void fitWindowToTable();
+
+    // ---- display/highlight.cpp ----
+    void loadHighlightCalls();
+    void saveHighlightCalls();
+
+    // ---- display/bridge.cpp ----
+    void onBridgeConnection();
+    void onBridgeClientGone(QTcpSocket *socket);
+    bool bridgeListening() const;
+
+    // ---- store/profilefiles.cpp ----
+    void loadStartupProfile();
+
+    // ---- store/receiverdialog.cpp, store/goodreceiverlist.cpp ----
+    void fillGoodReceiversCombo(QComboBox *combo);
+    void removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
+                                    QLabel *statusLabel);
+
+    // ---- store/statuslogwindow.cpp ----
+    void rebuildStatusHistory();
+    void refreshStatusLogView();
+
+    const Clock clock;
+
+    // Link
+    LinkState link;
+    QWebSocket *kiwiSocket = nullptr; // the one live socket; child of the window
+    QTimer *probeTimer = nullptr;
+    QStringList sndEndpoints;
+    int endpointIndex = 0; // of the next endpoint to try
+    bool probeQueued = false;
+    QString evidencePath; // of this connection's report
+
+    // Decode
+    std::unique_ptr<KiwiAudioCapture> capture;
+
+    // Display: table, highlights, status bar
+    QTableWidget *decodeTable = nullptr;
+    QStringList highlightCalls;
+    QLabel *statusSummaryLabel = nullptr;
+
+    // Display: bridge
+    QTcpServer *bridgeServer = nullptr; // null while stopped
+    QList<QTcpSocket *> bridgeClients;  // in order of acceptance
+    QString bridgeLastError;            // empty after a good start
+    qint64 bridgeLastOutputMs = 0;      // UTC, ms since the epoch; 0 = never
+    int bridgeLastOutputCount = 0;
+    QDialog *bridgeStatusDialog = nullptr;
+    QLabel *bridgeStatusLabel = nullptr;
+    QTimer *bridgeStatusTimer = nullptr;
+
+    // Display: Station Display
+    QDialog *stationDialog = nullptr;
+    QLabel *stationLabel = nullptr;
+    QTableWidget *stationTable = nullptr;
+    QTimer *stationTimer = nullptr;
+    bool stationSized = false; // it has had its first size adjustment
+
+    // Store
+    Profile profile;
+    QString profilePath; // last opened or saved
+    double frequencyMhz = 14.074;
+    QLabel *receiverStatusLabel = nullptr; // the receiver dialog's, while it is open
+    StatusSession statusSession;
+    QDialog *statusLogDialog = nullptr;
+    QPlainTextEdit *statusLogView = nullptr;
+    QTimer *statusLogTimer = nullptr;
+    QString statusHistory; // read from the file when a session ends or the window opens
+};
