@@ -14,6 +14,7 @@
 #include "store/statuslog.h"
 
 class KiwiAudioCapture;
+class QAction;
 class QComboBox;
 class QDialog;
 class QLabel;
@@ -26,6 +27,7 @@ class QTcpSocket;
 class QTimer;
 class QWebSocket;
 struct Jt9Places;
+struct SoundOutcome;
 
 // The one window and the one owner of the station's state. It owns, sequences and displays;
 // parsing, encoding, merging and formatting are core units that it calls. Everything here runs
@@ -36,7 +38,7 @@ public:
     // UTC, milliseconds since the epoch. Every decision that depends on the time of day asks it.
     using Clock = std::function<qint64()>;
 
-    explicit MainWindow(Clock clock = QDateTime::currentMSecsSinceEpoch);
+    explicit MainWindow(Clock clockToUse = QDateTime::currentMSecsSinceEpoch);
     ~MainWindow() override;
 
     // ---- app/menus.cpp, app/help.cpp ----
@@ -110,6 +112,7 @@ private:
 
     // ---- app/menus.cpp ----
     void buildMenus();
+    QAction *addEntry(QMenu *menu, const QString &text, std::function<void()> onChoice);
     void buildDecodeMenu(QMenu *settings);
     void buildDecoderMenu(QMenu *settings);
     void buildBridgeMenu(QMenu *settings);
@@ -132,6 +135,8 @@ private:
     // ---- kiwi/soundframes.cpp, kiwi/evidence.cpp ----
     void onBinaryFrame(QWebSocket *socket, const QByteArray &frame);
     void takeSoundFrame(QWebSocket *socket, const QByteArray &frame);
+    void sendKeepaliveWhenDue(QWebSocket *socket);
+    void showSoundOutcome(const SoundOutcome &outcome);
     void writeEvidence();
 
     // ---- decode/choosedecoder.cpp ----
