@@ -102,6 +102,14 @@ void forgetRemoved(const ReceiverKey &key)
     storeRemovedKeys(settings, withoutKey(removedKeys(settings), key));
 }
 
+// A long host name must not push the rest out of the dialog.
+QComboBox *newGoodReceiversCombo()
+{
+    auto *combo = new QComboBox;
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    return combo;
+}
+
 ReceiverForm newForm(const Profile &profile, double mhz, const QString &statusText)
 {
     ReceiverForm form;
@@ -110,7 +118,7 @@ ReceiverForm newForm(const Profile &profile, double mhz, const QString &statusTe
     form.status = newStatusLabel(statusText);
     form.band = newBandCombo(mhz);
     form.frequency = new QLineEdit(frequencyText(mhz));
-    form.goodReceivers = new QComboBox;
+    form.goodReceivers = newGoodReceiversCombo();
     form.remove = new QPushButton(QStringLiteral("Remove Selected"));
     form.remove->setEnabled(false);
     return form;

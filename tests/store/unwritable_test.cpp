@@ -28,6 +28,8 @@ private slots:
     void savesAgainOnceThereIsRoom();
     void aReadOnlyDiskCannotBeOpened();
     void theCaptureFolderLeavesAReadOnlyDisk();
+    void installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite_data();
+    void installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite();
 
 private:
     // A mounted folder with a file of its own and no room for anything more.
@@ -125,6 +127,23 @@ void UnwritableTest::theCaptureFolderLeavesAReadOnlyDisk()
     QVERIFY(QDir().mkpath(folder.filePath(QStringLiteral("capture"))));
     QVERIFY(disk.makeReadOnly());
     QCOMPARE(captureFolder(bin, cache), cache + QStringLiteral("/capture"));
+}
+
+void UnwritableTest::installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite_data()
+{
+    QTest::addColumn<QString>("prefix");
+    QTest::newRow("/opt") << QStringLiteral("/opt");
+    QTest::newRow("/usr/local") << QStringLiteral("/usr/local");
+}
+
+void UnwritableTest::installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite()
+{
+    QFETCH(QString, prefix);
+    const MemoryMount disk(prefix, "size=256k");
+    QVERIFY(disk.isMounted());
+    const QString bin = prefix + QStringLiteral("/station/bin");
+    QVERIFY(QDir().mkpath(bin));
+    QCOMPARE(captureFolder(bin, QStringLiteral("/cache")), QStringLiteral("/cache/capture"));
 }
 
 int main(int argc, char *argv[])
