@@ -163,8 +163,10 @@ private:
     void fillGoodReceiversCombo(QComboBox *combo);
     void removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
                                     QLabel *statusLabel);
+    void applyReceiver(const QString &hostText, const QString &portText, const QString &mhzText);
 
     // ---- store/statuslogwindow.cpp ----
+    void buildStatusLogWindow();
     void rebuildStatusHistory();
     void refreshStatusLogView();
 
