@@ -43,6 +43,7 @@ QLabel *newStatusLabel(const QString &text)
 {
     auto *label = new QLabel(text);
     label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText); // it shows host names
     label->setMinimumSize(270, 68);
     label->setFrameShape(QFrame::StyledPanel);
     label->setMargin(7);
