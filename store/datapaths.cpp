@@ -68,7 +68,7 @@ QString statusLogPath()
 
 QString captureFolder(const QString &applicationDir, const QString &cacheLocation)
 {
-    const QString beside = QDir::cleanPath(applicationDir + QStringLiteral("/../capture"));
+    QString beside = QDir::cleanPath(applicationDir + QStringLiteral("/../capture"));
     if (belongsElsewhere(applicationDir, beside))
         return cacheLocation + QStringLiteral("/capture");
     return beside;

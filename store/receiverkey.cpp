@@ -9,7 +9,10 @@
 namespace
 {
 
-constexpr QLatin1String removedKeysSetting("receivers/removedKeys");
+QString removedKeysSetting()
+{
+    return QStringLiteral("receivers/removedKeys");
+}
 
 bool sameText(const QString &left, const QString &right)
 {
@@ -50,11 +53,11 @@ QStringList withoutKey(QStringList keys, const ReceiverKey &key)
 
 QStringList removedKeys(const QSettings &settings)
 {
-    return settings.value(removedKeysSetting).toStringList();
+    return settings.value(removedKeysSetting()).toStringList();
 }
 
 void storeRemovedKeys(QSettings &settings, const QStringList &keys)
 {
-    settings.setValue(removedKeysSetting, keys);
+    settings.setValue(removedKeysSetting(), keys);
     settings.sync();
 }
