@@ -2,6 +2,7 @@
 // worked through the real dialog, with data and settings of their own in a temporary folder.
 
 #include "app/mainwindow.h"
+#include "app/stationfont.h"
 #include "sim/kiwisim.h"
 
 #include <QApplication>
@@ -257,7 +258,10 @@ int main(int argc, char *argv[])
     const QTemporaryDir home;
     useHome(home);
 
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication application(argc, argv);
+    setStationFont();
     QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
     QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
     DemoOptions options;
