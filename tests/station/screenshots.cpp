@@ -68,7 +68,7 @@ void press(QWidget *dialog, const QString &text)
     qFatal("no button %s", qPrintable(text));
 }
 
-// Enters the simulator's address and connects; the picture shows the live link.
+// Connects to the receiver of the profile; the picture, if named, shows the live link.
 void connectReceiver(const MainWindow &window, const QString &name)
 {
     whenDialogOpens([&](QWidget *dialog) {
@@ -83,7 +83,9 @@ void connectReceiver(const MainWindow &window, const QString &name)
         if (!QTest::qWaitFor(connected, longestWaitMs)) {
             qFatal("not connected");
         }
-        save(dialog, name);
+        if (!name.isEmpty()) {
+            save(dialog, name);
+        }
         press(dialog, QStringLiteral("Close"));
     });
     choose(window, {QStringLiteral("Settings"), QStringLiteral("Kiwi Receiver...")});
@@ -189,7 +191,7 @@ int main(int argc, char **argv)
                   QStringList{QStringLiteral("Bridge"), QStringLiteral("Test WSJT Attachment")},
               QStringLiteral("bridge-attachment"));
     choose(window, settings + QStringList{QStringLiteral("Disconnect Receiver")});
-    connectReceiver(window, QStringLiteral("kiwi-receiver-again"));
+    connectReceiver(window, QString());
     showModeless(window, QStringLiteral("Status Log"),
                  QStringLiteral("PELQ Kiwi Outpost Status Log"), QStringLiteral("status-log"));
     showModal(window, settings + QStringList{QStringLiteral("Highlight Calls...")},
