@@ -54,6 +54,9 @@ void useDarkPalette()
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         palette.setColor(role, text);
     }
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, QColor(0x7f, 0x83, 0x87));
+    }
     palette.setColor(QPalette::Highlight, QColor(0x3d, 0xae, 0xe9));
     QApplication::setPalette(palette);
 }
