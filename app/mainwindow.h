@@ -14,6 +14,7 @@
 #include "store/statuslog.h"
 
 class KiwiAudioCapture;
+class QAction;
 class QComboBox;
 class QDialog;
 class QLabel;
@@ -27,6 +28,7 @@ class QTimer;
 class QWebSocket;
 struct BridgeState;
 struct Jt9Places;
+struct SoundOutcome;
 
 // The one window and the one owner of the station's state. It owns, sequences and displays;
 // parsing, encoding, merging and formatting are core units that it calls. Everything here runs
@@ -37,7 +39,7 @@ public:
     // UTC, milliseconds since the epoch. Every decision that depends on the time of day asks it.
     using Clock = std::function<qint64()>;
 
-    explicit MainWindow(Clock clock = QDateTime::currentMSecsSinceEpoch);
+    explicit MainWindow(Clock clockToUse = QDateTime::currentMSecsSinceEpoch);
     ~MainWindow() override;
 
     // ---- app/menus.cpp, app/help.cpp ----
@@ -111,6 +113,7 @@ private:
 
     // ---- app/menus.cpp ----
     void buildMenus();
+    QAction *addEntry(QMenu *menu, const QString &text, std::function<void()> onChoice);
     void buildDecodeMenu(QMenu *settings);
     void buildDecoderMenu(QMenu *settings);
     void buildBridgeMenu(QMenu *settings);
@@ -133,6 +136,8 @@ private:
     // ---- kiwi/soundframes.cpp, kiwi/evidence.cpp ----
     void onBinaryFrame(QWebSocket *socket, const QByteArray &frame);
     void takeSoundFrame(QWebSocket *socket, const QByteArray &frame);
+    void sendKeepaliveWhenDue(QWebSocket *socket);
+    void showSoundOutcome(const SoundOutcome &outcome);
     void writeEvidence();
 
     // ---- decode/choosedecoder.cpp ----
@@ -174,8 +179,10 @@ private:
     void fillGoodReceiversCombo(QComboBox *combo);
     void removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
                                     QLabel *statusLabel);
+    void applyReceiver(const QString &hostText, const QString &portText, const QString &mhzText);
 
     // ---- store/statuslogwindow.cpp ----
+    void buildStatusLogWindow();
     void rebuildStatusHistory();
     void refreshStatusLogView();
 

@@ -8,3 +8,10 @@ inline QSettings stationSettings()
 {
     return QSettings(QStringLiteral("PELQ"), QStringLiteral("PELQ Kiwi Outpost"));
 }
+
+// jt9's decode depth, 1 to 3, from "decoder/depth"; anything else stored there counts as 2.
+inline int storedDecodeDepth(const QSettings &settings)
+{
+    const int depth = settings.value(QStringLiteral("decoder/depth"), 2).toInt();
+    return depth >= 1 && depth <= 3 ? depth : 2;
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QString>
+
+// The heading of the Help / About dialog, HTML.
+QString helpHeading();
+
+// The help page itself, plain text, lines separated by LF.
+QString helpText();

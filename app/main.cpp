@@ -1,0 +1,18 @@
+#include "app/mainwindow.h"
+#include "app/stationfont.h"
+
+#include <QApplication>
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QApplication application(argc, argv);
+    setStationFont();
+    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
+    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
+
+    MainWindow window;
+    window.show();
+    return QApplication::exec();
+}

@@ -1,0 +1,130 @@
+#include "app/mainwindow.h"
+
+#include "decode/jt9locator.h"
+#include "decode/kiwiaudiocapture.h"
+#include "kiwi/kiwicommands.h"
+#include "store/datapaths.h"
+#include "store/settings.h"
+
+#include <QCoreApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QProcessEnvironment>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QTcpServer>
+#include <QTimer>
+#include <QWebSocket>
+
+#include <utility>
+
+MainWindow::MainWindow(Clock clockToUse) : clock(std::move(clockToUse))
+{
+    setWindowTitle(QStringLiteral("PELQ Kiwi Outpost"));
+    resize(345, 245);
+    setMinimumSize(345, 175);
+    loadHighlightCalls();
+    buildMenus();
+    buildDecodeTable();
+    buildClearButton();
+    buildStatusLabel();
+    buildCapture();
+    probeTimer = new QTimer(this);
+    probeTimer->setSingleShot(true);
+    connect(probeTimer, &QTimer::timeout, this, [this] { onProbeTimeout(); });
+    sndEndpoints = kiwiSndEndpoints();
+    loadStartupProfile();
+    loadFrequencyFile();
+    QTimer::singleShot(0, this, [this] {
+        findJt9(jt9PlacesOfThisSystem(profile.jt9Path, QCoreApplication::applicationDirPath(),
+                                      QProcessEnvironment::systemEnvironment()));
+    });
+    startBridge();
+}
+
+MainWindow::~MainWindow()
+{
+    stopBridge();
+    disconnectKiwi(false);
+    // Open dialogs clear the window's pointers when they go, so they go while those are there.
+    delete bridgeStatusDialog;
+    delete stationDialog;
+    delete statusLogDialog;
+}
+
+void MainWindow::buildClearButton()
+{
+    auto *clear = new QPushButton(QStringLiteral("Clear"), menuBar());
+    clear->setToolTip(QStringLiteral("Clear the displayed decode list"));
+    clear->setFocusPolicy(Qt::NoFocus);
+    clear->setMinimumWidth(52);
+    clear->setFixedHeight(qMax(20, menuBar()->sizeHint().height() - 2));
+    connect(clear, &QPushButton::clicked, this, [this] { clearDecodes(); });
+    menuBar()->setCornerWidget(clear, Qt::TopRightCorner);
+}
+
+namespace
+{
+// The largest size, from the font's own downwards, at which the longest usual summary fits.
+QFont summaryFont(QFont font, int widthToFit)
+{
+    const QString longest =
+        QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 999999");
+    constexpr qreal smallestPoints = 6.5;
+    qreal points = font.pointSizeF() > 0 ? font.pointSizeF() : 9;
+    font.setWeight(QFont::Normal);
+    font.setPointSizeF(points);
+    while (points > smallestPoints && QFontMetrics(font).horizontalAdvance(longest) > widthToFit) {
+        points -= 0.25;
+        font.setPointSizeF(points);
+    }
+    return font;
+}
+} // namespace
+
+void MainWindow::buildStatusLabel()
+{
+    QStatusBar *bar = statusBar();
+    bar->clearMessage();
+    bar->setSizeGripEnabled(false);
+    bar->setContentsMargins(2, 0, 2, 0);
+    bar->setStyleSheet(QStringLiteral("QStatusBar::item { border: 0px; }"));
+
+    statusSummaryLabel = new QLabel(bar);
+    statusSummaryLabel->setAlignment(Qt::AlignCenter);
+    statusSummaryLabel->setContentsMargins(0, 0, 0, 0);
+    statusSummaryLabel->setMargin(0);
+    statusSummaryLabel->setMinimumWidth(0);
+    statusSummaryLabel->setWordWrap(false);
+    statusSummaryLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    const QFont labelFont = summaryFont(font(), qMax(250, minimumWidth() - 10));
+    statusSummaryLabel->setFont(labelFont);
+    bar->addWidget(statusSummaryLabel, 1);
+    bar->setFixedHeight(qMax(18, QFontMetrics(labelFont).height() + 6));
+    bar->show();
+    refreshStatusBar();
+}
+
+void MainWindow::buildCapture()
+{
+    capture = std::make_unique<KiwiAudioCapture>();
+    capture->setCaptureFolder(
+        captureFolder(QCoreApplication::applicationDirPath(),
+                      QStandardPaths::writableLocation(QStandardPaths::CacheLocation)));
+    const QSettings settings = stationSettings();
+    capture->setDecodeDepth(storedDecodeDepth(settings));
+    capture->setWorkerCallback([this](const QString &periodLabel, const QStringList &lines) {
+        QMetaObject::invokeMethod(
+            this, [this, periodLabel, lines] { onDecodesDelivered(periodLabel, lines); },
+            Qt::QueuedConnection);
+    });
+    capture->setPeriodCallback([this](const QString &periodLabel, const QStringList &lines) {
+        QMetaObject::invokeMethod(
+            this, [this, periodLabel, lines] { appendDecodes(periodLabel, lines); },
+            Qt::QueuedConnection);
+    });
+}

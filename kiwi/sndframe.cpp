@@ -1,0 +1,19 @@
+#include "kiwi/sndframe.h"
+
+bool isSndFrame(const QByteArray &frame)
+{
+    return frame.startsWith("SND");
+}
+
+bool isAdpcmFrame(const QByteArray &frame)
+{
+    constexpr int adpcmFlag = 0x10;
+    return frame.size() > 3 && (frame.at(3) & adpcmFlag) != 0;
+}
+
+QString frameHead(const QByteArray &frame)
+{
+    const QByteArray head = frame.left(8);
+    // The bare pointer ends the text at the first zero byte.
+    return QString::fromLatin1(head.constData()).toHtmlEscaped();
+}

@@ -1,0 +1,69 @@
+// What arrives in binary frames: counted, and audio handed to the capture.
+
+#include "app/logline.h"
+#include "app/mainwindow.h"
+#include "decode/kiwiaudiocapture.h"
+#include "kiwi/kiwicommands.h"
+#include "kiwi/sndframe.h"
+
+#include <QTimer>
+#include <QWebSocket>
+
+void MainWindow::onBinaryFrame(QWebSocket *socket, const QByteArray &frame)
+{
+    if (socket != kiwiSocket) {
+        return;
+    }
+    link.rxFrames += 1;
+    link.rxBytes += static_cast<quint64>(frame.size());
+    link.lastFrameSize = frame.size();
+    if (isSndFrame(frame)) {
+        takeSoundFrame(socket, frame);
+    } else {
+        link.otherBinaryFrames += 1;
+    }
+    if (link.rxFrames <= 10 || link.rxFrames % 50 == 0) {
+        logLine(QStringLiteral("RX binary frame %1: size=%2, ascii=%3")
+                    .arg(QString::number(link.rxFrames), QString::number(frame.size()),
+                         frameHead(frame)));
+    }
+    setKiwiStatus(QString());
+}
+
+void MainWindow::takeSoundFrame(QWebSocket *socket, const QByteArray &frame)
+{
+    startStatusSession();
+    link.sndFrames += 1;
+    sendKeepaliveWhenDue(socket);
+    if (capture && frame.size() >= sndHeaderBytes) {
+        showSoundOutcome(capture->takeFrame(frame, link.currentEndpoint, nowMs()));
+    }
+    if (!link.sndVerified) {
+        link.sndVerified = true;
+        probeTimer->stop();
+        logLine(QStringLiteral("REAL KIWI SND DATA VERIFIED at %1.").arg(link.currentEndpoint));
+    }
+    if (link.sndFrames == 1 || link.sndFrames % 20 == 0) {
+        writeEvidence();
+    }
+}
+
+void MainWindow::sendKeepaliveWhenDue(QWebSocket *socket)
+{
+    const qint64 now = nowMs();
+    if (now - link.lastKeepaliveMs < keepaliveIntervalMs) {
+        return;
+    }
+    socket->sendTextMessage(kiwiKeepalive());
+    link.lastKeepaliveMs = now;
+}
+
+// The title keeps the last outcome; nothing sets it back.
+void MainWindow::showSoundOutcome(const SoundOutcome &outcome)
+{
+    if (!outcome.attempted) {
+        return;
+    }
+    setWindowTitle(outcome.succeeded ? QStringLiteral("PELQ Kiwi Outpost (FT8 Decode Complete)")
+                                     : QStringLiteral("PELQ Kiwi Outpost (ADPCM WAV Failed)"));
+}

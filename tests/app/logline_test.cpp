@@ -1,0 +1,43 @@
+#include "app/logline.h"
+
+#include <QRegularExpression>
+#include <QTest>
+
+namespace
+{
+QtMsgType lastType;
+QString lastCategory;
+QString lastMessage;
+
+void remember(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    lastType = type;
+    lastCategory = QString::fromLatin1(context.category);
+    lastMessage = message;
+}
+} // namespace
+
+class LogLineTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void localTimeABlankAndTheText();
+};
+
+void LogLineTest::localTimeABlankAndTheText()
+{
+    const QtMessageHandler before = qInstallMessageHandler(remember);
+    const QString earliest = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
+    logLine(QStringLiteral("say \"hello\" — 14.074000 MHz"));
+    const QString latest = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
+    qInstallMessageHandler(before);
+
+    QCOMPARE(lastType, QtInfoMsg);
+    QCOMPARE(lastCategory, QStringLiteral("default"));
+    const QString end = QStringLiteral(" say \"hello\" — 14.074000 MHz");
+    QVERIFY2(lastMessage == earliest + end || lastMessage == latest + end, qPrintable(lastMessage));
+}
+
+QTEST_APPLESS_MAIN(LogLineTest)
+#include "logline_test.moc"

@@ -1,0 +1,52 @@
+#include "store/settings.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+class SettingsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void storedDepth_data();
+    void storedDepth();
+    void openedByTheirOwnNames();
+};
+
+void SettingsTest::storedDepth_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<int>("depth");
+    QTest::newRow("absent") << QVariant() << 2;
+    QTest::newRow("0") << QVariant(0) << 2;
+    QTest::newRow("1") << QVariant(1) << 1;
+    QTest::newRow("2") << QVariant(2) << 2;
+    QTest::newRow("3") << QVariant(3) << 3;
+    QTest::newRow("4") << QVariant(4) << 2;
+    QTest::newRow("-1") << QVariant(-1) << 2;
+    QTest::newRow("not a number") << QVariant(QStringLiteral("deep")) << 2;
+    QTest::newRow("a number as text") << QVariant(QStringLiteral("3")) << 3;
+}
+
+void SettingsTest::storedDepth()
+{
+    QFETCH(QVariant, stored);
+    const QTemporaryDir folder;
+    QSettings settings(folder.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
+    if (stored.isValid()) {
+        settings.setValue(QStringLiteral("decoder/depth"), stored);
+    }
+    QTEST(storedDecodeDepth(settings), "depth");
+}
+
+void SettingsTest::openedByTheirOwnNames()
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
+    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
+    const QSettings settings = stationSettings();
+    QCOMPARE(settings.organizationName(), QStringLiteral("PELQ"));
+    QCOMPARE(settings.applicationName(), QStringLiteral("PELQ Kiwi Outpost"));
+}
+
+QTEST_APPLESS_MAIN(SettingsTest)
+#include "settings_test.moc"

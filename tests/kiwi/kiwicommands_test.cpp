@@ -1,0 +1,93 @@
+#include "kiwi/kiwicommands.h"
+
+#include <QTest>
+
+class KiwiCommandsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void fourEndpointsInOrder();
+    void urlTakesItsPartsAsTheyStand_data();
+    void urlTakesItsPartsAsTheyStand();
+    void sevenCommandsInOrder();
+    void frequencyGoesOutInKilohertz_data();
+    void frequencyGoesOutInKilohertz();
+    void loggedTextIsCutAfter180Characters_data();
+    void loggedTextIsCutAfter180Characters();
+};
+
+void KiwiCommandsTest::fourEndpointsInOrder()
+{
+    QCOMPARE(kiwiSndEndpoints(),
+             (QStringList{QStringLiteral("/kiwi/0/SND"), QStringLiteral("/kiwi/1/SND"),
+                          QStringLiteral("/kiwi/2/SND"), QStringLiteral("/kiwi/3/SND")}));
+}
+
+void KiwiCommandsTest::urlTakesItsPartsAsTheyStand_data()
+{
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<QString>("url");
+    QTest::newRow("name") << QStringLiteral("kiwi.example.org")
+                          << QStringLiteral("ws://kiwi.example.org:8073/kiwi/2/SND");
+    QTest::newRow("placeholder in the host")
+        << QStringLiteral("%1") << QStringLiteral("ws://%1:8073/kiwi/2/SND");
+}
+
+void KiwiCommandsTest::urlTakesItsPartsAsTheyStand()
+{
+    QFETCH(QString, host);
+    QTEST(kiwiUrl(host, 8073, QStringLiteral("/kiwi/2/SND")), "url");
+}
+
+void KiwiCommandsTest::sevenCommandsInOrder()
+{
+    QCOMPARE(kiwiCommands(14.074),
+             (QStringList{
+                 QStringLiteral("SET auth t=kiwi p="),
+                 QStringLiteral("SET ident_user=PELQ_Kiwi_Outpost"),
+                 QStringLiteral("SET keepalive"),
+                 QStringLiteral("SET AR OK in=12000 out=12000"),
+                 QStringLiteral("SET compression=1"),
+                 QStringLiteral("SET mod=usb low_cut=300 high_cut=3000 freq=14074.000"),
+                 QStringLiteral("SET agc=1 hang=0 thresh=-100 slope=6 decay=1000 manGain=50"),
+             }));
+}
+
+void KiwiCommandsTest::frequencyGoesOutInKilohertz_data()
+{
+    QTest::addColumn<double>("frequencyMhz");
+    QTest::addColumn<QString>("end");
+    QTest::newRow("20 m") << 14.074 << QStringLiteral("freq=14074.000");
+    QTest::newRow("one hertz") << 7.074001 << QStringLiteral("freq=7074.001");
+    QTest::newRow("lowest") << 0.001 << QStringLiteral("freq=1.000");
+    QTest::newRow("highest") << 3000.0 << QStringLiteral("freq=3000000.000");
+}
+
+void KiwiCommandsTest::frequencyGoesOutInKilohertz()
+{
+    QFETCH(double, frequencyMhz);
+    QFETCH(QString, end);
+    const QString command = kiwiCommands(frequencyMhz).at(5);
+    QVERIFY2(command.endsWith(QLatin1Char(' ') + end), qPrintable(command));
+}
+
+void KiwiCommandsTest::loggedTextIsCutAfter180Characters_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("shown");
+    const QString letters180(180, QLatin1Char('x'));
+    QTest::newRow("0") << 0 << QString();
+    QTest::newRow("180") << 180 << letters180;
+    QTest::newRow("181") << 181 << letters180 + QStringLiteral("...");
+    QTest::newRow("5000") << 5000 << letters180 + QStringLiteral("...");
+}
+
+void KiwiCommandsTest::loggedTextIsCutAfter180Characters()
+{
+    QFETCH(int, length);
+    QTEST(shortenedText(QString(length, QLatin1Char('x'))), "shown");
+}
+
+QTEST_APPLESS_MAIN(KiwiCommandsTest)
+#include "kiwicommands_test.moc"

@@ -1,0 +1,63 @@
+#include "kiwi/linkstate.h"
+
+#include <QTest>
+
+class LinkStateTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void disconnectedAtRest();
+    void connectingBeforeAnyEndpoint();
+    void connectingNamesTheEndpoint();
+    void connectedTellsWhatArrived();
+    void verifiedWinsOverProbing();
+};
+
+void LinkStateTest::disconnectedAtRest()
+{
+    QCOMPARE(kiwiStatusText(LinkState(), 14.074), QStringLiteral("Disconnected"));
+}
+
+void LinkStateTest::connectingBeforeAnyEndpoint()
+{
+    LinkState link;
+    link.probing = true;
+    QCOMPARE(kiwiStatusText(link, 14.074),
+             QStringLiteral("Connecting — 14.074000 MHz\nEndpoint: --\nNo verified SND data yet."));
+}
+
+void LinkStateTest::connectingNamesTheEndpoint()
+{
+    LinkState link;
+    link.probing = true;
+    link.currentEndpoint = QStringLiteral("/kiwi/1/SND");
+    QCOMPARE(kiwiStatusText(link, 7.074),
+             QStringLiteral("Connecting — 7.074000 MHz\nEndpoint: /kiwi/1/SND\n"
+                            "No verified SND data yet."));
+}
+
+void LinkStateTest::connectedTellsWhatArrived()
+{
+    LinkState link;
+    link.probing = true;
+    link.sndVerified = true;
+    link.currentEndpoint = QStringLiteral("/kiwi/0/SND");
+    link.sndFrames = 1234;
+    link.rxBytes = 1048576 + 524288;
+    link.otherBinaryFrames = 17;
+    link.lastFrameSize = 1034;
+    QCOMPARE(kiwiStatusText(link, 14.074),
+             QStringLiteral("Connected — 14.074000 MHz\nEndpoint: /kiwi/0/SND\n"
+                            "SND: 1234 frames   1.50 MB\nOther: 17   Last: 1034 bytes"));
+}
+
+void LinkStateTest::verifiedWinsOverProbing()
+{
+    LinkState link;
+    link.sndVerified = true;
+    QVERIFY(kiwiStatusText(link, 1).startsWith(QStringLiteral("Connected — 1.000000 MHz\n")));
+}
+
+QTEST_APPLESS_MAIN(LinkStateTest)
+#include "linkstate_test.moc"
