@@ -122,7 +122,7 @@ inline bool KiwiAudioCapture::appendSample(qint16 sample)
     qToLittleEndian(sample, periodSamples.data() + 2 * counters.samples);
     const int value = sample;
     counters.peak = qMax(counters.peak, qAbs(value));
-    counters.sumOfSquares += value * value;
+    counters.sumOfSquares += qint64{value} * value;
     if (++counters.samples < samplesPerPeriod)
         return false;
     closePeriod();
