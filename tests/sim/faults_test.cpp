@@ -1,0 +1,559 @@
+#include "simclient.h"
+
+#include <QTcpSocket>
+#include <QtEndian>
+#include <QtTest>
+
+using namespace sim;
+
+namespace
+{
+
+QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+Samples ramp(int)
+{
+    Samples samples(kPeriodSamples);
+    for (int i = 0; i < samples.size(); ++i)
+        samples[i] = qint16(5000 + i % 997);
+    return samples;
+}
+
+quint32 sequence(const QByteArray &frame)
+{
+    return qFromLittleEndian<quint32>(frame.constData() + 4);
+}
+
+} // namespace
+
+// One receiver and one listener for each test; `start` names the behaviour of endpoint 0.
+class FaultsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    TestClock m_clock;
+    std::unique_ptr<KiwiSim> m_receiver;
+    std::unique_ptr<SimClient> m_client;
+    SimConfig m_config;
+
+    void start(const char *behaviour)
+    {
+        QString error;
+        QVERIFY2(m_config.endpoints.apply(text("0=") + text(behaviour), &error), qPrintable(error));
+        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
+        m_client->open(m_receiver->port());
+    }
+
+    void startSounding(const char *behaviour)
+    {
+        start(behaviour);
+        QTRY_VERIFY(m_client->boundaryMs != 0);
+    }
+
+    void jumpToBoundary()
+    {
+        m_clock.jumpTo(m_client->boundaryMs - 390);
+        QTest::qWait(20); // lets the last filler through
+        m_clock.jumpTo(m_client->boundaryMs);
+    }
+
+    // Raw TCP: what the receiver answers to a proper request.
+    void request(QTcpSocket *socket, const char *path = "/kiwi/0/SND")
+    {
+        socket->connectToHost(text("127.0.0.1"), m_receiver->port());
+        QTRY_COMPARE(socket->state(), QAbstractSocket::ConnectedState);
+        socket->write(QByteArray("GET ") + path +
+                      " HTTP/1.1\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n");
+    }
+
+    bool wasSent(const char *what) const
+    {
+        const auto &events = m_receiver->events();
+        return std::any_of(events.begin(), events.end(), [what](const SimEvent &event) {
+            return event.kind == text("sent") && event.text == text(what);
+        });
+    }
+
+private slots:
+    void init()
+    {
+        m_receiver = std::make_unique<KiwiSim>();
+        m_client = std::make_unique<SimClient>(&m_clock);
+        m_config = SimConfig();
+        m_config.nowMs = [this] { return m_clock.nowMs(); };
+        m_config.configKb = 1;
+        m_config.audio = {ramp(0)};
+        m_config.firstSoundDelayMs = 0;
+        // Early in a period there is no edge to wait for.
+        m_clock.jumpTo((m_clock.nowMs() / 15000 + 1) * 15000);
+    }
+
+    void cleanup()
+    {
+        m_client.reset();
+        m_receiver.reset();
+    }
+
+    void refusesEveryConnectionWhenAllRefuse()
+    {
+        QString error;
+        QVERIFY(m_config.endpoints.apply(text("all=refuse"), &error));
+        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
+        QVERIFY(m_receiver->port() != 0);
+        QTcpSocket socket;
+        socket.connectToHost(text("127.0.0.1"), m_receiver->port());
+        QTRY_COMPARE(socket.error(), QAbstractSocket::ConnectionRefusedError);
+    }
+
+    void oneRefusedEndpointIsReset()
+    {
+        start("refuse");
+        QTRY_VERIFY(m_client->closes > 0 ||
+                    m_client->socket.error() != QAbstractSocket::UnknownSocketError);
+        QTRY_COMPARE(m_receiver->liveClients(), 0);
+        SimClient other(&m_clock);
+        other.open(m_receiver->port(), text("/kiwi/1/SND"));
+        QTRY_VERIFY(!other.sounds.isEmpty());
+    }
+
+    void neverAnswers()
+    {
+        start("no-answer");
+        QTcpSocket socket;
+        request(&socket);
+        QTest::qWait(300);
+        QCOMPARE(socket.state(), QAbstractSocket::ConnectedState);
+        QCOMPARE(socket.bytesAvailable(), qint64(0));
+    }
+
+    void httpErrors_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("status");
+        QTest::newRow("404") << QByteArray("http-404") << QByteArray("HTTP/1.1 404 Not Found\r\n");
+        QTest::newRow("307") << QByteArray("http-307")
+                             << QByteArray("HTTP/1.1 307 Temporary Redirect\r\nLocation: ");
+        QTest::newRow("503") << QByteArray("http-503")
+                             << QByteArray("HTTP/1.1 503 Service Unavailable\r\n");
+    }
+
+    void httpErrors()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, status);
+        start(behaviour.constData());
+        QTcpSocket socket;
+        request(&socket);
+        QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
+        QVERIFY(socket.readAll().startsWith(status));
+    }
+
+    void headersWithoutEnd()
+    {
+        start("endless-headers");
+        QTcpSocket socket;
+        request(&socket);
+        QTRY_VERIFY(socket.bytesAvailable() > 50000);
+        const QByteArray reply = socket.readAll();
+        QVERIFY(reply.startsWith("HTTP/1.1 101 "));
+        QVERIFY(!reply.contains("\r\n\r\n"));
+        QVERIFY(m_client->socket.state() != QAbstractSocket::ConnectedState);
+    }
+
+    void slowOpen()
+    {
+        start("slow-open:600");
+        QTest::qWait(200);
+        QVERIFY(m_client->socket.state() != QAbstractSocket::ConnectedState);
+        m_clock.jumpTo(m_clock.nowMs() + 600000);
+        QTRY_VERIFY(!m_client->sounds.isEmpty());
+    }
+
+    void openButSilent()
+    {
+        start("open-silent");
+        QTRY_COMPARE(m_receiver->commands().size(), 7);
+        QTest::qWait(600);
+        QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
+        QVERIFY(m_client->messages.isEmpty() && m_client->sounds.isEmpty());
+    }
+
+    void neverSounds_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("monitor") << QByteArray("monitor") << QByteArray("MSG monitor");
+        QTest::newRow("messages") << QByteArray("msg-only") << QByteArray("MSG max_camp=4");
+        QTest::newRow("busy") << QByteArray("too-busy:0.1") << QByteArray("MSG too_busy=8");
+        QTest::newRow("text") << QByteArray("text-only") << QByteArray("MSG rx_chans=8");
+        QTest::newRow("W/F") << QByteArray("other-tags-only") << QByteArray("W/F \1\2\3\4");
+        QTest::newRow("EXT") << QByteArray("other-tags-only") << QByteArray("EXT name=value");
+    }
+
+    void neverSounds()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, message);
+        start(behaviour.constData());
+        const auto count = [&] {
+            return m_client->messages.count(message) + m_client->others.count(message) +
+                   m_client->texts.count(QString::fromLatin1(message));
+        };
+        for (int i = 0; i < 3; ++i) { // again and again
+            QTRY_VERIFY(count() > i);
+            m_clock.jumpTo(m_clock.nowMs() + 501);
+            QTest::qWait(10);
+            m_clock.jumpTo(m_clock.nowMs() + 500);
+        }
+        QVERIFY(m_client->sounds.isEmpty());
+        QCOMPARE(m_client->closes, 0);
+        const bool audio = m_client->messages.contains("MSG audio_init=0 audio_rate=12000");
+        QCOMPARE(audio, behaviour == "msg-only");
+    }
+
+    void notices_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("message");
+        const auto row = [](const char *behaviour, const char *message) {
+            QTest::newRow(behaviour) << QByteArray(behaviour) << QByteArray(message);
+        };
+        row("badp", "MSG badp=1");
+        row("one-per-address", "MSG badp=5");
+        row("down", "MSG down=1");
+        row("redirect", "MSG redirect=http://127.0.0.1:9");
+        row("ip-limit", "MSG ip_limit=60,127.0.0.1");
+    }
+
+    void notices()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, message);
+        start(behaviour.constData());
+        QTRY_COMPARE(m_client->closes, 1);
+        QCOMPARE(m_client->messages, QList<QByteArray>{message});
+        QVERIFY(m_client->sounds.isEmpty());
+        QTRY_COMPARE(m_receiver->liveClients(), 0);
+    }
+
+    void endings_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("lastMessage");
+        QTest::addColumn<bool>("isOrderly"); // with a close frame
+        const auto row = [](const char *behaviour, const char *message, bool isOrderly) {
+            QTest::newRow(behaviour) << QByteArray(behaviour) << QByteArray(message) << isOrderly;
+        };
+        const char *none = "MSG audio_init=0 audio_rate=12000"; // the greeting's last
+        row("kick:40", "MSG too_busy=8", true);
+        row("owner-kick:40", "MSG kiwi_kick=1,You%20were%20kicked!", true);
+        row("inactivity:40", "MSG inactivity_timeout=1", true);
+        row("close:40", none, true);
+        row("drop:40", none, false);
+        row("reset:40", none, false);
+    }
+
+    void endings()
+    {
+        QFETCH(QByteArray, behaviour);
+        startSounding(behaviour.constData());
+        QTest::qWait(100);
+        QCOMPARE(m_client->closes, 0);
+        m_clock.jumpTo(m_clock.nowMs() + 39700);
+        QTRY_COMPARE(m_client->closes, 1);
+        QVERIFY(m_clock.nowMs() - m_client->firstSoundMs >= 39900);
+        QTEST(m_client->messages.last(), "lastMessage");
+        QTEST(m_client->socket.closeCode() != QWebSocketProtocol::CloseCodeAbnormalDisconnection,
+              "isOrderly");
+        QTRY_COMPARE(m_receiver->liveClients(), 0);
+    }
+
+    void stalls_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::newRow("stall") << QByteArray("stall:5");
+        QTest::newRow("half a frame") << QByteArray("half-frame:5");
+    }
+
+    void stalls()
+    {
+        QFETCH(QByteArray, behaviour);
+        startSounding(behaviour.constData());
+        m_clock.jumpTo(m_clock.nowMs() + 6000);
+        QTest::qWait(100);
+        const int sounds = m_client->sounds.size();
+        QVERIFY(sounds >= 29);
+        m_clock.jumpTo(m_clock.nowMs() + 6000);
+        QTest::qWait(100);
+        QCOMPARE(m_client->sounds.size(), sounds);
+        QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
+    }
+
+    void burstsComeOnTheirGrid()
+    {
+        startSounding("bursty:3");
+        jumpToBoundary();
+        QTest::qWait(50);
+        const int first = m_client->sounds.size();
+        m_clock.jumpTo(m_client->boundaryMs + 2800);
+        QTest::qWait(50);
+        QCOMPARE(m_client->sounds.size(), first);
+        m_clock.jumpTo(m_client->boundaryMs + 3000);
+        QTRY_COMPARE(m_client->sounds.size(), first + 17); // 3 s of 170.67 ms each
+    }
+
+    void aMinuteAtOnce()
+    {
+        startSounding("minute-burst:2");
+        jumpToBoundary();
+        m_clock.jumpTo(m_client->boundaryMs + 2000);
+        QTRY_VERIFY(m_client->sounds.size() > 352); // 60 s
+        QVERIFY(m_client->sounds.size() < 480);
+        QTRY_COMPARE(m_client->heard.size(), 4);
+    }
+
+    void bigMessages()
+    {
+        startSounding("big-msg:200");
+        int big = 0;
+        for (const QByteArray &message : qAsConst(m_client->messages))
+            big += message.size() > 200000 ? 1 : 0;
+        QCOMPARE(big, 3);
+    }
+
+    void between_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QList<QByteArray>>("others");
+        const QByteArray frame("SND\x10\0\0\0\0\0\0", 10);
+        QTest::newRow("messages") << QByteArray("msg-between")
+                                  << QList<QByteArray>{"MSG max_camp=4"};
+        QTest::newRow("text") << QByteArray("text-between") << QList<QByteArray>{"MSG rx_chans=8"};
+        QTest::newRow("tags") << QByteArray("other-tags")
+                              << QList<QByteArray>{"W/F \1\2\3\4", "EXT name=value"};
+        QTest::newRow("tiny") << QByteArray("tiny-frames") << QList<QByteArray>{"", "S", "SN"};
+        QTest::newRow("short") << QByteArray("short-frames")
+                               << QList<QByteArray>{frame.left(3), frame.left(4), frame.left(5),
+                                                    frame.left(6), frame.left(7), frame.left(8),
+                                                    frame.left(9), frame};
+    }
+
+    void between()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QList<QByteArray>, others);
+        startSounding(behaviour.constData());
+        m_clock.jumpTo(m_clock.nowMs() + 2000);
+        for (const QByteArray &other : qAsConst(others))
+            QTRY_VERIFY(m_client->messages.count(other) + m_client->others.count(other) +
+                            m_client->sounds.count(other) +
+                            m_client->texts.count(QString::fromLatin1(other)) >
+                        (other == "MSG max_camp=4" ? 1 : 0)); // once in the greeting
+        jumpToBoundary();
+        QTest::qWait(30);
+        m_clock.jumpTo(m_client->boundaryMs + 16000);
+        QTRY_COMPARE(m_client->heard.size(), 1);
+        QVERIFY(m_client->heard.first() == m_receiver->periods().value(0).samples);
+    }
+
+    void firstFrameIsStale()
+    {
+        m_config.raw = true;
+        startSounding("stale-first");
+        const Samples first = fromLittleEndian(m_client->sounds.first().mid(10));
+        QVERIFY(*std::max_element(first.begin(), first.end()) > 16000);
+    }
+
+    void rates_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("announced");
+        QTest::addColumn<double>("rate");
+        QTest::newRow("99 ppm") << QByteArray("rate") << QByteArray("MSG sample_rate=12001.060000")
+                                << 12001.06;
+        QTest::newRow("wide") << QByteArray("wide") << QByteArray("MSG sample_rate=20250.000000")
+                              << 20250.0;
+    }
+
+    void rates()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, announced);
+        QFETCH(double, rate);
+        startSounding(behaviour.constData());
+        QVERIFY(m_client->messages.contains(announced));
+        jumpToBoundary();
+        QTest::qWait(30);
+        const quint32 first = sequence(m_client->sounds.last());
+        m_clock.jumpTo(m_client->boundaryMs + 30000);
+        const int expected = int(30 * rate / 2048);
+        QTRY_VERIFY(int(sequence(m_client->sounds.last()) - first) >= expected - 1);
+        QTest::qWait(50);
+        QVERIFY(int(sequence(m_client->sounds.last()) - first) <= expected + 2);
+    }
+
+    void wideSoundDoesNotCarryThePeriodAsItIs()
+    {
+        m_config.raw = true;
+        startSounding("wide");
+        jumpToBoundary();
+        m_clock.jumpTo(m_client->boundaryMs + 16000);
+        QTRY_VERIFY(!m_client->heard.isEmpty());
+        QVERIFY(m_client->heard.first() != ramp(0));
+    }
+
+    void samplesAreLostWithoutAGap()
+    {
+        m_config.raw = true;
+        startSounding("lost-samples:4");
+        jumpToBoundary();
+        m_clock.jumpTo(m_client->boundaryMs + 16000);
+        QTRY_VERIFY(!m_client->heard.isEmpty());
+        QVERIFY(m_client->heard.first() != ramp(0));
+        QVERIFY(m_client->heard.first() == m_receiver->periods().first().samples);
+        for (int i = 1; i < m_client->sounds.size(); ++i)
+            QCOMPARE(sequence(m_client->sounds.at(i)), sequence(m_client->sounds.at(i - 1)) + 1);
+    }
+
+    void sequenceHasGaps()
+    {
+        startSounding("sequence-gaps:4");
+        jumpToBoundary();
+        QTest::qWait(30);
+        m_clock.jumpTo(m_client->boundaryMs + 17000);
+        QTRY_VERIFY(!m_client->heard.isEmpty());
+        int gaps = 0;
+        for (int i = 1; i < m_client->sounds.size(); ++i)
+            gaps += sequence(m_client->sounds.at(i)) == sequence(m_client->sounds.at(i - 1)) + 2;
+        QVERIFY(gaps >= 3 && gaps <= 5);
+        QVERIFY(m_client->heard.first() == m_receiver->periods().first().samples);
+    }
+
+    void overloadFlagToggles()
+    {
+        startSounding("overload");
+        m_clock.jumpTo(m_clock.nowMs() + 1000);
+        QTRY_VERIFY(m_client->sounds.size() >= 5);
+        for (int i = 1; i < 5; ++i)
+            QVERIFY((m_client->sounds.at(i).at(3) & 2) != (m_client->sounds.at(i - 1).at(3) & 2));
+    }
+
+    void samplesAreBigEndian()
+    {
+        startSounding("big-endian");
+        jumpToBoundary();
+        QTRY_VERIFY(m_client->sounds.last().mid(10, 4) != QByteArray() &&
+                    qFromBigEndian<qint16>(m_client->sounds.last().constData() + 10) >= 5000);
+        QCOMPARE(quint8(m_client->sounds.last().at(3)), quint8(0));
+    }
+
+    void payloadsAreOdd()
+    {
+        startSounding("odd-payload");
+        QCOMPARE(m_client->sounds.first().size(), 1033);
+    }
+
+    void bytesAreRandom()
+    {
+        startSounding("random");
+        m_clock.jumpTo(m_clock.nowMs() + 2000);
+        QTRY_VERIFY(m_client->sounds.size() > 8);
+        QSet<int> sizes;
+        for (const QByteArray &frame : qAsConst(m_client->sounds))
+            sizes.insert(frame.size());
+        QVERIFY(sizes.size() > 3);
+    }
+
+    void fragmentsMakeWholeFrames()
+    {
+        m_config.raw = true;
+        startSounding("fragments");
+        QSignalSpy fragments(&m_client->socket, &QWebSocket::binaryFrameReceived);
+        jumpToBoundary();
+        QTest::qWait(30);
+        m_clock.jumpTo(m_client->boundaryMs + 16000);
+        QTRY_VERIFY(!m_client->heard.isEmpty());
+        QVERIFY(m_client->heard.first() == ramp(0));
+        QVERIFY(fragments.size() > 2 * m_client->sounds.size());
+    }
+
+    void pingsAreNotAnswered()
+    {
+        startSounding("no-pong");
+        QSignalSpy pong(&m_client->socket, &QWebSocket::pong);
+        m_client->socket.ping("x");
+        QTest::qWait(200);
+        QCOMPARE(pong.size(), 0);
+    }
+
+    void oneHugeFrameThenSoundGoesOn()
+    {
+        m_client->others.clear();
+        startSounding("huge:0");
+        const auto hugeFrames = [this] {
+            return std::count_if(
+                m_client->sounds.begin(), m_client->sounds.end(),
+                [](const QByteArray &frame) { return frame.size() == 10 + (16 << 20); });
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(int(hugeFrames()), 1, 20000);
+        const int sounds = m_client->sounds.size();
+        QTRY_VERIFY(m_client->sounds.size() > sounds);
+        QCOMPARE(int(hugeFrames()), 1);
+    }
+
+    void floodsAreBoundedAndEndWithTheClient_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("sent");
+        QTest::newRow("pings") << QByteArray("ping-flood:0") << QByteArray("pings without end");
+        QTest::newRow("fragments")
+            << QByteArray("endless-fragments:0") << QByteArray("fragments without end");
+        QTest::newRow("headers") << QByteArray("endless-headers")
+                                 << QByteArray("headers without end");
+    }
+
+    void floodsAreBoundedAndEndWithTheClient()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, sent);
+        m_client->socket.setMaxAllowedIncomingMessageSize(8 << 20);
+        start(behaviour.constData());
+        QTRY_VERIFY(wasSent(sent.constData()));
+        // The event loop still turns.
+        QElapsedTimer turn;
+        turn.start();
+        QTest::qWait(100);
+        QVERIFY(turn.elapsed() < 1000);
+        m_client->socket.abort();
+        QTRY_COMPARE(m_receiver->liveClients(), 0);
+    }
+
+    void pingsComeInFloods()
+    {
+        QTcpSocket socket;
+        startSounding("ping-flood:0");
+        QTRY_VERIFY(wasSent("pings without end"));
+        QTRY_VERIFY(m_client->socket.bytesToWrite() > 100000); // pongs that nobody reads
+    }
+
+    void behaviourCanChangeBetweenConnections()
+    {
+        startSounding("stream");
+        EndpointBehaviours endpoints;
+        QString error;
+        QVERIFY(endpoints.apply(text("all=open-silent"), &error));
+        m_receiver->setEndpoints(endpoints);
+        SimClient other(&m_clock);
+        other.open(m_receiver->port(), text("/kiwi/1/SND"));
+        QTRY_COMPARE(m_receiver->commands(text("/kiwi/1/SND")).size(), 7);
+        QTest::qWait(50);
+        QVERIFY(other.messages.isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(FaultsTest)
+#include "faults_test.moc"
