@@ -25,6 +25,19 @@ Samples ramp(int period)
     return samples;
 }
 
+QByteArray maskedText(const QString &text)
+{
+    return QByteArray("\x81").append(char(0x80 | text.size())) + QByteArray(4, '\0') +
+           text.toLatin1();
+}
+
+int periodsSent(const KiwiSim &receiver)
+{
+    const auto &events = receiver.events();
+    return int(std::count_if(events.begin(), events.end(),
+                             [](const SimEvent &event) { return event.kind == text("period"); }));
+}
+
 } // namespace
 
 class ReceiverTest : public QObject
@@ -410,6 +423,48 @@ private slots:
         QCOMPARE(receiver.liveClients(), 0);
         QTRY_COMPARE(client.closes, 1);
         listen(&receiver, config()); // and can begin again
+    }
+
+    void aClientThatDoesNotReadGetsABoundedQueue()
+    {
+        KiwiSim receiver;
+        SimConfig settings = config();
+        settings.raw = true; // 4 times the bytes
+        listen(&receiver, settings);
+        QTcpSocket client;
+        client.setReadBufferSize(1);
+        client.connectToHost(text("127.0.0.1"), receiver.port());
+        client.write("GET /0/SND HTTP/1.1\r\nSec-WebSocket-Key: key\r\n\r\n");
+        for (const QString &command : SimClient::sevenCommands())
+            client.write(maskedText(command));
+        QTRY_COMPARE(receiver.events().last().text, text("first sound frame"));
+        m_clock.jumpTo(m_clock.nowMs() + 18000);
+        int periods = -1; // sent so far; stands still once the queue is full
+        const auto standsStill = [&] {
+            QTest::qWait(300);
+            return std::exchange(periods, periodsSent(receiver)) == periodsSent(receiver);
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(standsStill() && periods > 0, 20000);
+        QVERIFY(periods < 80); // 360 kB each
+    }
+
+    void aClientThatDoesNotReadItsAnswersIsDropped()
+    {
+        KiwiSim receiver;
+        listen(&receiver, config());
+        QTcpSocket client;
+        client.setReadBufferSize(1);
+        client.connectToHost(text("127.0.0.1"), receiver.port());
+        client.write("GET /0/SND HTTP/1.1\r\nSec-WebSocket-Key: key\r\n\r\n");
+        QByteArray ping = maskedText(QString(125, QChar(u'p')));
+        ping[0] = char(0x89);
+        QTRY_COMPARE(receiver.liveClients(), 1);
+        const auto dropped = [&] {
+            if (client.bytesToWrite() < (1 << 20))
+                client.write(ping.repeated(4000));
+            return receiver.liveClients() == 0;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(dropped(), 30000);
     }
 
     void refusesToListen_data()
