@@ -39,7 +39,10 @@ MainWindow::MainWindow(Clock clockToUse) : clock(std::move(clockToUse))
     sndEndpoints = kiwiSndEndpoints();
     loadStartupProfile();
     loadFrequencyFile();
-    QTimer::singleShot(0, this, [this] { findJt9(jt9PlacesOfThisSystem()); });
+    QTimer::singleShot(0, this, [this] {
+        findJt9(jt9PlacesOfThisSystem(profile.jt9Path, QCoreApplication::applicationDirPath(),
+                                      QProcessEnvironment::systemEnvironment()));
+    });
     startBridge();
 }
 

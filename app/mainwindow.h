@@ -26,6 +26,7 @@ class QTcpServer;
 class QTcpSocket;
 class QTimer;
 class QWebSocket;
+struct BridgeState;
 struct Jt9Places;
 struct SoundOutcome;
 
@@ -144,17 +145,32 @@ private:
 
     // ---- display/decodetable.cpp ----
     void buildDecodeTable();
-    void applyRowHighlight(int row);
+    int showDecodes(const QString &periodLabel, const QStringList &lines); // rows then in the table
+    void appendDecodeRow(const QString &periodLabel, const QString &line);
+    void dropOldPeriods();
+    void showLatestPeriodCount(int count);
     void fitWindowToTable();
+    void showNewestRow();
+    bool rowIsHighlighted(int row) const;
+    void applyRowHighlight(int row);
 
     // ---- display/highlight.cpp ----
     void loadHighlightCalls();
     void saveHighlightCalls();
 
     // ---- display/bridge.cpp ----
-    void onBridgeConnection();
-    void onBridgeClientGone(QTcpSocket *socket);
     bool bridgeListening() const;
+    void discardBridgeServer();
+    void onBridgeConnection();
+    void welcomeBridgeClient(QTcpSocket *socket);
+    void onBridgeClientGone(QTcpSocket *socket);
+
+    // ---- display/bridgestatus.cpp, display/stationdisplay.cpp ----
+    BridgeState bridgeState() const;
+    void buildBridgeStatusDialog();
+    void buildStationDisplay();
+    QString stationText() const;
+    void sizeStationDialog();
 
     // ---- store/profilefiles.cpp ----
     void loadStartupProfile();
@@ -163,8 +179,10 @@ private:
     void fillGoodReceiversCombo(QComboBox *combo);
     void removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
                                     QLabel *statusLabel);
+    void applyReceiver(const QString &hostText, const QString &portText, const QString &mhzText);
 
     // ---- store/statuslogwindow.cpp ----
+    void buildStatusLogWindow();
     void rebuildStatusHistory();
     void refreshStatusLogView();
 

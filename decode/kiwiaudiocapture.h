@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 #include <QThreadPool>
+#include <QtEndian>
 
 #include <functional>
 
@@ -42,8 +43,8 @@ public:
     explicit KiwiAudioCapture(QObject *parent = nullptr);
     ~KiwiAudioCapture() override;
 
-    void setCaptureFolder(const QString &folder); // root of the workers' scratch folders
-    void setDecodeDepth(int depth);               // jt9's, 1..3; applies from the next period on
+    void setCaptureFolder(const QString &folder);    // root of the workers' scratch folders
+    void setDecodeDepth(int depth);                  // jt9's, 1..3; applies from the next period on
     void setPeriodCallback(DecodeCallback callback); // merged lines, once per non-empty period
     void setWorkerCallback(DecodeCallback callback); // raw lines, once per non-empty worker
 
@@ -65,15 +66,65 @@ public:
     bool appendSample(qint16 sample);
     void queueDecodeSlices(long long periodStartMs, const QByteArray &samples);
 
+    // What was counted since the start or since the last period was closed, level statistics
+    // included.
+    struct PeriodCounters {
+        qint64 framesSeen = 0;
+        qint64 compressedFrames = 0; // ADPCM
+        qint64 plainFrames = 0;      // 16-bit samples
+        qint64 samples = 0;
+        qint64 sumOfSquares = 0; // exact: a full period is below 2^48
+        int peak = 0;            // largest magnitude of a sample, 0..32768
+    };
+
     bool isStarted() const { return started; }
     bool isArmed() const { return armed; }
     qint64 periodStart() const { return periodStartMs; } // UTC, ms since the epoch
+    const PeriodCounters &periodCounters() const { return counters; }
+    const ImaAdpcmState &adpcmState() const { return adpcm; }
+
+private:
+    class DecodeTask;
+    struct PendingSlot {
+        int finishedWorkers = 0;    // 0..4
+        QStringList collectedLines; // raw, in the order the workers reported
+    };
+
+    bool takeSample(qint16 sample) { return started && armed && appendSample(sample); }
+    bool takeAdpcm(const QByteArray &frame);
+    bool takePlain(const QByteArray &frame);
+    void closePeriod();
+    void deliver(int queuedAtReset, qint64 finishedStartMs, const QStringList &lines);
+    void drainInOrder();
+
+    QString captureFolder;
+    QString receiver;
+    DecodeCallback periodCallback;
+    DecodeCallback workerCallback;
+    QThreadPool workerPool;
+    QList<qint64> periodOrder; // starts of the queued periods, oldest first
+    QMap<qint64, PendingSlot> pendingPeriods;
+    QMap<qint64, QStringList> finishedPeriods; // merged, waiting for their turn
+    int decodeDepth = 2;
+    QByteArray periodSamples; // bytesPerPeriod long throughout; counters.samples of it are filled
+    bool started = false;
+    bool armed = false;
+    qint64 periodStartMs = 0;
+    PeriodCounters counters;
+    int spareCounter1 = 0;
+    int spareCounter2 = 0;
+    ImaAdpcmState adpcm;
+    int resets = 0; // tells what was queued before a reset from what came after it
 };
 
-// The four sub-bands, in Hz. Neighbours overlap by 100 Hz so that a signal on an edge is decoded
-// whole by at least one worker; the merge removes the doubles.
-struct DecodeBand {
-    int lowHz;
-    int highHz;
-};
-DecodeBand decodeBand(int worker); // 0..3; any other number gives 0 to 3000 Hz
+inline bool KiwiAudioCapture::appendSample(qint16 sample)
+{
+    qToLittleEndian(sample, periodSamples.data() + 2 * counters.samples);
+    const int value = sample;
+    counters.peak = qMax(counters.peak, qAbs(value));
+    counters.sumOfSquares += qint64{value} * value;
+    if (++counters.samples < samplesPerPeriod)
+        return false;
+    closePeriod();
+    return true;
+}

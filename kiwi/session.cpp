@@ -20,10 +20,10 @@ constexpr int openTimeoutMs = 5000;
 constexpr int dataTimeoutMs = 6000;
 
 // A receiver's configuration message can exceed 64 kB; nothing real comes near this.
-constexpr quint64 maxMessageBytes = 4 * 1024 * 1024;
-constexpr qint64 readBufferBytes = 1024 * 1024;
+constexpr quint64 maxMessageBytes = quint64{4} * 1024 * 1024;
+constexpr qint64 readBufferBytes = qint64{1024} * 1024;
 // Answers to pings pile up here when a peer asks without reading; commands are far smaller.
-constexpr qint64 maxUnsentBytes = 256 * 1024;
+constexpr qint64 maxUnsentBytes = qint64{256} * 1024;
 
 // Every ping is answered inside the socket, without a word to us; what arrives on the wire is
 // the one sign of it.

@@ -9,12 +9,12 @@
 // BridgePort, Host, Jt9Path, Port, Serial, UseProxy. The dial frequency is not among them; all
 // profiles share the one in the frequency file.
 struct Profile {
-    QString serial = QStringLiteral("22727");     // forms the proxy host name
-    QString kiwiHost = defaultKiwiHost(serial);   // host name or address
-    int kiwiPort = 8073;                          // TCP; not range-checked when read
+    QString serial = QStringLiteral("22727");   // forms the proxy host name
+    QString kiwiHost = defaultKiwiHost(serial); // host name or address
+    int kiwiPort = 8073;                        // TCP; not range-checked when read
     bool useProxy = true;
-    QString jt9Path;                              // empty: none chosen
-    int bridgePort = 27777;                       // TCP; not range-checked when read
+    QString jt9Path;        // empty: none chosen
+    int bridgePort = 27777; // TCP; not range-checked when read
 
     // "<serial>.<domain>", the receiver network's proxy host name.
     static QString defaultKiwiHost(const QString &serial);

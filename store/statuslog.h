@@ -1,14 +1,34 @@
 #pragma once
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QString>
+
+#include <optional>
 
 // The receiver session being timed; all fields at rest while none is.
 struct StatusSession {
     bool statusSessionActive = false;
-    QString sessionHost;              // trimmed, in the operator's own case
+    QString sessionHost; // trimmed, in the operator's own case
     int sessionPort = 0;
     double sessionFrequencyMhz = 0;
-    qint64 sessionStartMs = 0;        // UTC, ms since the epoch
+    qint64 sessionStartMs = 0; // UTC, ms since the epoch
     qint64 sessionDecodes = 0;
 };
+
+// Elapsed whole seconds, 0 below one second.
+qint64 wholeSeconds(qint64 startMs, qint64 endMs);
+
+// The log with the finished session added: its record at the end of "Sessions", its totals in
+// the receiver's entry of "Receivers" (found by host without regard to case, and port).
+// "FormatVersion" is 1. Keys that are not this program's own stay.
+QJsonObject withFinishedSession(QJsonObject log, const StatusSession &session, qint64 endMs);
+
+// Totals per receiver and the newest 20 sessions, lines joined by LF. `file` is the log as read;
+// nothing when it cannot be opened.
+QString statusHistoryText(const std::optional<QByteArray> &file);
+
+// The whole Status Log: the session as it is at `nowMs`, then the history. The file's path is
+// shown as given.
+QString statusLogText(const StatusSession &session, qint64 nowMs, const QString &shownPath,
+                      const QString &history);

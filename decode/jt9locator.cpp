@@ -1,0 +1,201 @@
+#include "decode/jt9locator.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QProcessEnvironment>
+#include <QSet>
+
+#include <algorithm>
+
+namespace
+{
+#ifdef Q_OS_WIN
+constexpr bool nativeFormCounts = false;
+#else
+constexpr bool nativeFormCounts = true;
+#endif
+
+// Where installers put the decoder, below the folder that an environment variable names.
+struct UsualFolder {
+    const char *variable;
+    const char *below;
+    bool isInstallation; // else a folder that may hold several
+};
+constexpr UsualFolder usualFolders[] = {{"ProgramFiles", "/WSJT-X", true},
+                                        {"ProgramFiles", "/WSJT", false},
+                                        {"ProgramFiles(x86)", "/WSJT-X", true},
+                                        {"LOCALAPPDATA", "/Programs/WSJT-X", true}};
+
+// The same text on every system, so that a drive letter's path is judged alike everywhere.
+QString comparable(const QString &path)
+{
+    return QString(path).replace(QLatin1Char('\\'), QLatin1Char('/')).toLower();
+}
+
+bool anyBeside(const QFileInfo &decoder, const QStringList &names)
+{
+    const QDir folder = decoder.absoluteDir();
+    return std::any_of(names.begin(), names.end(),
+                       [&](const QString &name) { return folder.exists(name); });
+}
+
+bool hasQtCoreBeside(const QFileInfo &decoder)
+{
+    return anyBeside(decoder, {QStringLiteral("Qt5Core.dll"), QStringLiteral("Qt6Core.dll")});
+}
+
+bool hasApplicationBeside(const QFileInfo &decoder)
+{
+    return anyBeside(decoder, {QStringLiteral("wsjtx.exe"), QStringLiteral("wsjt-x.exe"),
+                               QStringLiteral("wsjtz.exe"), QStringLiteral("wsjt-z.exe")});
+}
+
+bool isProgram(const QFileInfo &file)
+{
+    return file.isFile() && file.isExecutable();
+}
+
+// Off Windows the Qt library is the system's, so nothing of it lies beside the decoder.
+bool isNativeInstallation(const QFileInfo &decoder)
+{
+    if (!nativeFormCounts || decoder.fileName() != QLatin1String("jt9") || !isProgram(decoder))
+        return false;
+    const QDir folder = decoder.absoluteDir();
+    const QStringList applications = {QStringLiteral("wsjtx"), QStringLiteral("wsjt-x"),
+                                      QStringLiteral("wsjtz"), QStringLiteral("wsjt-z")};
+    return std::any_of(applications.begin(), applications.end(), [&](const QString &name) {
+        return isProgram(QFileInfo(folder.filePath(name)));
+    });
+}
+
+QStringList nativeCandidates(const QProcessEnvironment &environment)
+{
+    QStringList candidates;
+    const QStringList searchPath =
+        environment.value(QStringLiteral("PATH")).split(QDir::listSeparator(), Qt::SkipEmptyParts);
+    for (const QString &folder : searchPath) {
+        if (QDir::isAbsolutePath(folder))
+            candidates.append(folder + QStringLiteral("/jt9"));
+    }
+    return candidates << QStringLiteral("/usr/local/bin/jt9") << QStringLiteral("/usr/bin/jt9");
+}
+
+QStringList newestFirstUnder(const QString &root)
+{
+    QList<QFileInfo> found;
+    QDirIterator files(root, {QStringLiteral("jt9.exe")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        files.next();
+        found.append(files.fileInfo());
+    }
+    std::sort(found.begin(), found.end(), [](const QFileInfo &a, const QFileInfo &b) {
+        return a.lastModified() > b.lastModified();
+    });
+    QStringList paths;
+    for (const QFileInfo &file : qAsConst(found))
+        paths.append(file.absoluteFilePath());
+    return paths;
+}
+} // namespace
+
+Jt9Places jt9PlacesOfThisSystem(const QString &currentPath, const QString &applicationDir,
+                                const QProcessEnvironment &environment)
+{
+    Jt9Places places;
+    places.candidates = QStringList{currentPath, applicationDir + QStringLiteral("/jt9.exe"),
+                                    QStringLiteral("C:/WSJT/wsjtx/bin/jt9.exe"),
+                                    QStringLiteral("C:/WSJT/wsjtz/bin/jt9.exe")};
+    places.roots = QStringList{QStringLiteral("C:/WSJT")};
+
+    for (const UsualFolder &usual : usualFolders) {
+        const QString base = environment.value(QLatin1String(usual.variable));
+        if (base.isEmpty())
+            continue;
+        const QString folder = base + QLatin1String(usual.below);
+        places.roots.append(folder);
+        if (usual.isInstallation)
+            places.candidates.append(folder + QStringLiteral("/bin/jt9.exe"));
+    }
+    if (nativeFormCounts)
+        places.lastCandidates = nativeCandidates(environment);
+    return places;
+}
+
+QString findInstalledJt9(const Jt9Places &places)
+{
+    QStringList paths = places.candidates;
+    for (const QString &root : places.roots) {
+        if (QFileInfo(root).isDir())
+            paths += newestFirstUnder(root);
+    }
+    const QStringList candidates = distinctPaths(paths + places.lastCandidates);
+    const auto found = std::find_if(candidates.begin(), candidates.end(), isInstalledJt9);
+    return found == candidates.end() ? QString() : *found;
+}
+
+QStringList distinctPaths(const QStringList &paths)
+{
+    QStringList distinct;
+    QSet<QString> seen;
+    for (const QString &path : paths) {
+        const QString trimmed = path.trimmed();
+        if (trimmed.isEmpty())
+            continue;
+        const QString cleaned = QDir::cleanPath(trimmed);
+        const QString key = comparable(cleaned);
+        if (seen.contains(key))
+            continue;
+        seen.insert(key);
+        distinct.append(cleaned);
+    }
+    return distinct;
+}
+
+bool isRefusedJt9Path(const QString &absolutePath)
+{
+    const QString path = comparable(absolutePath);
+    if (path.startsWith(QLatin1String("c:/pelq-kiwi-outpost/")) ||
+        path.startsWith(QLatin1String("c:/wsjt-x_v3.0.2_pelq-mods/")))
+        return true;
+
+    static const QSet<QString> refusedNames = {QStringLiteral("src"),
+                                               QStringLiteral("build"),
+                                               QStringLiteral("debug"),
+                                               QStringLiteral("cmakefiles"),
+                                               QStringLiteral("accepted_stage"),
+                                               QStringLiteral("best_accepted")};
+    const QStringList parts = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    return std::any_of(parts.begin(), parts.end(), [](const QString &part) {
+        return refusedNames.contains(part) || part.startsWith(QLatin1String("step")) ||
+               part.startsWith(QLatin1String("stage"));
+    });
+}
+
+bool canRunJt9(const QString &path)
+{
+    const QFileInfo decoder(path);
+    return hasQtCoreBeside(decoder) || isNativeInstallation(decoder);
+}
+
+bool isInstalledJt9(const QString &path)
+{
+    const QFileInfo decoder(path);
+    return decoder.isFile() && !isRefusedJt9Path(decoder.absoluteFilePath()) && canRunJt9(path) &&
+           (hasApplicationBeside(decoder) || isNativeInstallation(decoder));
+}
+
+bool isJt9FileName(const QString &fileName)
+{
+    return fileName.compare(QLatin1String("jt9.exe"), Qt::CaseInsensitive) == 0 ||
+           (nativeFormCounts && fileName == QLatin1String("jt9"));
+}
+
+QString jt9FileFilter()
+{
+    return nativeFormCounts
+               ? QStringLiteral("jt9 (jt9 jt9.exe);;All files (*)")
+               : QStringLiteral("jt9.exe (jt9.exe);;Executable files (*.exe);;All files (*)");
+}

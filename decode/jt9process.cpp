@@ -1,0 +1,76 @@
+#include "decode/jt9process.h"
+
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#else
+#include <csignal>
+#include <unistd.h>
+#endif
+
+Jt9Process::~Jt9Process()
+{
+    killFamily();
+}
+
+#ifdef Q_OS_WIN
+
+Jt9Process::Jt9Process() : job(CreateJobObjectW(nullptr, nullptr))
+{
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    if (job)
+        SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits,
+                                sizeof(limits));
+    setCreateProcessArgumentsModifier(
+        [](QProcess::CreateProcessArguments *process) { process->flags |= CREATE_NO_WINDOW; });
+}
+
+void Jt9Process::CloseJob::operator()(void *handle) const
+{
+    CloseHandle(handle);
+}
+
+bool Jt9Process::launch(const QString &program, const QStringList &arguments, int startMs)
+{
+    start(program, arguments);
+    const HANDLE child =
+        OpenProcess(PROCESS_SET_QUOTA | PROCESS_TERMINATE, FALSE, static_cast<DWORD>(processId()));
+    if (child != nullptr) {
+        if (job)
+            AssignProcessToJobObject(job.get(), child);
+        CloseHandle(child);
+    }
+    return waitForStarted(startMs);
+}
+
+void Jt9Process::killFamily()
+{
+    kill();
+    if (job)
+        TerminateJobObject(job.get(), 1);
+}
+
+#else
+
+Jt9Process::Jt9Process() = default;
+
+void Jt9Process::setupChildProcess()
+{
+    ::setpgid(0, 0); // the child leads a group of its own, whose id is the child's
+}
+
+bool Jt9Process::launch(const QString &program, const QStringList &arguments, int startMs)
+{
+    start(program, arguments);
+    groupId = processId();
+    return waitForStarted(startMs);
+}
+
+void Jt9Process::killFamily()
+{
+    kill();
+    if (groupId > 1) // 0 and 1 would name this program's own group, and every process
+        ::kill(static_cast<pid_t>(-groupId), SIGKILL);
+}
+
+#endif

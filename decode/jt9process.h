@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QProcess>
+
+#ifdef Q_OS_WIN
+#include <memory>
+#endif
+
+// One decoder run as a child process, without a window, and the one place that knows how a system
+// ends a process together with everything that it has started: a process group, on Windows a job
+// object. Destruction ends whatever is left.
+class Jt9Process : public QProcess
+{
+public:
+    Jt9Process();
+    ~Jt9Process() override;
+
+    // Starts it and waits until it runs; false when it does not.
+    bool launch(const QString &program, const QStringList &arguments, int startMs);
+    void killFamily();
+
+#ifdef Q_OS_WIN
+private:
+    struct CloseJob {
+        void operator()(void *job) const;
+    };
+    std::unique_ptr<void, CloseJob> job;
+#else
+protected:
+    void setupChildProcess() override;
+
+private:
+    qint64 groupId = 0; // 0: not started
+#endif
+};

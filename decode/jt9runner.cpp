@@ -1,0 +1,110 @@
+#include "decode/jt9runner.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFileInfo>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
+
+#include "decode/jt9locator.h"
+#include "decode/jt9process.h"
+
+namespace
+{
+// The decoder finds its own libraries first and keeps its files in the worker's folder.
+QProcessEnvironment jt9Environment(const QString &jt9Folder, const QString &workerFolder)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    const QString path = QStringLiteral("PATH");
+    environment.insert(path, jt9Folder + QDir::listSeparator() + environment.value(path));
+    environment.insert(QStringLiteral("HOME"), workerFolder);
+    environment.insert(QStringLiteral("LOCALAPPDATA"), workerFolder);
+    environment.insert(QStringLiteral("APPDATA"), workerFolder);
+    return environment;
+}
+
+// Takes in the output while the decoder runs; false when it has not ended in time.
+bool readUntilFinished(QProcess &process, int finishMs, Jt9Output &output)
+{
+    const QDeadlineTimer deadline(finishMs);
+    while (!deadline.hasExpired() &&
+           process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
+        output.add(process.readAllStandardOutput());
+    process.waitForFinished(static_cast<int>(deadline.remainingTime()));
+    output.add(process.readAllStandardOutput());
+    return process.state() == QProcess::NotRunning;
+}
+} // namespace
+
+QStringList runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
+                   int depth, const Jt9Limits &limits)
+{
+    const QString jt9Path = QDir::cleanPath(QString::fromLocal8Bit(qgetenv("PELQ_JT9_PATH")));
+    if (jt9Path.isEmpty() || !QFileInfo::exists(jt9Path) || !canRunJt9(jt9Path))
+        return {};
+
+    Jt9Process process;
+    process.setWorkingDirectory(workerFolder);
+    process.setProcessEnvironment(jt9Environment(QFileInfo(jt9Path).absolutePath(), workerFolder));
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    const QStringList arguments = {QStringLiteral("--ft8"),      QStringLiteral("-d"),
+                                   QString::number(depth),       QStringLiteral("-L"),
+                                   QString::number(band.lowHz),  QStringLiteral("-H"),
+                                   QString::number(band.highHz), wavPath};
+    if (!process.launch(jt9Path, arguments, limits.startMs))
+        return {};
+
+    Jt9Output output;
+    if (!readUntilFinished(process, limits.finishMs, output)) {
+        process.killFamily();
+        process.waitForFinished(limits.killMs);
+        return {};
+    }
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        return {};
+    return output.finish();
+}
+
+void Jt9Output::add(const QByteArray &bytes)
+{
+    if (ended)
+        return;
+    partialLine += bytes;
+    const int nul = partialLine.indexOf('\0');
+    if (nul >= 0) {
+        partialLine.truncate(nul);
+        ended = true;
+    }
+    const int lastEnd = qMax(partialLine.lastIndexOf('\n'), partialLine.lastIndexOf('\r'));
+    if (lastEnd >= 0) {
+        takeLines(partialLine.left(lastEnd));
+        partialLine.remove(0, lastEnd + 1);
+    }
+    if (partialLine.size() > mostBytes || keptBytes > mostBytes) {
+        partialLine.clear();
+        ended = true;
+    }
+}
+
+QStringList Jt9Output::finish()
+{
+    takeLines(partialLine);
+    partialLine.clear();
+    ended = true;
+    return lines;
+}
+
+void Jt9Output::takeLines(const QByteArray &wholeLines)
+{
+    const QStringList parts =
+        QString::fromLocal8Bit(wholeLines)
+            .split(QRegularExpression(QStringLiteral("[\r\n]+")), Qt::SkipEmptyParts);
+    for (const QString &part : parts) {
+        const QString line = part.trimmed();
+        if (!line.contains(QLatin1Char('~')))
+            continue;
+        lines.append(line);
+        keptBytes += line.size();
+    }
+}

@@ -1,0 +1,212 @@
+#include "decode/kiwiaudiocapture.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QPointer>
+#include <QRunnable>
+
+#include <utility>
+
+#include "decode/decodeband.h"
+#include "decode/ft8decode.h"
+#include "decode/slotwav.h"
+#include "kiwi/sndframe.h"
+
+static_assert(KiwiAudioCapture::bytesPerPeriod == slotPcmBytes);
+
+namespace
+{
+constexpr int workersPerPeriod = 4;
+
+QByteArray emptyPeriod()
+{
+    return QByteArray(KiwiAudioCapture::bytesPerPeriod, Qt::Uninitialized);
+}
+
+QString periodLabel(qint64 startMs)
+{
+    return QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC).toString(QStringLiteral("HH:mm:ss"));
+}
+} // namespace
+
+class KiwiAudioCapture::DecodeTask : public QRunnable
+{
+public:
+    explicit DecodeTask(std::function<void()> taskBody) : body(std::move(taskBody)) {}
+    void run() override { body(); }
+
+private:
+    const std::function<void()> body;
+};
+
+KiwiAudioCapture::KiwiAudioCapture(QObject *parent) : QObject(parent), periodSamples(emptyPeriod())
+{
+    workerPool.setMaxThreadCount(workersPerPeriod);
+    workerPool.setExpiryTimeout(-1);
+}
+
+// While the workers are waited for, the object that they post to is still whole.
+KiwiAudioCapture::~KiwiAudioCapture()
+{
+    workerPool.clear();
+    workerPool.waitForDone(-1);
+}
+
+void KiwiAudioCapture::setCaptureFolder(const QString &folder)
+{
+    captureFolder = folder.trimmed();
+}
+
+void KiwiAudioCapture::setDecodeDepth(int depth)
+{
+    decodeDepth = depth;
+}
+
+void KiwiAudioCapture::setPeriodCallback(DecodeCallback callback)
+{
+    periodCallback = std::move(callback);
+}
+
+void KiwiAudioCapture::setWorkerCallback(DecodeCallback callback)
+{
+    workerCallback = std::move(callback);
+}
+
+SoundOutcome KiwiAudioCapture::takeFrame(const QByteArray &frame, const QString &receiverLabel,
+                                         qint64 nowMs)
+{
+    if (!started) {
+        const QString failure = start(receiverLabel, nowMs);
+        if (!failure.isEmpty())
+            return {true, false, failure};
+    }
+    countFrame(nowMs);
+    const bool periodClosed = isAdpcmFrame(frame) ? takeAdpcm(frame) : takePlain(frame);
+    return {periodClosed, periodClosed, {}};
+}
+
+void KiwiAudioCapture::reset()
+{
+    workerPool.clear();
+    ++resets;
+    periodOrder.clear();
+    pendingPeriods.clear();
+    finishedPeriods.clear();
+    started = false;
+    armed = false;
+    periodStartMs = 0;
+    counters = {};
+    adpcm = {};
+}
+
+QString KiwiAudioCapture::start(const QString &receiverLabel, qint64 nowMs)
+{
+    if (captureFolder.isEmpty())
+        return QStringLiteral("Capture directory was not configured.");
+    if (!QDir().mkpath(captureFolder))
+        return QStringLiteral("Could not create the capture directory.");
+
+    receiver = receiverLabel;
+    spareCounter1 = 0;
+    spareCounter2 = 0;
+    counters = {};
+    adpcm = {};
+    started = true;
+    armed = false;
+
+    const qint64 sinceBoundaryMs = nowMs % periodMs;
+    const bool tooClose = periodMs - sinceBoundaryMs < leastWarningMs;
+    periodStartMs = nowMs - sinceBoundaryMs + (tooClose ? 2 * periodMs : periodMs);
+    return {};
+}
+
+// Armed once, the capture keeps period boundaries by counting samples, not by the clock.
+void KiwiAudioCapture::countFrame(qint64 nowMs)
+{
+    ++counters.framesSeen;
+    if (!armed && nowMs >= periodStartMs)
+        armed = true;
+}
+
+// The decoder runs even where its samples are not kept: its state must follow the stream.
+bool KiwiAudioCapture::takeAdpcm(const QByteArray &frame)
+{
+    ++counters.compressedFrames;
+    ImaAdpcmState state = adpcm; // a local one can stay in registers
+    bool periodClosed = false;
+    for (int i = sndHeaderBytes; i < frame.size(); ++i) {
+        const int byte = static_cast<quint8>(frame.at(i));
+        periodClosed |= takeSample(decodeImaNibble(state, byte & 0x0f));
+        periodClosed |= takeSample(decodeImaNibble(state, byte >> 4));
+    }
+    adpcm = state;
+    return periodClosed;
+}
+
+bool KiwiAudioCapture::takePlain(const QByteArray &frame)
+{
+    ++counters.plainFrames;
+    bool periodClosed = false;
+    for (int i = sndHeaderBytes; i + 1 < frame.size(); i += 2)
+        periodClosed |= takeSample(qFromLittleEndian<qint16>(frame.constData() + i));
+    return periodClosed;
+}
+
+void KiwiAudioCapture::closePeriod()
+{
+    const QByteArray samples = std::exchange(periodSamples, emptyPeriod());
+    const qint64 closedStartMs = std::exchange(periodStartMs, periodStartMs + periodMs);
+    counters = {};
+    started = true;
+    armed = true;
+    queueDecodeSlices(closedStartMs, samples);
+}
+
+void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &samples)
+{
+    periodOrder.append(startMs);
+    pendingPeriods.insert(startMs, PendingSlot());
+
+    const QPointer<KiwiAudioCapture> guard(this);
+    for (int worker = 0; worker < workersPerPeriod; ++worker) {
+        const SlotJob job = {startMs, worker, decodeBand(worker), decodeDepth, captureFolder};
+        workerPool.start(
+            new DecodeTask([guard, object = this, queuedAtReset = resets, job, samples] {
+                const QStringList lines = decodeSlot(job, samples);
+                if (guard.isNull())
+                    return;
+                const auto delivery = [guard, queuedAtReset, job, lines] {
+                    if (guard)
+                        guard->deliver(queuedAtReset, job.periodStartMs, lines);
+                };
+                QMetaObject::invokeMethod(object, delivery, Qt::QueuedConnection);
+            }));
+    }
+}
+
+void KiwiAudioCapture::deliver(int queuedAtReset, qint64 finishedStartMs, const QStringList &lines)
+{
+    if (queuedAtReset != resets || !pendingPeriods.contains(finishedStartMs))
+        return;
+    if (workerCallback && !lines.isEmpty())
+        workerCallback(periodLabel(finishedStartMs), lines);
+
+    PendingSlot &slot = pendingPeriods[finishedStartMs];
+    slot.collectedLines += lines;
+    if (++slot.finishedWorkers < workersPerPeriod)
+        return;
+    finishedPeriods.insert(finishedStartMs, mergeDecodeLines(slot.collectedLines));
+    pendingPeriods.remove(finishedStartMs);
+    drainInOrder();
+}
+
+// An earlier period that is still being decoded holds the later ones back.
+void KiwiAudioCapture::drainInOrder()
+{
+    while (!periodOrder.isEmpty() && finishedPeriods.contains(periodOrder.first())) {
+        const qint64 startMs = periodOrder.takeFirst();
+        const QStringList merged = finishedPeriods.take(startMs);
+        if (periodCallback && !merged.isEmpty())
+            periodCallback(periodLabel(startMs), merged);
+    }
+}

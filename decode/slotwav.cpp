@@ -1,0 +1,90 @@
+#include "decode/slotwav.h"
+
+#include <QDataStream>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QThread>
+
+#include "decode/jt9runner.h"
+
+namespace
+{
+constexpr quint32 headerBytes = 44;
+constexpr quint32 chunkPrefixBytes = 8; // id and size, which a chunk's size does not count
+constexpr quint32 formatChunkBytes = 16;
+constexpr quint16 formatPcm = 1;
+constexpr quint16 channels = 1;
+constexpr quint32 sampleRateHz = 12000;
+constexpr quint16 sampleBytes = 2;
+constexpr quint16 bitsPerByte = 8;
+
+void writeWavHeader(QDataStream &stream, quint32 dataBytes)
+{
+    stream.writeRawData("RIFF", 4);
+    stream << quint32(dataBytes + headerBytes - chunkPrefixBytes);
+    stream.writeRawData("WAVE", 4);
+    stream.writeRawData("fmt ", 4);
+    stream << formatChunkBytes << formatPcm << channels << sampleRateHz
+           << quint32(sampleRateHz * channels * sampleBytes) << quint16(channels * sampleBytes)
+           << quint16(sampleBytes * bitsPerByte);
+    stream.writeRawData("data", 4);
+    stream << dataBytes;
+}
+
+// The files of a decoder that was killed a moment ago can be in use for a moment longer.
+bool removeFolder(const QString &folder)
+{
+    constexpr int tries = 20;
+    constexpr unsigned long pauseMs = 50;
+    for (int i = 1; !QDir(folder).removeRecursively(); ++i) {
+        if (i == tries)
+            return false;
+        QThread::msleep(pauseMs);
+    }
+    return true;
+}
+} // namespace
+
+QString workerFolderName(const SlotJob &job)
+{
+    const QDateTime start = QDateTime::fromMSecsSinceEpoch(job.periodStartMs, Qt::UTC);
+    return QStringLiteral("WORKER_%1_S%2_%3_%4")
+        .arg(start.toString(QStringLiteral("yyyyMMdd_HHmmss")))
+        .arg(job.worker + 1)
+        .arg(job.band.lowHz)
+        .arg(job.band.highHz);
+}
+
+QString writeSlotWav(const QString &path, const QByteArray &samples)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return file.errorString();
+
+    QDataStream stream(&file);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    writeWavHeader(stream, static_cast<quint32>(samples.size()));
+    const int written = stream.writeRawData(samples.constData(), samples.size());
+    file.close();
+    if (written != samples.size())
+        return QStringLiteral("PCM payload write was incomplete.");
+    return {};
+}
+
+QStringList decodeSlot(const SlotJob &job, const QByteArray &samples)
+{
+    if (samples.size() != slotPcmBytes)
+        return {};
+
+    const QString folder = QDir(job.captureFolder).absoluteFilePath(workerFolderName(job));
+    if (!removeFolder(folder) || !QDir().mkpath(folder))
+        return {};
+
+    const QString wavPath = folder + QStringLiteral("/pelq_ft8_slot.wav");
+    QStringList lines;
+    if (writeSlotWav(wavPath, samples).isEmpty())
+        lines = runJt9(wavPath, folder, job.band, job.depth);
+    removeFolder(folder);
+    return lines;
+}

@@ -1,0 +1,173 @@
+#include "app/mainwindow.h"
+
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+
+#include <utility>
+
+#include "app/logline.h"
+#include "display/bridgeprotocol.h"
+
+// A client that does not read is dropped when this many bytes wait for it (days of decodes).
+static constexpr qint64 maxClientBacklogBytes = qint64{4} * 1024 * 1024;
+
+// What clients send is thrown away; this much of it may wait for that.
+static constexpr qint64 clientReadBufferBytes = qint64{64} * 1024;
+
+// Out of descriptors, the listener stops accepting for good unless it is told to go on.
+static constexpr int acceptPauseMs = 1000;
+
+static void resumeAfterAcceptErrors(QTcpServer *server)
+{
+    QObject::connect(server, &QTcpServer::acceptError, server, [server] {
+        logLine(QStringLiteral("WSJT bridge client not accepted: %1").arg(server->errorString()));
+        QTimer::singleShot(acceptPauseMs, server, [server] {
+            if (server->isListening())
+                server->resumeAccepting();
+        });
+    });
+}
+
+bool MainWindow::bridgeListening() const
+{
+    return bridgeServer && bridgeServer->isListening();
+}
+
+void MainWindow::discardBridgeServer()
+{
+    if (!bridgeServer)
+        return;
+    bridgeServer->deleteLater();
+    bridgeServer = nullptr;
+}
+
+void MainWindow::startBridge()
+{
+    constexpr int defaultPort = 27777;
+    int &bridgePort = profile.bridgePort;
+    if (bridgeListening()) {
+        logLine(
+            QStringLiteral("Local WSJT bridge already listening on 127.0.0.1:%1.").arg(bridgePort));
+        return;
+    }
+    discardBridgeServer();
+    if (bridgePort < 1 || bridgePort > 65535)
+        bridgePort = defaultPort;
+    bridgeServer = new QTcpServer(this);
+    connect(bridgeServer, &QTcpServer::newConnection, this, [this] { onBridgeConnection(); });
+    resumeAfterAcceptErrors(bridgeServer);
+    if (!bridgeServer->listen(QHostAddress::LocalHost, static_cast<quint16>(bridgePort))) {
+        logLine(QStringLiteral("Local WSJT bridge failed on 127.0.0.1:%1: %2")
+                    .arg(QString::number(bridgePort), bridgeServer->errorString()));
+        discardBridgeServer();
+        return;
+    }
+    logLine(QStringLiteral("Local WSJT bridge listening on 127.0.0.1:%1.").arg(bridgePort));
+}
+
+void MainWindow::stopBridge()
+{
+    const QList<QTcpSocket *> clients = std::exchange(bridgeClients, {});
+    for (QTcpSocket *socket : clients) {
+        socket->disconnect(this);
+        socket->disconnectFromHost();
+        socket->close();
+        socket->deleteLater();
+    }
+    if (bridgeServer)
+        bridgeServer->close();
+    discardBridgeServer();
+    logLine(QStringLiteral("Local WSJT bridge stopped."));
+    refreshStatusBar();
+}
+
+void MainWindow::onBridgeConnection()
+{
+    if (!bridgeServer)
+        return;
+    while (bridgeServer->hasPendingConnections()) {
+        if (QTcpSocket *socket = bridgeServer->nextPendingConnection())
+            welcomeBridgeClient(socket);
+    }
+    refreshStatusBar();
+}
+
+void MainWindow::welcomeBridgeClient(QTcpSocket *socket)
+{
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    socket->setReadBufferSize(clientReadBufferBytes);
+    bridgeClients.append(socket);
+    connect(socket, &QTcpSocket::disconnected, this,
+            [this, socket] { onBridgeClientGone(socket); });
+    connect(socket, &QTcpSocket::readyRead, this, [socket] { socket->readAll(); });
+    socket->write(bridgeReadyLine());
+    socket->flush();
+    logLine(QStringLiteral("WSJT bridge client connected: %1:%2")
+                .arg(socket->peerAddress().toString(), QString::number(socket->peerPort())));
+}
+
+void MainWindow::onBridgeClientGone(QTcpSocket *socket)
+{
+    if (!socket)
+        return;
+    bridgeClients.removeAll(socket);
+    socket->deleteLater();
+    logLine(QStringLiteral("WSJT bridge client disconnected; %1 client(s) remain.")
+                .arg(bridgeClients.size()));
+    refreshStatusBar();
+}
+
+// Returns whether the client took the line. Dropping one ends in onBridgeClientGone().
+static bool sendToClient(QTcpSocket *socket, const QByteArray &line)
+{
+    if (socket->state() != QAbstractSocket::ConnectedState)
+        return false;
+    if (socket->bytesToWrite() + line.size() > maxClientBacklogBytes) {
+        socket->abort();
+        return false;
+    }
+    if (socket->write(line) <= 0)
+        return false;
+    socket->flush();
+    return true;
+}
+
+// Returns whether at least one client took the line.
+static bool sendToClients(const QList<QTcpSocket *> &clients, const QByteArray &line)
+{
+    bool delivered = false;
+    for (QTcpSocket *socket : clients)
+        delivered |= sendToClient(socket, line);
+    return delivered;
+}
+
+void MainWindow::broadcastDecodes(const QString &periodLabel, const QStringList &lines)
+{
+    if (lines.isEmpty() || bridgeClients.isEmpty())
+        return;
+    static RecentDecodeKeys recentDecodeKeys;
+    const qint64 now = nowMs();
+    recentDecodeKeys.prune(now);
+    QString periodTime = bridgePeriodTime(periodLabel);
+    // Clients that go while a line is being sent stay valid here: they are deleted later.
+    const QList<QTcpSocket *> clients = bridgeClients;
+    for (const QString &line : lines) {
+        const std::optional<BridgeDecode> decode = parseBridgeDecode(line, &periodTime);
+        if (!decode)
+            continue;
+        const QString key = bridgeDecodeKey(*decode);
+        if (!recentDecodeKeys.contains(key) && sendToClients(clients, bridgeLine(*decode)))
+            recentDecodeKeys.remember(key, now);
+    }
+}
+
+void MainWindow::onDecodesDelivered(const QString &periodLabel, const QStringList &lines)
+{
+    recordGoodReceiver(lines.size());
+    broadcastDecodes(periodLabel, lines);
+    if (lines.isEmpty() || bridgeClients.isEmpty())
+        return;
+    bridgeLastOutputMs = nowMs();
+    bridgeLastOutputCount = lines.size();
+}

@@ -1,0 +1,58 @@
+#include "display/bridgeprotocol.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+#include "decode/ft8decode.h"
+
+QByteArray bridgeReadyLine()
+{
+    return QByteArrayLiteral("PELQBRIDGE2|READY\n");
+}
+
+QString bridgePeriodTime(const QString &periodLabel)
+{
+    return periodLabel.trimmed().remove(QLatin1Char(':'));
+}
+
+std::optional<BridgeDecode> parseBridgeDecode(const QString &line, QString *periodTime)
+{
+    const QRegularExpressionMatch match = decodeLinePattern().match(line.trimmed());
+    if (!match.hasMatch())
+        return std::nullopt;
+    if (periodTime->size() != 6)
+        *periodTime = match.captured(1);
+    const BridgeDecode decode{*periodTime, match.captured(2).trimmed(), match.captured(3).trimmed(),
+                              match.captured(4).trimmed(), match.captured(5).simplified()};
+    if (decode.snr.isEmpty() || decode.dt.isEmpty() || decode.frequency.isEmpty() ||
+        decode.message.isEmpty())
+        return std::nullopt;
+    return decode;
+}
+
+QString bridgeDecodeKey(const BridgeDecode &decode)
+{
+    const QStringList parts{decode.time, decode.frequency, decode.message};
+    return parts.join(QLatin1Char('|')).toUpper();
+}
+
+QByteArray bridgePayload(const BridgeDecode &decode)
+{
+    const QStringList fields{decode.time, decode.snr, decode.dt, decode.frequency, decode.message};
+    return fields.join(QLatin1Char('\t')).toUtf8();
+}
+
+QByteArray bridgeLine(const BridgeDecode &decode)
+{
+    return "PELQOUTPOST2|" + bridgePayload(decode).toBase64() + '\n';
+}
+
+void RecentDecodeKeys::prune(qint64 nowMs)
+{
+    for (auto entry = sentMs.begin(); entry != sentMs.end();) {
+        if (nowMs - entry.value() > keepMs)
+            entry = sentMs.erase(entry);
+        else
+            ++entry;
+    }
+}

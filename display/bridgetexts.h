@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+// The bridge as the operator sees it.
+struct BridgeState {
+    bool listening = false;
+    int port = 0;            // TCP, on 127.0.0.1
+    int clients = 0;         // attached
+    QString lastError;       // of the last failed start; empty when none
+    qint64 lastOutputMs = 0; // UTC, ms since the epoch; 0 = never
+    int lastOutputCount = 0; // lines of that batch
+};
+
+// The two lines of the Bridge Status window.
+QString bridgeStatusText(const BridgeState &bridge);
+
+// The text of the "Test WSJT Attachment" box.
+QString bridgeAttachmentText(const BridgeState &bridge);
+
+// "Listening — <n> client(s)" or "Stopped".
+QString bridgeSummaryText(const BridgeState &bridge);

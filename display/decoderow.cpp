@@ -1,0 +1,46 @@
+#include "display/decoderow.h"
+
+#include <algorithm>
+
+QStringList decodeHeaders()
+{
+    return {QStringLiteral("Time"), QStringLiteral("SNR"), QStringLiteral("DT"),
+            QStringLiteral("DF"), QStringLiteral("Message")};
+}
+
+QString messageHeader(int latestPeriodCount)
+{
+    return QStringLiteral("Message (%1)").arg(latestPeriodCount);
+}
+
+std::optional<DecodeCells> decodeCells(const QString &periodLabel, const QString &jt9Line)
+{
+    constexpr int messageToken = 5; // after time, SNR, DT, DF and the "~" mark
+    const QStringList tokens = jt9Line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (tokens.size() <= messageToken)
+        return std::nullopt;
+    return DecodeCells{periodLabel, tokens.at(1), tokens.at(2), tokens.at(3),
+                       tokens.mid(messageToken).join(QLatin1Char(' '))};
+}
+
+QStringList keptPeriodLabels(const QStringList &rowLabels)
+{
+    constexpr int keptPeriods = 3;
+    QStringList labels;
+    for (const QString &rowLabel : rowLabels) {
+        const QString label = rowLabel.trimmed();
+        if (!label.isEmpty() && !labels.contains(label))
+            labels.append(label);
+    }
+    return labels.mid(qMax(0, labels.size() - keptPeriods));
+}
+
+int latestPeriodCount(const QStringList &rowLabels)
+{
+    if (rowLabels.isEmpty())
+        return 0;
+    const QString latest = rowLabels.last().trimmed();
+    return static_cast<int>(
+        std::count_if(rowLabels.begin(), rowLabels.end(),
+                      [&latest](const QString &rowLabel) { return rowLabel.trimmed() == latest; }));
+}

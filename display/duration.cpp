@@ -1,0 +1,15 @@
+#include "display/duration.h"
+
+#include <QTime>
+
+QString formatDuration(qint64 seconds)
+{
+    constexpr qint64 secondsPerDay = 86400;
+    const qint64 total = qMax<qint64>(0, seconds);
+    const QTime timeOfDay =
+        QTime::fromMSecsSinceStartOfDay(static_cast<int>(total % secondsPerDay) * 1000);
+    QString clockText = timeOfDay.toString(QStringLiteral("HH:mm:ss"));
+    if (total < secondsPerDay)
+        return clockText;
+    return QStringLiteral("%1d %2").arg(QString::number(total / secondsPerDay), clockText);
+}

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QString>
+
+// "HH:mm:ss", or "<days>d HH:mm:ss" from one day on; a negative duration counts as none.
+QString formatDuration(qint64 seconds);

@@ -1,0 +1,81 @@
+#include "app/mainwindow.h"
+
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+
+#include "display/highlightcalls.h"
+#include "store/settings.h"
+
+static const QString callsKey = QStringLiteral("highlight/calls");
+
+void MainWindow::loadHighlightCalls()
+{
+    highlightCalls = validHighlightCalls(stationSettings().value(callsKey).toStringList());
+}
+
+void MainWindow::saveHighlightCalls()
+{
+    QSettings settings = stationSettings();
+    settings.setValue(callsKey, highlightCalls);
+    settings.sync();
+}
+
+bool MainWindow::matchesHighlightedCall(const QString &text) const
+{
+    return containsCall(text, highlightCalls);
+}
+
+// Lets the operator edit *text; false when the edit was cancelled. The toolkit's ready-made
+// dialog would swallow the Tab key, and with it the way to the buttons.
+static bool askForCalls(QWidget *parent, QString *text)
+{
+    const QString label = QStringLiteral("Enter up to 10 complete callsigns, one per line.\n"
+                                         "Matching decode rows will be highlighted yellow.");
+    QInputDialog dialog(parent);
+    dialog.setOption(QInputDialog::UsePlainTextEditForTextInput);
+    dialog.setWindowTitle(QStringLiteral("Highlight Calls"));
+    dialog.setLabelText(label);
+    dialog.setTextValue(*text);
+    auto *editor = dialog.findChild<QPlainTextEdit *>();
+    editor->setTabChangesFocus(true);
+    editor->setAccessibleName(label);
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    *text = dialog.textValue();
+    return true;
+}
+
+static void warn(QWidget *parent, const QString &title, const QString &text)
+{
+    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, parent);
+    box.setTextFormat(Qt::PlainText); // the entry named in it may look like markup
+    box.exec();
+}
+
+static void warnOfInvalidCall(QWidget *parent, const QString &entry)
+{
+    warn(parent, QStringLiteral("Invalid Callsign"),
+         QStringLiteral("\"%1\" is not a valid callsign entry. Use only letters, numbers, and /, "
+                        "with no spaces.")
+             .arg(entry));
+}
+
+void MainWindow::editHighlightCalls()
+{
+    QString text = highlightCalls.join(QLatin1Char('\n'));
+    while (askForCalls(this, &text)) {
+        const HighlightEdit edit = parseHighlightCalls(text);
+        if (!edit.invalidEntry.isEmpty()) {
+            warnOfInvalidCall(this, edit.invalidEntry);
+        } else if (edit.calls.size() > maxHighlightCalls) {
+            warn(this, QStringLiteral("Too Many Callsigns"),
+                 QStringLiteral("Enter no more than 10 callsigns."));
+        } else {
+            highlightCalls = edit.calls;
+            saveHighlightCalls();
+            reapplyHighlights();
+            return;
+        }
+    }
+}

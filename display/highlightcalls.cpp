@@ -1,0 +1,62 @@
+#include "display/highlightcalls.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+
+static QString asCall(const QString &entry)
+{
+    return entry.trimmed().toUpper();
+}
+
+static bool isCall(const QString &entry)
+{
+    static const QRegularExpression pattern(QStringLiteral("^[A-Z0-9/]{1,15}$"));
+    return pattern.match(entry).hasMatch();
+}
+
+QStringList validHighlightCalls(const QStringList &stored)
+{
+    QStringList calls;
+    for (const QString &entry : stored) {
+        if (calls.size() == maxHighlightCalls)
+            break;
+        const QString call = asCall(entry);
+        if (isCall(call) && !calls.contains(call))
+            calls.append(call);
+    }
+    return calls;
+}
+
+HighlightEdit parseHighlightCalls(const QString &typed)
+{
+    static const QRegularExpression lineBreaks(QStringLiteral("[\r\n]+"));
+    HighlightEdit edit;
+    for (const QString &line : typed.split(lineBreaks, Qt::SkipEmptyParts)) {
+        const QString call = asCall(line);
+        if (call.isEmpty() || edit.calls.contains(call))
+            continue;
+        if (!isCall(call)) {
+            edit.invalidEntry = call;
+            break;
+        }
+        edit.calls.append(call);
+    }
+    return edit;
+}
+
+static bool containsOneCall(const QString &text, const QString &call)
+{
+    const QRegularExpression pattern(
+        QStringLiteral("(^|[^A-Z0-9/])%1(?=$|[^A-Z0-9/])").arg(QRegularExpression::escape(call)),
+        QRegularExpression::CaseInsensitiveOption);
+    return pattern.match(text).hasMatch();
+}
+
+bool containsCall(const QString &text, const QStringList &calls)
+{
+    if (text.trimmed().isEmpty())
+        return false;
+    return std::any_of(calls.begin(), calls.end(),
+                       [&text](const QString &call) { return containsOneCall(text, call); });
+}

@@ -1,0 +1,45 @@
+#include "display/livedialog.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+
+static QLabel *buildSelectableLabel(QWidget *parent)
+{
+    auto *label = new QLabel(parent);
+    label->setTextFormat(Qt::PlainText); // host names and errors come from elsewhere
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+static QDialogButtonBox *buildCloseBox(QDialog *dialog)
+{
+    auto *box = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
+    box->button(QDialogButtonBox::Close)->setDefault(true);
+    QObject::connect(box, &QDialogButtonBox::rejected, dialog, &QDialog::close);
+    return box;
+}
+
+LiveDialog buildLiveDialog(QWidget *parent, const QString &title, int refreshMs,
+                           const std::function<void()> &refresh)
+{
+    auto *dialog = new QDialog(parent);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(title);
+    dialog->setSizeGripEnabled(false);
+
+    auto *layout = new QVBoxLayout(dialog);
+    layout->setContentsMargins(8, 8, 8, 8);
+    layout->setSpacing(6);
+    auto *label = buildSelectableLabel(dialog);
+    layout->addWidget(label);
+    layout->addWidget(buildCloseBox(dialog));
+
+    auto *timer = new QTimer(dialog);
+    timer->setInterval(refreshMs);
+    QObject::connect(timer, &QTimer::timeout, dialog, refresh);
+    return {dialog, layout, label, timer};
+}

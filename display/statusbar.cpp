@@ -1,0 +1,15 @@
+#include "app/mainwindow.h"
+
+#include <QLabel>
+
+#include "display/stationtexts.h"
+
+void MainWindow::refreshStatusBar()
+{
+    if (!statusSummaryLabel)
+        return;
+    const QString text =
+        statusSummaryText(link.sndVerified, bridgeClients.size(), statusSession.sessionDecodes);
+    if (statusSummaryLabel->text() != text)
+        statusSummaryLabel->setText(text);
+}

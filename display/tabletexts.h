@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QStringList>
+#include <QTableWidget>
+
+// The text of one cell; empty where the cell is missing.
+inline QString cellText(const QTableWidget &table, int row, int column)
+{
+    const QTableWidgetItem *item = table.item(row, column);
+    return item ? item->text() : QString();
+}
+
+// The texts of one column, top to bottom.
+inline QStringList columnTexts(const QTableWidget &table, int column)
+{
+    QStringList texts;
+    for (int row = 0; row < table.rowCount(); ++row)
+        texts.append(cellText(table, row, column));
+    return texts;
+}

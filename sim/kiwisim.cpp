@@ -1,0 +1,228 @@
+#include "sim/kiwisim.h"
+
+#include "sim/listener.h"
+#include "sim/simwav.h"
+#include "sim/syntheticband.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QHostAddress>
+#include <QTcpServer>
+
+namespace
+{
+
+constexpr int kKeptEvents = 10000;
+constexpr int kKeptPeriods = 8;
+constexpr int kMostClients = 64;
+
+bool isInRange(const SimConfig &config, QString *error)
+{
+    if (config.rateHz < 1000 || config.rateHz > 100000)
+        *error = QStringLiteral("the rate must be 1000..100000 Hz");
+    else if (config.speed < 1 || config.speed > 1000)
+        *error = QStringLiteral("the speed must be 1..1000");
+    else if (config.leadPeriods < 0 || config.leadPeriods > 100000)
+        *error = QStringLiteral("the lead must be 0..100000 periods");
+    else
+        return true;
+    return false;
+}
+
+QByteArray logText(const SimEvent &event)
+{
+    return QStringLiteral("%1 %2 client %3 %4 %5 %6\n")
+        .arg(event.utcMs)
+        .arg(QDateTime::fromMSecsSinceEpoch(event.utcMs, Qt::UTC).toString(Qt::ISODateWithMs))
+        .arg(event.client)
+        .arg(event.path.isEmpty() ? QStringLiteral("-") : event.path, event.kind, event.text)
+        .toUtf8();
+}
+
+} // namespace
+
+struct KiwiSim::Private {
+    sim::ReceiverRoom room;
+    QTcpServer server;
+    QTcpSocket portHolder; // bound, not listening: connections to it are refused
+    QFile log;
+    QVector<sim::Samples> audio;
+    QList<SimEvent> events;
+    QList<SentPeriod> periods;
+    QList<sim::Listener *> listeners; // children of `server`
+    int clients = 0;
+
+    bool loadAudio(QString *error);
+    bool openLog(QString *error);
+    bool openPort(QString *error);
+    void accept();
+    void report(const SimEvent &event);
+    void keepPeriod(const SentPeriod &period);
+    sim::Samples periodAudio(int period) const;
+};
+
+KiwiSim::KiwiSim() : d(std::make_unique<Private>())
+{
+    Private *p = d.get();
+    p->server.setMaxPendingConnections(kMostClients);
+    p->room.audio = [p](int period) { return p->periodAudio(period); };
+    p->room.report = [p](const SimEvent &event) { p->report(event); };
+    p->room.keepPeriod = [p](const SentPeriod &period) { p->keepPeriod(period); };
+    QObject::connect(&p->server, &QTcpServer::newConnection, &p->server, [p] { p->accept(); });
+}
+
+KiwiSim::~KiwiSim()
+{
+    close();
+}
+
+bool KiwiSim::listen(const SimConfig &config, QString *error)
+{
+    close();
+    d->room.config = config;
+    if (!config.nowMs)
+        d->room.config.nowMs = [] { return QDateTime::currentMSecsSinceEpoch(); };
+    return isInRange(config, error) && d->loadAudio(error) && d->openLog(error) &&
+           d->openPort(error);
+}
+
+void KiwiSim::close()
+{
+    d->server.close();
+    d->portHolder.abort();
+    const QList<sim::Listener *> listeners = d->listeners;
+    for (sim::Listener *listener : listeners)
+        listener->end();
+    d->log.close();
+}
+
+quint16 KiwiSim::port() const
+{
+    return d->server.isListening() ? d->server.serverPort() : d->portHolder.localPort();
+}
+
+void KiwiSim::setEndpoints(const sim::EndpointBehaviours &endpoints)
+{
+    d->room.config.endpoints = endpoints;
+}
+
+int KiwiSim::liveClients() const
+{
+    return d->listeners.size();
+}
+
+const QList<SimEvent> &KiwiSim::events() const
+{
+    return d->events;
+}
+
+QStringList KiwiSim::commands(const QString &path) const
+{
+    QStringList commands;
+    for (const SimEvent &event : d->events) {
+        if (event.kind == QLatin1String("command") && (path.isEmpty() || event.path == path))
+            commands.append(event.text);
+    }
+    return commands;
+}
+
+const QList<SentPeriod> &KiwiSim::periods() const
+{
+    return d->periods;
+}
+
+bool KiwiSim::Private::loadAudio(QString *error)
+{
+    const SimConfig &config = room.config;
+    audio.clear();
+    for (const QString &file : config.wavFiles) {
+        sim::Samples samples;
+        if (!sim::readPeriodWav(file, &samples, error))
+            return false;
+        audio.append(samples);
+    }
+    audio += config.audio;
+    if (!audio.isEmpty() || !config.syntheticBand)
+        return true;
+    return sim::loadBand({config.cacheFolder, config.generator, config.progress}, &audio, error);
+}
+
+bool KiwiSim::Private::openLog(QString *error)
+{
+    if (room.config.logFile.isEmpty())
+        return true;
+    log.setFileName(room.config.logFile);
+    if (log.open(QIODevice::WriteOnly | QIODevice::Append))
+        return true;
+    *error = QStringLiteral("%1: %2").arg(log.fileName(), log.errorString());
+    return false;
+}
+
+bool KiwiSim::Private::openPort(QString *error)
+{
+    const QHostAddress address(room.config.host);
+    if (address.isNull()) {
+        *error = QStringLiteral("\"%1\" is not an IP address to listen on").arg(room.config.host);
+        return false;
+    }
+    if (room.config.endpoints.refusesAll()) {
+        if (portHolder.bind(address, room.config.port, QAbstractSocket::DontShareAddress))
+            return true;
+        *error = portHolder.errorString();
+        return false;
+    }
+    if (server.listen(address, room.config.port))
+        return true;
+    *error = QStringLiteral("port %1: %2").arg(room.config.port).arg(server.errorString());
+    return false;
+}
+
+void KiwiSim::Private::accept()
+{
+    while (QTcpSocket *socket = server.nextPendingConnection()) {
+        if (listeners.size() >= kMostClients) {
+            socket->abort();
+            socket->deleteLater();
+            continue;
+        }
+        auto *listener = new sim::Listener(socket, ++clients, &room, &server);
+        listeners.append(listener);
+        listener->onGone = [this, listener] {
+            listeners.removeOne(listener);
+            listener->deleteLater();
+        };
+    }
+}
+
+void KiwiSim::Private::report(const SimEvent &event)
+{
+    events.append(event);
+    if (events.size() > kKeptEvents)
+        events.removeFirst();
+    if (log.isOpen()) {
+        log.write(logText(event));
+        log.flush();
+    }
+    if (room.config.onEvent)
+        room.config.onEvent(event);
+}
+
+void KiwiSim::Private::keepPeriod(const SentPeriod &period)
+{
+    periods.append(period);
+    if (periods.size() > kKeptPeriods)
+        periods.removeFirst();
+    if (room.config.onPeriod)
+        room.config.onPeriod(period);
+}
+
+// WAVs are played once; the synthetic band goes round.
+sim::Samples KiwiSim::Private::periodAudio(int period) const
+{
+    const SimConfig &config = room.config;
+    const int number = period - config.leadPeriods;
+    const bool goesRound = config.wavFiles.isEmpty() && config.audio.isEmpty();
+    if (number < 0 || audio.isEmpty() || (number >= audio.size() && !goesRound))
+        return {};
+    return audio.at(number % audio.size());
+}

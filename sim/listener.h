@@ -1,0 +1,107 @@
+#pragma once
+
+#include "sim/kiwisim.h"
+#include "sim/receivercommands.h"
+#include "sim/soundstream.h"
+#include "sim/wsframe.h"
+
+#include <QObject>
+#include <QTcpSocket>
+#include <QTimer>
+
+namespace sim
+{
+
+// What a listener needs from the receiver. Outlives the listener.
+struct ReceiverRoom {
+    SimConfig config; // nowMs is set
+    PeriodAudio audio;
+    std::function<void(const SimEvent &)> report;
+    std::function<void(const SentPeriod &)> keepPeriod;
+    QSet<QString> channels; // taken ones, "address/N"
+};
+
+// One client of the receiver: request, greeting, sound and the faults of its endpoint. Driven by
+// what the client sends and by one timer. Owns its socket; `onGone` is called once when it is over.
+class Listener : public QObject
+{
+public:
+    Listener(QTcpSocket *socket, int client, ReceiverRoom *room, QObject *parent);
+
+    void end(); // drops the client at once
+    std::function<void()> onGone;
+
+private:
+    enum class Phase {
+        Request,  // nothing answered yet
+        Opening,  // the answer to the request is held back
+        Open,     // no message from the client yet
+        Waiting,  // for commands; some behaviours never leave this
+        Sounding, //
+        Flooding, //
+        Silent,   // nothing is sent any more, the link stays
+        Ended,
+    };
+
+    // listener.cpp: the faithful receiver
+    void readSocket();
+    void takeRequest();
+    void openLink();
+    void takeFrames();
+    void takeFrame(const ClientFrame &frame);
+    void takeMessage(const QString &text);
+    bool takeChannel();
+    void greet();
+    void planSoundFrom(qint64 earliestMs);
+    StreamFormat streamFormat() const;
+    void tick();
+    void sendDueSound(qint64 nowMs);
+    void sendSound(const QByteArray &frame);
+    void record(const QByteArray &frame, bool kept);
+    void gone();
+
+    // listenerfaults.cpp: what a faithful receiver does not do
+    bool refuseRequest();
+    bool refuseGreeting();
+    bool neverSounds() const;
+    void remind(qint64 nowMs);
+    qint64 dueMs() const;
+    void disturbSound(qint64 nowMs);
+    void sendBetween();
+    void endSound();
+    void flood();
+    void turnAway(const QByteArray &message);
+    void resetTcp();
+    QByteArray randomFrame();
+
+    void note(const QString &kind, const QString &text);
+    void sendRaw(const QByteArray &bytes) { m_socket->write(bytes); }
+    void sendBinary(const QByteArray &message) { sendRaw(wsFrame(Binary, message)); }
+    bool is(Fault fault) const { return m_behaviour.fault == fault; }
+    qint64 faultMs() const { return qRound64(m_behaviour.parameter * 1000); }
+    qint64 nowMs() const { return m_room->config.nowMs(); }
+
+    QTcpSocket *m_socket;
+    const int m_client;
+    ReceiverRoom *m_room;
+    Behaviour m_behaviour;
+    QTimer m_timer;
+    Phase m_phase = Phase::Request;
+    QString m_path;
+    QByteArray m_requestKey; // Sec-WebSocket-Key
+    QByteArray m_received;   // not yet understood
+    QByteArray m_message;    // fragments of a message not yet complete
+    QString m_channel;       // key of the channel to take, "address/N"
+    bool m_hasChannel = false;
+    ReceiverCommands m_commands;
+    std::unique_ptr<SoundStream> m_sound;
+    PeriodRecorder m_recorder;
+    int m_periodNumber = 0;
+    quint32 m_framesSent = 0;
+    qint64 m_keepaliveMs = 0;    // UTC of the last keepalive
+    qint64 m_firstSoundMs = 0;   // UTC; 0 until sound has begun
+    qint64 m_nextFaultMs = 0;    // UTC; of what comes late, or again and again
+    qint64 m_floodBytesLeft = 0; // of the huge frame
+};
+
+} // namespace sim

@@ -1,0 +1,125 @@
+#include "sim/kiwisim.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <cstdio>
+
+namespace
+{
+
+enum ExitStatus { Usage = 2, CannotListen = 1 };
+
+QCommandLineOption option(const char *name, const char *help, const char *value = "",
+                          const char *standard = "")
+{
+    return {QString::fromLatin1(name), QString::fromLatin1(help), QString::fromLatin1(value),
+            QString::fromLatin1(standard)};
+}
+
+void describe(QCommandLineParser *parser)
+{
+    parser->setApplicationDescription(
+        QStringLiteral("A simulated KiwiSDR receiver. It plays the WAV files (12000 Hz, mono, 16 "
+                       "bit, 15 s), each exactly on a\nUTC period boundary, or without files a "
+                       "synthetic FT8 band.\n\nBehaviours of an endpoint, with their parameter and "
+                       "its default:\n%1")
+            .arg(sim::behaviourHelp()));
+    parser->addOptions({
+        option("host", "IP address to listen on.", "address", "127.0.0.1"),
+        option("port", "Port to listen on; 0 picks a free one.", "port", "8073"),
+        option("speed", "So much faster than real time after the first period.", "X", "1"),
+        option("rate", "Samples a second.", "Hz", "12000"),
+        option("raw", "Uncompressed little-endian sound."),
+        option("endpoint", "Behaviour of endpoint K: 0, 1, 2, 3 or all. May be repeated.",
+               "K=BEHAVIOUR"),
+        option("log", "Append what happens to this file.", "file"),
+        option("lead", "So many whole periods of noise before the first WAV.", "N", "0"),
+        option("cache", "Folder in which the synthetic band is kept.", "folder"),
+    });
+    parser->addHelpOption();
+    parser->addPositionalArgument(QStringLiteral("WAV"), QStringLiteral("Periods to play."),
+                                  QStringLiteral("[WAV...]"));
+}
+
+bool number(const QCommandLineParser &parser, const char *name, double *value, QString *error)
+{
+    const QString text = parser.value(QString::fromLatin1(name));
+    bool isNumber = false;
+    *value = text.toDouble(&isNumber);
+    if (!isNumber)
+        *error =
+            QStringLiteral("--%1: \"%2\" is not a number").arg(QString::fromLatin1(name), text);
+    return isNumber;
+}
+
+bool wholeNumber(const QCommandLineParser &parser, const char *name, int most, int *value,
+                 QString *error)
+{
+    const QString text = parser.value(QString::fromLatin1(name));
+    bool isNumber = false;
+    *value = text.toInt(&isNumber);
+    if (isNumber && *value >= 0 && *value <= most)
+        return true;
+    *error = QStringLiteral("--%1: \"%2\" is not one of 0..%3")
+                 .arg(QString::fromLatin1(name), text)
+                 .arg(most);
+    return false;
+}
+
+bool readOptions(const QCommandLineParser &parser, SimConfig *config, QString *error)
+{
+    int port = 0;
+    if (!wholeNumber(parser, "port", 65535, &port, error) ||
+        !wholeNumber(parser, "lead", 100000, &config->leadPeriods, error) ||
+        !number(parser, "speed", &config->speed, error) ||
+        !number(parser, "rate", &config->rateHz, error))
+        return false;
+    config->port = quint16(port);
+    config->host = parser.value(QStringLiteral("host"));
+    config->raw = parser.isSet(QStringLiteral("raw"));
+    config->logFile = parser.value(QStringLiteral("log"));
+    config->cacheFolder = parser.value(QStringLiteral("cache"));
+    config->wavFiles = parser.positionalArguments();
+    config->syntheticBand = true;
+    const QStringList endpoints = parser.values(QStringLiteral("endpoint"));
+    return std::all_of(endpoints.begin(), endpoints.end(), [&](const QString &endpoint) {
+        return config->endpoints.apply(endpoint, error);
+    });
+}
+
+void say(std::FILE *stream, const QString &text)
+{
+    std::fprintf(stream, "%s\n", qUtf8Printable(text));
+    std::fflush(stream);
+}
+
+int fail(ExitStatus status, const QString &error)
+{
+    say(stderr, QStringLiteral("kiwi-sim: ") + error);
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    describe(&parser);
+    if (!parser.parse(QCoreApplication::arguments()))
+        return fail(Usage, parser.errorText());
+    if (parser.isSet(QStringLiteral("help"))) {
+        say(stdout, parser.helpText());
+        return 0;
+    }
+    SimConfig config;
+    QString error;
+    if (!readOptions(parser, &config, &error))
+        return fail(Usage, error);
+    config.progress = [](const QString &text) { say(stderr, text); };
+    KiwiSim receiver;
+    if (!receiver.listen(config, &error))
+        return fail(CannotListen, error);
+    say(stdout, QStringLiteral("listening on %1 port %2").arg(config.host).arg(receiver.port()));
+    return QCoreApplication::exec();
+}

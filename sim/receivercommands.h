@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QSet>
+#include <QString>
+
+namespace sim
+{
+
+// What a listener has told the receiver so far. Sound starts once frequency, mode, passband, all
+// six AGC fields and "AR OK" have arrived after an authorisation.
+class ReceiverCommands
+{
+public:
+    void take(const QString &command);
+
+    bool authorised() const { return m_authorised; }
+    bool complete() const;
+    bool uncompressed() const { return m_uncompressed; }
+    // Only the exact text counts.
+    static bool isKeepalive(const QString &command);
+    // More than four keepalives before the commands were complete.
+    bool tooManyEarlyKeepalives() const { return m_earlyKeepalives > 4; }
+
+private:
+    QSet<QString> m_fields; // names that came with a proper value
+    bool m_authorised = false;
+    bool m_audioRateOk = false;
+    bool m_uncompressed = false;
+    int m_earlyKeepalives = 0;
+};
+
+} // namespace sim

@@ -1,0 +1,222 @@
+#include "sim/syntheticband.h"
+
+#include "sim/simwav.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <cmath>
+#include <iterator>
+#include <random>
+
+namespace sim
+{
+
+namespace
+{
+
+constexpr int kStations = 28;
+constexpr double kLowestHz = 210;
+constexpr double kSpacingHz = 96;
+constexpr double kReferenceHz = 2500;
+constexpr int kGeneratorTimeoutMs = 20000;
+
+// A well mixed number below `limit`, the same on every machine (splitmix64).
+int pick(int limit, int station, int purpose)
+{
+    quint64 z = quint64(station) * 1000 + quint64(purpose);
+    z += Q_UINT64_C(0x9E3779B97F4A7C15) * (z + 1);
+    z = (z ^ (z >> 30)) * Q_UINT64_C(0xBF58476D1CE4E5B9);
+    z = (z ^ (z >> 27)) * Q_UINT64_C(0x94D049BB133111EB);
+    return int((z ^ (z >> 31)) % quint64(limit));
+}
+
+QChar letter(int station, int purpose, int letters = 26)
+{
+    return QLatin1Char(char('A' + pick(letters, station, purpose)));
+}
+
+QString callsign(int station, int purpose)
+{
+    static const char *const prefixes[] = {
+        "K",  "W",  "N",  "KA", "WB", "VE", "G",  "DL", "F",  "I",  "JA", "VK", "ZL", "PY", "LU",
+        "OH", "SM", "LA", "OZ", "PA", "ON", "EA", "CT", "SP", "OK", "OM", "HA", "YO", "LZ", "SV"};
+    const int index = pick(int(std::size(prefixes)), station, purpose);
+    QString call = QString::fromLatin1(prefixes[index]);
+    call += QString::number(pick(10, station, purpose + 1));
+    for (int i = 0; i < 2 + pick(2, station, purpose + 2); ++i)
+        call += letter(station, purpose + 3 + i);
+    return call;
+}
+
+QString grid(int station, int purpose)
+{
+    return QString(letter(station, purpose, 18)) + letter(station, purpose + 1, 18) +
+           QString::number(10 + pick(90, station, purpose + 2));
+}
+
+QString report(int station, int purpose)
+{
+    return QString::asprintf("%+03d", pick(35, station, purpose) - 22);
+}
+
+// One contact takes six periods; the next one on the same frequency has other callsigns.
+QString message(int station, int period)
+{
+    const int step = station + period;
+    const int contact = 100 * (1 + step / 6);
+    const QString a = callsign(station, contact);
+    const QString b = callsign(station, contact + 10);
+    switch (step % 6) {
+    case 0:
+        return QStringLiteral("CQ %1 %2").arg(a, grid(station, contact + 20));
+    case 1:
+        return QStringLiteral("%1 %2 %3").arg(a, b, grid(station, contact + 30));
+    case 2:
+        return QStringLiteral("%1 %2 %3").arg(b, a, report(station, contact + 40));
+    case 3:
+        return QStringLiteral("%1 %2 R%3").arg(a, b, report(station, contact + 41));
+    case 4:
+        return QStringLiteral("%1 %2 RR73").arg(b, a);
+    default:
+        return QStringLiteral("%1 %2 73").arg(a, b);
+    }
+}
+
+// Amplitude of a sine that has this SNR in 2500 Hz of the noise floor, which spreads over 6000 Hz.
+double amplitude(int snrDb)
+{
+    const double noisePower = kNoiseRms * kNoiseRms * kReferenceHz / (kSampleRateHz / 2.0);
+    return std::sqrt(2 * noisePower * std::pow(10, snrDb / 10.0));
+}
+
+QStringList generatorArguments(const PlannedStation &station)
+{
+    // message, frequency, DT, Doppler spread, delay, number of files, SNR (99: no noise)
+    return {station.message,
+            QString::number(station.audioHz, 'f', 1),
+            QString::number(station.offsetSec, 'f', 2),
+            QStringLiteral("0"),
+            QStringLiteral("0"),
+            QStringLiteral("1"),
+            QStringLiteral("99")};
+}
+
+// One noiseless full-scale signal.
+bool generate(const QString &generator, const PlannedStation &station, Samples *signal,
+              QString *error)
+{
+    const QTemporaryDir scratch;
+    QProcess process;
+    process.setWorkingDirectory(scratch.path());
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(generator, generatorArguments(station), QIODevice::ReadOnly);
+    if (!process.waitForFinished(kGeneratorTimeoutMs) ||
+        process.exitStatus() != QProcess::NormalExit) {
+        *error = QStringLiteral("the FT8 signal generator \"%1\" does not run: %2")
+                     .arg(generator, process.errorString());
+        return false;
+    }
+    QString reason;
+    if (readPeriodWav(scratch.filePath(QStringLiteral("000000_000001.wav")), signal, &reason))
+        return true;
+    *error = QStringLiteral("the FT8 signal generator \"%1\" made no signal of \"%2\": %3 %4")
+                 .arg(generator, station.message, reason,
+                      QString::fromLocal8Bit(process.readAll().left(200)).simplified());
+    return false;
+}
+
+bool mixPeriod(const QString &generator, int period, Samples *mixed, QString *error)
+{
+    std::mt19937 random{quint32(period)};
+    std::normal_distribution<double> noise(0, kNoiseRms);
+    QVector<double> sum(kPeriodSamples);
+    for (double &sample : sum)
+        sample = noise(random);
+    for (const PlannedStation &station : plannedStations(period)) {
+        Samples signal;
+        if (!generate(generator, station, &signal, error))
+            return false;
+        const double gain = amplitude(station.snrDb) / 32767;
+        for (int i = 0; i < kPeriodSamples; ++i)
+            sum[i] += gain * signal.at(i);
+    }
+    mixed->clear();
+    for (const double sample : qAsConst(sum))
+        mixed->append(qint16(qBound(-32768.0, std::round(sample), 32767.0)));
+    return true;
+}
+
+// The plan and the levels name the folder, so that a changed band is never taken from an old cache.
+QString cacheFolder(const QString &root)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(QByteArray::number(kNoiseRms));
+    for (int period = 0; period < kBandPeriods; ++period)
+        for (const PlannedStation &station : plannedStations(period)) {
+            hash.addData(generatorArguments(station).join(QLatin1Char('|')).toUtf8());
+            hash.addData(QByteArray::number(station.snrDb));
+        }
+    const QString base =
+        root.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+                             QStringLiteral("/kiwi-sim")
+                       : root;
+    return base + QStringLiteral("/band-") + QString::fromLatin1(hash.result().toHex().left(16));
+}
+
+bool findGenerator(QString *generator, QString *error)
+{
+    if (generator->isEmpty())
+        *generator = QStandardPaths::findExecutable(QStringLiteral("ft8sim"));
+    if (!generator->isEmpty())
+        return true;
+    *error = QStringLiteral("ft8sim, which makes the synthetic band, is not on PATH (it comes with "
+                            "the wsjtx package); give WAV files instead");
+    return false;
+}
+
+} // namespace
+
+QVector<PlannedStation> plannedStations(int period)
+{
+    QVector<PlannedStation> stations;
+    for (int i = 0; i < kStations; ++i) {
+        PlannedStation station;
+        station.audioHz = kLowestHz + kSpacingHz * i + pick(21, i, 1) - 10;
+        // 13 steps are prime to 29 levels: strong and weak stations alternate.
+        station.snrDb = 10 - (13 * i + 5 * period) % 29;
+        station.offsetSec = pick(10, i, 2) / 10.0 - 0.2;
+        station.message = message(i, period);
+        stations.append(station);
+    }
+    return stations;
+}
+
+bool loadBand(const BandSettings &settings, QVector<Samples> *periods, QString *error)
+{
+    const QDir folder(cacheFolder(settings.cacheFolder));
+    QString generator = settings.generator;
+    periods->clear();
+    for (int period = 0; period < kBandPeriods; ++period) {
+        const QString path = folder.filePath(QStringLiteral("period-%1.wav").arg(period));
+        Samples samples;
+        QString notCached;
+        if (!readPeriodWav(path, &samples, &notCached)) {
+            if (settings.progress)
+                settings.progress(QStringLiteral("making period %1 of %2 of the synthetic band")
+                                      .arg(period + 1)
+                                      .arg(kBandPeriods));
+            if (!findGenerator(&generator, error) || !mixPeriod(generator, period, &samples, error))
+                return false;
+            folder.mkpath(QStringLiteral("."));
+            if (!writePeriodWav(path, samples, error))
+                return false;
+        }
+        periods->append(samples);
+    }
+    return true;
+}
+
+} // namespace sim

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QtGlobal>
+
+namespace sim
+{
+
+// Makes closing this socket reset the connection instead of ending it in order; the toolkit has no
+// option for it.
+void resetOnClose(qintptr socketDescriptor);
+
+} // namespace sim

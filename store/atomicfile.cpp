@@ -1,0 +1,33 @@
+#include "store/atomicfile.h"
+
+#include <QSaveFile>
+
+namespace
+{
+
+// On a full disk QSaveFile's write() and commit() both report success, and the old file is lost
+// to an empty or short one. What was wrong shows only after a flush.
+bool reachesDisk(QSaveFile &file, const QByteArray &content)
+{
+    return file.write(content) == content.size() && file.flush() &&
+           file.error() == QFileDevice::NoError;
+}
+
+} // namespace
+
+SaveResult saveAtomically(const QString &path, const QByteArray &content,
+                          QIODevice::OpenMode textFlag)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly | textFlag))
+        return {SaveResult::NotOpened, file.errorString()};
+    if (!reachesDisk(file, content)) {
+        const QString error = file.errorString(); // cancelling replaces it
+        file.cancelWriting();
+        file.commit();
+        return {SaveResult::NotCommitted, error};
+    }
+    if (!file.commit())
+        return {SaveResult::NotCommitted, file.errorString()};
+    return {};
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QString>
+
+// What became of a save. Unless it was saved, the old file stays as it was, or stays missing.
+struct SaveResult {
+    enum Outcome { Saved, NotOpened, NotCommitted };
+
+    Outcome outcome = Saved;
+    QString error; // the save file's error string; empty when saved
+
+    explicit operator bool() const { return outcome == Saved; }
+};
+
+// Replaces the file at `path` by `content`, whole or not at all. The folder must exist. Content
+// that does not all reach the disk counts as not committed. `textFlag` is QIODevice::Text for
+// files with the platform's line ends, else nothing.
+SaveResult saveAtomically(const QString &path, const QByteArray &content,
+                          QIODevice::OpenMode textFlag = {});

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QString>
+
+#include <optional>
+
+// What the data files have in common: JSON documents, written indented, with UTC times in the
+// ISO 8601 form.
+
+// The whole file; nothing when it cannot be opened.
+std::optional<QByteArray> readFile(const QString &path);
+
+// Nothing when the bytes are not JSON, or JSON of another kind.
+std::optional<QJsonArray> parseJsonArray(const QByteArray &json);
+std::optional<QJsonObject> parseJsonObject(const QByteArray &json);
+
+// "2026-01-31T18:04:15Z", from UTC milliseconds since the epoch.
+QString isoUtc(qint64 msSinceEpoch);

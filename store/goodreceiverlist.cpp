@@ -1,0 +1,123 @@
+#include "app/mainwindow.h"
+
+#include "app/logline.h"
+#include "store/atomicfile.h"
+#include "store/datafile.h"
+#include "store/datapaths.h"
+#include "store/goodreceivers.h"
+#include "store/receiverkey.h"
+#include "store/settings.h"
+
+#include <QComboBox>
+#include <QJsonDocument>
+#include <QLabel>
+#include <QPushButton>
+#include <QVariantMap>
+
+namespace
+{
+
+// Nothing when the file is missing or is not a list.
+std::optional<QJsonArray> savedReceivers()
+{
+    const std::optional<QByteArray> file = readFile(goodReceiversPath());
+    return file ? parseJsonArray(*file) : std::nullopt;
+}
+
+SaveResult saveReceivers(const QJsonArray &list)
+{
+    return saveAtomically(goodReceiversPath(), QJsonDocument(list).toJson());
+}
+
+bool wasRemoved(const ReceiverKey &key)
+{
+    return containsKey(removedKeys(stationSettings()), key);
+}
+
+void rememberRemoved(const ReceiverKey &key)
+{
+    QSettings settings = stationSettings();
+    storeRemovedKeys(settings, withKey(removedKeys(settings), key));
+}
+
+QString recordingText(const SaveResult &saved, const GoodReceiver &receiver)
+{
+    switch (saved.outcome) {
+    case SaveResult::NotOpened:
+        return QStringLiteral("GOOD RECEIVER SAVE FAILED: %1").arg(saved.error);
+    case SaveResult::NotCommitted:
+        return QStringLiteral("GOOD RECEIVER COMMIT FAILED");
+    case SaveResult::Saved:
+        break;
+    }
+    return QStringLiteral("Good receiver recorded: %1:%2")
+        .arg(receiver.host, QString::number(receiver.port));
+}
+
+QString removalFailureText(const SaveResult &failed)
+{
+    return failed.outcome == SaveResult::NotOpened
+               ? QStringLiteral("Could not update the saved receiver list.")
+               : QStringLiteral("Could not save the updated receiver list.");
+}
+
+} // namespace
+
+void MainWindow::recordGoodReceiver(int decodeCount)
+{
+    const GoodReceiver receiver{profile.kiwiHost.trimmed(), profile.kiwiPort, frequencyMhz,
+                                decodeCount};
+    if (decodeCount <= 0 || receiver.host.isEmpty() ||
+        wasRemoved(receiverKey(receiver.host, receiver.port)))
+        return;
+    // A damaged list gives way to a fresh one.
+    const QJsonArray list = savedReceivers().value_or(QJsonArray());
+    if (containsReceiver(list, receiver.host, receiver.port))
+        return; // the first recording stays as it is
+    const SaveResult saved = saveReceivers(withReceiver(list, receiver, nowMs()));
+    logLine(recordingText(saved, receiver));
+}
+
+void MainWindow::fillGoodReceiversCombo(QComboBox *combo)
+{
+    combo->clear();
+    combo->addItem(QStringLiteral("Select a saved good receiver"));
+    const auto receivers = readGoodReceivers(savedReceivers().value_or(QJsonArray()));
+    for (const GoodReceiver &receiver : receivers)
+        combo->addItem(goodReceiverText(receiver),
+                       QVariantMap{{QStringLiteral("Host"), receiver.host},
+                                   {QStringLiteral("Port"), receiver.port},
+                                   {QStringLiteral("FrequencyMhz"), receiver.frequencyMhz}});
+}
+
+void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
+                                            QLabel *statusLabel)
+{
+    if (combo->currentIndex() < 1)
+        return;
+    const QVariantMap selected = combo->currentData().toMap();
+    const QString host = selected.value(QStringLiteral("Host")).toString().trimmed();
+    const int port = selected.value(QStringLiteral("Port")).toInt();
+
+    const std::optional<QByteArray> file = readFile(goodReceiversPath());
+    if (!file)
+        return statusLabel->setText(QStringLiteral("Could not open the saved receiver list."));
+    const std::optional<QJsonArray> list = parseJsonArray(*file);
+    if (!list)
+        return statusLabel->setText(QStringLiteral("The saved receiver list is not valid."));
+    const QJsonArray kept = withoutReceiver(*list, host, port);
+    if (kept.size() == list->size()) {
+        fillGoodReceiversCombo(combo);
+        return statusLabel->setText(QStringLiteral("That receiver was already absent."));
+    }
+    const SaveResult saved = saveReceivers(kept);
+    if (!saved)
+        return statusLabel->setText(removalFailureText(saved));
+    rememberRemoved(receiverKey(host, port));
+    fillGoodReceiversCombo(combo);
+    combo->setCurrentIndex(0);
+    removeButton->setEnabled(false);
+    const QString receiver = QStringLiteral("%1:%2").arg(host, QString::number(port));
+    statusLabel->setText(QStringLiteral("Removed saved receiver: %1").arg(receiver));
+    logLine(QStringLiteral("Saved receiver removed: %1").arg(receiver));
+}

@@ -1,0 +1,41 @@
+#include "store/profile.h"
+
+#include "app/buildconfig.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+QString Profile::defaultKiwiHost(const QString &serial)
+{
+    return serial + QStringLiteral("." OUTPOST_PROXY_DOMAIN);
+}
+
+std::optional<Profile> parseProfile(const QByteArray &json, const Profile &current, QString *error)
+{
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
+    if (!document.isObject()) {
+        *error = parseError.errorString();
+        return std::nullopt;
+    }
+    const QJsonObject keys = document.object();
+    Profile read;
+    read.serial = keys.value(QLatin1String("Serial")).toString(current.serial);
+    read.kiwiHost = keys.value(QLatin1String("Host")).toString(current.kiwiHost);
+    read.kiwiPort = keys.value(QLatin1String("Port")).toInt(current.kiwiPort);
+    read.useProxy = keys.value(QLatin1String("UseProxy")).toBool(current.useProxy);
+    read.jt9Path = keys.value(QLatin1String("Jt9Path")).toString(current.jt9Path);
+    read.bridgePort = keys.value(QLatin1String("BridgePort")).toInt(current.bridgePort);
+    return read;
+}
+
+QByteArray profileJson(const Profile &profile)
+{
+    const QJsonObject keys{{QStringLiteral("Serial"), profile.serial},
+                           {QStringLiteral("Host"), profile.kiwiHost},
+                           {QStringLiteral("Port"), profile.kiwiPort},
+                           {QStringLiteral("UseProxy"), profile.useProxy},
+                           {QStringLiteral("Jt9Path"), profile.jt9Path},
+                           {QStringLiteral("BridgePort"), profile.bridgePort}};
+    return QJsonDocument(keys).toJson();
+}

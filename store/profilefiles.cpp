@@ -1,0 +1,123 @@
+#include "app/mainwindow.h"
+
+#include "app/logline.h"
+#include "store/atomicfile.h"
+#include "store/datapaths.h"
+#include "store/frequency.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+
+namespace
+{
+
+QString profileFilter()
+{
+    return QStringLiteral("JSON profiles (*.json);;All files (*)");
+}
+
+// Always false, so that a failure is told and returned in one.
+bool refuseProfile(QWidget *boxParent, const QString &title, const QString &text)
+{
+    if (boxParent)
+        QMessageBox::warning(boxParent, title, text);
+    return false;
+}
+
+bool createFolderOf(const QString &path)
+{
+    return QDir().mkpath(QFileInfo(path).absolutePath());
+}
+
+} // namespace
+
+bool MainWindow::loadProfile(const QString &path, bool showErrors)
+{
+    QWidget *boxParent = showErrors ? this : nullptr;
+    const QString title = QStringLiteral("Profile Open Failed");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return refuseProfile(boxParent, title, file.errorString());
+    QString error;
+    const std::optional<Profile> loaded = parseProfile(file.readAll(), profile, &error);
+    if (!loaded)
+        return refuseProfile(boxParent, title,
+                             QStringLiteral("The profile is not valid JSON: %1").arg(error));
+    profile = *loaded;
+    return true;
+}
+
+bool MainWindow::saveProfile(const QString &path, bool showErrors)
+{
+    QWidget *boxParent = showErrors ? this : nullptr;
+    const QString title = QStringLiteral("Profile Save Failed");
+    if (!createFolderOf(path))
+        return refuseProfile(boxParent, title,
+                             QStringLiteral("Could not create the profile folder."));
+    const SaveResult saved = saveAtomically(path, profileJson(profile));
+    return saved || refuseProfile(boxParent, title, saved.error);
+}
+
+void MainWindow::saveDefaultProfileQuietly()
+{
+    saveProfile(defaultProfilePath(), false);
+}
+
+void MainWindow::loadStartupProfile()
+{
+    profilePath = defaultProfilePath();
+    if (QFile::exists(profilePath))
+        loadProfile(profilePath, false);
+    else
+        saveDefaultProfileQuietly();
+}
+
+void MainWindow::loadFrequencyFile()
+{
+    QFile file(frequencyFilePath());
+    if (file.open(QIODevice::ReadOnly | QIODevice::Text))
+        frequencyMhz = parseFrequencyFile(file.readAll()).value_or(frequencyMhz);
+}
+
+// Nobody is told when it fails: the frequency in use stays right.
+void MainWindow::saveFrequencyFile()
+{
+    createFolderOf(frequencyFilePath());
+    saveAtomically(frequencyFilePath(), frequencyText(frequencyMhz).toUtf8(), QIODevice::Text);
+}
+
+void MainWindow::openProfile()
+{
+    const QString path = QFileDialog::getOpenFileName(
+        this, QStringLiteral("Open PELQ Kiwi Outpost Profile"), dataFolder(), profileFilter());
+    if (path.isEmpty() || !loadProfile(path, true))
+        return;
+    profilePath = path;
+    loadFrequencyFile();
+    logLine(QStringLiteral("Profile opened: %1").arg(path));
+}
+
+void MainWindow::saveCurrentProfile()
+{
+    const QString target = profilePath.isEmpty() ? defaultProfilePath() : profilePath;
+    if (!saveProfile(target, true))
+        return;
+    profilePath = target;
+    saveFrequencyFile();
+    logLine(QStringLiteral("Profile saved: %1").arg(target));
+}
+
+void MainWindow::saveProfileAs()
+{
+    const QString path =
+        QFileDialog::getSaveFileName(this, QStringLiteral("Save PELQ Kiwi Outpost Profile"),
+                                     suggestedProfilePath(), profileFilter());
+    if (path.isEmpty() || !saveProfile(path, true))
+        return;
+    profilePath = path;
+    saveFrequencyFile();
+    logLine(QStringLiteral("Profile saved as: %1").arg(path));
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class QJsonObject;
+class QSettings;
+
+// The text identity of a receiver: "<host>:<port>", the host trimmed and in lower case. Used in
+// the list of receivers that the operator removed.
+using ReceiverKey = QString;
+ReceiverKey receiverKey(const QString &host, int port);
+
+// Does an entry of a data file mean this receiver? Its "Host" is compared without regard to
+// case; `portFallback` stands for a missing "Port".
+bool isReceiver(const QJsonObject &entry, const QString &host, int port, int portFallback);
+
+// The removed keys. A key in any case counts as the same key.
+bool containsKey(const QStringList &keys, const ReceiverKey &key);
+QStringList withKey(QStringList keys, const ReceiverKey &key);
+QStringList withoutKey(QStringList keys, const ReceiverKey &key); // every element that equals it
+
+// "receivers/removedKeys" of the given store. Storing flushes the store.
+QStringList removedKeys(const QSettings &settings);
+void storeRemovedKeys(QSettings &settings, const QStringList &keys);

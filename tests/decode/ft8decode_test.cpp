@@ -1,0 +1,121 @@
+#include "decode/ft8decode.h"
+
+#include <QtTest>
+
+class Ft8DecodeTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void readsEveryFieldOfADecodeLine()
+    {
+        const Ft8Decode decode =
+            parseDecodeLine(QStringLiteral("  142315 -12 -0.3 1234 ~  cq  k1abc   FN42  \n"));
+        QVERIFY(decode.valid);
+        QCOMPARE(decode.line, QStringLiteral("142315 -12 -0.3 1234 ~  cq  k1abc   FN42"));
+        QCOMPARE(decode.key, QStringLiteral("CQ K1ABC FN42"));
+        QCOMPARE(decode.snr, -12);
+        QCOMPARE(decode.dt, -0.3);
+        QCOMPARE(decode.freq, 1234);
+    }
+
+    void tellsDecodeLinesFromOthers_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<bool>("valid");
+        const auto row = [](const char *name, const char *line, bool valid) {
+            QTest::newRow(name) << QString::fromLatin1(line) << valid;
+        };
+        row("as jt9 prints it", "000001  24  0.0 1234 ~  CQ K1ABC FN42", true);
+        row("signs and a whole DT", "000001 +4 +1 +1234 ~ CQ", true);
+        row("five digits of time", "00001 4 0.1 1234 ~ CQ", false);
+        row("seven digits of time", "0000001 4 0.1 1234 ~ CQ", false);
+        row("no mode marker", "000001 4 0.1 1234 CQ", false);
+        row("another mode marker", "000001 4 0.1 1234 # CQ", false);
+        row("no message", "000001 4 0.1 1234 ~   ", false);
+        row("no blank after the marker", "000001 4 0.1 1234 ~CQ", false);
+        row("SNR with a fraction", "000001 4.5 0.1 1234 ~ CQ", false);
+        row("DT without digits after the point", "000001 4 0. 1234 ~ CQ", false);
+        row("frequency with a fraction", "000001 4 0.1 1234.5 ~ CQ", false);
+        row("SNR too large to be a number", "000001 99999999999 0.1 1234 ~ CQ", false);
+        row("frequency too large to be a number", "000001 4 0.1 99999999999 ~ CQ", false);
+        row("text before the time", "x 000001 4 0.1 1234 ~ CQ", false);
+        row("empty", "", false);
+    }
+
+    void tellsDecodeLinesFromOthers()
+    {
+        QFETCH(QString, line);
+        QFETCH(bool, valid);
+        QCOMPARE(parseDecodeLine(line).valid, valid);
+    }
+
+    void aLineThatDoesNotMatchHasNoNumbers()
+    {
+        const Ft8Decode decode = parseDecodeLine(QStringLiteral(" nothing ~ here "));
+        QVERIFY(!decode.valid);
+        QCOMPARE(decode.line, QStringLiteral("nothing ~ here"));
+        QCOMPARE(decode.snr, -99);
+    }
+
+    void dtTooLargeForANumberIsNotADecode()
+    {
+        const QString digits(400, QLatin1Char('9'));
+        const QString line = QStringLiteral("000001 4 %1 1234 ~ CQ").arg(digits);
+        QVERIFY(!parseDecodeLine(line).valid);
+    }
+
+    void merges_data()
+    {
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QStringList>("merged");
+        const auto row = [](const char *name, const char *lines, const char *merged) {
+            const auto split = [](const char *text) {
+                return QString::fromLatin1(text).split(QLatin1Char('|'), Qt::SkipEmptyParts);
+            };
+            QTest::newRow(name) << split(lines) << split(merged);
+        };
+        row("empty input", "", "");
+        row("the stronger of two, second", "000001 -10 0.1 1012 ~ CQ A|000001 -8 0.1 1015 ~ CQ A",
+            "000001 -8 0.1 1015 ~ CQ A");
+        row("the stronger of two, first", "000001 -8 0.1 1015 ~ CQ A|000001 -10 0.1 1012 ~ CQ A",
+            "000001 -8 0.1 1015 ~ CQ A");
+        row("equal SNR: DT nearer zero", "000001 -8 0.4 1000 ~ CQ A|000001 -8 -0.3 1000 ~ CQ A",
+            "000001 -8 -0.3 1000 ~ CQ A");
+        row("equal SNR and distance of DT: the first",
+            "000001 -8 0.3 1000 ~ CQ A|000001 -8 -0.3 1001 ~ CQ A", "000001 -8 0.3 1000 ~ CQ A");
+        row("DT does not count against SNR", "000001 -8 2.0 1000 ~ CQ A|000001 -9 0.0 1000 ~ CQ A",
+            "000001 -8 2.0 1000 ~ CQ A");
+        row("12 Hz apart is one", "000001 -8 0.1 1000 ~ CQ A|000001 -9 0.1 1012 ~ CQ A",
+            "000001 -8 0.1 1000 ~ CQ A");
+        row("13 Hz apart are two", "000001 -9 0.1 1013 ~ CQ A|000001 -8 0.1 1000 ~ CQ A",
+            "000001 -8 0.1 1000 ~ CQ A|000001 -9 0.1 1013 ~ CQ A");
+        row("frequencies at both ends of the numbers",
+            "000001 -8 0.1 2147483647 ~ CQ A|000001 -8 0.1 -2147483648 ~ CQ A",
+            "000001 -8 0.1 -2147483648 ~ CQ A|000001 -8 0.1 2147483647 ~ CQ A");
+        row("case and inner blanks do not matter",
+            "000001 -8 0.1 1000 ~ CQ A|000001 -7 0.1 1000 ~ cq   a", "000001 -7 0.1 1000 ~ cq   a");
+        row("the first known one is compared",
+            "000001 -9 0.1 1000 ~ CQ A|000001 -9 0.1 1020 ~ CQ A|000001 -5 0.1 1010 ~ CQ A",
+            "000001 -5 0.1 1010 ~ CQ A|000001 -9 0.1 1020 ~ CQ A");
+        row("by frequency as a number, then by message",
+            "000001 1 0.1 1000 ~ CQ B|000001 2 0.1 1000 ~ CQ A|000001 3 0.1 900 ~ CQ C",
+            "000001 3 0.1 900 ~ CQ C|000001 2 0.1 1000 ~ CQ A|000001 1 0.1 1000 ~ CQ B");
+        row("other lines once, last, in the order seen",
+            "zz ~ odd|000001 1 0.1 1000 ~ CQ B| ZZ  ~  ODD|aa ~ odd|000001 1 0.1 900 ~ CQ A|zz ~ "
+            "odd",
+            "000001 1 0.1 900 ~ CQ A|000001 1 0.1 1000 ~ CQ B|zz ~ odd|aa ~ odd");
+        row("blank lines vanish, lines are trimmed", "  |  000001 1 0.1 1000 ~ CQ B  | x ",
+            "000001 1 0.1 1000 ~ CQ B|x");
+    }
+
+    void merges()
+    {
+        QFETCH(QStringList, lines);
+        QFETCH(QStringList, merged);
+        QCOMPARE(mergeDecodeLines(lines), merged);
+    }
+};
+
+QTEST_GUILESS_MAIN(Ft8DecodeTest)
+#include "ft8decode_test.moc"

@@ -1,0 +1,369 @@
+#include "decode/jt9runner.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+#include "decode/slotwav.h"
+#include "tests/decode/scripteddecoder.h"
+
+namespace
+{
+const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
+const QString wav = QStringLiteral("/some folder/pelq_ft8_slot.wav");
+
+// A value of this process's memory in kB, as /proc/self/status names it.
+int memoryKb(const QByteArray &name)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    status.open(QIODevice::ReadOnly);
+    const QList<QByteArray> lines = status.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith(name + ':'))
+            return line.mid(name.size() + 1).trimmed().split(' ').first().toInt();
+    }
+    return -1;
+}
+
+bool isAlive(const QByteArray &pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(pid.trimmed())));
+    if (pid.trimmed().isEmpty() || !stat.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray text = stat.readAll();
+    return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
+}
+
+// Sets an environment variable, or unsets it (null value), while it lives.
+class Variable
+{
+public:
+    Variable(const char *variable, const QByteArray &value)
+        : name(variable), before(qgetenv(variable))
+    {
+        value.isNull() ? qunsetenv(name) : qputenv(name, value);
+    }
+    ~Variable() { before.isNull() ? qunsetenv(name) : qputenv(name, before); }
+    Q_DISABLE_COPY(Variable)
+
+private:
+    const char *name;
+    const QByteArray before;
+};
+} // namespace
+
+class Jt9RunnerTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { work = std::make_unique<QTemporaryDir>(); }
+
+    void picksDecodeLinesOutOfTheOutput_data()
+    {
+        QTest::addColumn<QByteArray>("output");
+        QTest::addColumn<QStringList>("lines");
+        const QString a = QStringLiteral("a ~ 1");
+        const QString b = QStringLiteral("b ~ 2");
+        QTest::newRow("nothing") << QByteArray() << QStringList();
+        QTest::newRow("banner and summary")
+            << QByteArray("banner\na ~ 1\n<DecodeFinished> 0 1 0\n") << QStringList{a};
+        QTest::newRow("LF, CRLF, CR, runs")
+            << QByteArray("a ~ 1\nb ~ 2\r\na ~ 1\rb ~ 2\n\r\n\na ~ 1\n")
+            << QStringList{a, b, a, b, a};
+        QTest::newRow("blanks around") << QByteArray(" \t a ~ 1 \t\n") << QStringList{a};
+        QTest::newRow("no end of the last line") << QByteArray("a ~ 1\nb ~ 2") << QStringList{a, b};
+        QTest::newRow("nothing after a NUL byte")
+            << QByteArray("a ~ 1\nb ~ 2\0 c\na ~ 1\n", 19) << QStringList{a, b};
+        QTest::newRow("invalid UTF-8")
+            << QByteArray("a ~ 1\n\xff ~ x\n") << QStringList{a, QStringLiteral("\uFFFD ~ x")};
+        QTest::newRow("UTF-8") << QByteArray("\xc3\xa9 ~ x\n")
+                               << QStringList{QStringLiteral("\u00e9 ~ x")};
+    }
+
+    void picksDecodeLinesOutOfTheOutput()
+    {
+        QFETCH(QByteArray, output);
+        QFETCH(QStringList, lines);
+        Jt9Output whole;
+        whole.add(output);
+        QCOMPARE(whole.finish(), lines);
+
+        Jt9Output byteByByte;
+        for (int i = 0; i < output.size(); ++i)
+            byteByByte.add(output.mid(i, 1));
+        QCOMPARE(byteByByte.finish(), lines);
+    }
+
+    void keepsWholeLinesOnlyUpToABound()
+    {
+        const QByteArray block = (decodeLine.toLatin1() + '\n').repeated(1000);
+        Jt9Output output;
+        for (int i = 0; i < 1000; ++i)
+            output.add(block);
+        const QStringList lines = output.finish();
+        QVERIFY(lines.size() * decodeLine.size() >= Jt9Output::mostBytes);
+        QVERIFY(lines.size() * decodeLine.size() < 2 * Jt9Output::mostBytes);
+        QCOMPARE(lines.last(), decodeLine);
+    }
+
+    void aLineWithoutEndIsDropped()
+    {
+        Jt9Output output;
+        output.add(decodeLine.toLatin1() + '\n');
+        for (int i = 0; i < 100; ++i)
+            output.add(QByteArray(10000, '~'));
+        QCOMPARE(output.finish(), QStringList(decodeLine));
+    }
+
+    void manyOtherLinesDoNotHideADecode()
+    {
+        Jt9Output output;
+        for (int i = 0; i < 100; ++i)
+            output.add(QByteArray("banner\n").repeated(10000));
+        output.add(decodeLine.toLatin1() + '\n');
+        QCOMPARE(output.finish(), QStringList(decodeLine));
+    }
+
+    void waitsFiveAndFortyFiveAndFiveSeconds()
+    {
+        QCOMPARE(Jt9Limits().startMs, 5000);
+        QCOMPARE(Jt9Limits().finishMs, 45000);
+        QCOMPARE(Jt9Limits().killMs, 5000);
+    }
+
+    void returnsTheDecodeLines()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("echo banner; echo '  %1  '; echo '<DecodeFinished>'").arg(decodeLine));
+        QCOMPARE(run(), QStringList(decodeLine));
+    }
+
+    void readsItsPathFromTheEnvironmentAtEachRun()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ one'"));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ one")));
+        const ScriptedDecoder other(QStringLiteral("echo '~ two'"));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ two")));
+        qputenv("PELQ_JT9_PATH", decoder.bin(QStringLiteral("../bin//jt9")).toLocal8Bit());
+        QCOMPARE(run(), QStringList(QStringLiteral("~ one")));
+        qunsetenv("PELQ_JT9_PATH");
+        QCOMPARE(run(), QStringList());
+        qputenv("PELQ_JT9_PATH", decoder.bin(QStringLiteral("missing")).toLocal8Bit());
+        QCOMPARE(run(), QStringList());
+    }
+
+    void passesItsArgumentsInOrder()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("for a in \"$@\"; do echo \"$a\"; done > $here/args"));
+        QCOMPARE(run(), QStringList());
+        QCOMPARE(decoder.readLeft(QStringLiteral("args")),
+                 QByteArray("--ft8\n-d\n2\n-L\n725\n-H\n1550\n/some folder/pelq_ft8_slot.wav\n"));
+    }
+
+    void givesTheDecoderAHomeInTheWorkersFolder_data()
+    {
+        QTest::addColumn<QByteArray>("pathBefore");
+        QTest::newRow("PATH set") << QByteArray("/usr/bin:/bin");
+        QTest::newRow("PATH unset") << QByteArray();
+    }
+
+    void givesTheDecoderAHomeInTheWorkersFolder()
+    {
+        QFETCH(QByteArray, pathBefore);
+        const ScriptedDecoder decoder(
+            QStringLiteral("/usr/bin/env > $here/env; /bin/pwd > $here/pwd"));
+        const Variable path("PATH", pathBefore);
+        const Variable kept("OUTPOST_KEPT", "kept");
+        QCOMPARE(run(), QStringList());
+
+        const QByteArray folder = work->path().toLocal8Bit();
+        const QList<QByteArray> environment = decoder.readLeft(QStringLiteral("env")).split('\n');
+        QVERIFY(environment.contains("HOME=" + folder));
+        QVERIFY(environment.contains("LOCALAPPDATA=" + folder));
+        QVERIFY(environment.contains("APPDATA=" + folder));
+        QVERIFY(environment.contains("OUTPOST_KEPT=kept"));
+        const QByteArray jt9Folder = QFileInfo(decoder.path()).absolutePath().toLocal8Bit();
+        QVERIFY(environment.contains("PATH=" + jt9Folder + ':' + pathBefore));
+        QCOMPARE(decoder.readLeft(QStringLiteral("pwd")), folder + '\n');
+    }
+
+    void aWindowsDecoderNeedsAQtLibraryBesideIt_data()
+    {
+        QTest::addColumn<QString>("library");
+        QTest::addColumn<bool>("runs");
+        QTest::newRow("Qt 5") << QStringLiteral("Qt5Core.dll") << true;
+        QTest::newRow("Qt 6 only") << QStringLiteral("Qt6Core.dll") << true;
+        QTest::newRow("none") << QStringLiteral("unrelated.dll") << false;
+    }
+
+    void aWindowsDecoderNeedsAQtLibraryBesideIt()
+    {
+        QFETCH(QString, library);
+        QFETCH(bool, runs);
+        const ScriptedDecoder decoder;
+        const QString windowsForm = decoder.bin(QStringLiteral("jt9.exe"));
+        decoder.writeProgram(windowsForm, QStringLiteral("touch $here/ran; echo '~'"));
+        decoder.writeProgram(decoder.bin(library), QString());
+        qputenv("PELQ_JT9_PATH", windowsForm.toLocal8Bit());
+        QCOMPARE(run(), runs ? QStringList(QStringLiteral("~")) : QStringList());
+        QCOMPARE(decoder.allLeft().contains(QStringLiteral("ran")), runs);
+    }
+
+    void aCopiedNativeDecoderIsNotRun()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '~'"));
+        QVERIFY(QFile::remove(decoder.bin(QStringLiteral("wsjtx"))));
+        QCOMPARE(run(), QStringList());
+        QVERIFY(decoder.allLeft().isEmpty());
+    }
+
+    void failuresGiveNothing_data()
+    {
+        QTest::addColumn<QString>("script");
+        const auto row = [](const char *name, const char *script) {
+            QTest::newRow(name) << QString::fromLatin1(script);
+        };
+        row("exit code 1", "echo '~ x'; exit 1");
+        row("exit code 3", "echo '~ x'; exit 3");
+        row("crash", "echo '~ x'; kill -SEGV $$");
+        row("nothing printed", "exit 0");
+    }
+
+    void failuresGiveNothing()
+    {
+        QFETCH(QString, script);
+        const ScriptedDecoder decoder(script);
+        QCOMPARE(run(), QStringList());
+    }
+
+    void aDecoderThatCannotStartGivesNothing()
+    {
+        const ScriptedDecoder decoder;
+        const QString broken = decoder.bin(QStringLiteral("jt9.exe"));
+        decoder.writeProgram(decoder.bin(QStringLiteral("Qt5Core.dll")), QString());
+        decoder.writeProgram(broken, QStringLiteral("echo '~'"));
+        QVERIFY(QFile::setPermissions(broken, QFile::ReadOwner));
+        qputenv("PELQ_JT9_PATH", broken.toLocal8Bit());
+        QCOMPARE(run(), QStringList());
+    }
+
+    void aDecoderThatHangsIsKilledWithItsChildren()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("sleep 1000 & echo $! > $here/child; echo $$ > $here/self\n"
+                           "echo '~ x'; wait"));
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(run({5000, 500, 5000}), QStringList());
+        QVERIFY(timer.elapsed() >= 500);
+        QVERIFY(timer.elapsed() < 5000);
+        QVERIFY(!decoder.readLeft(QStringLiteral("child")).isEmpty());
+        QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("child"))));
+        QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("self"))));
+    }
+
+    void aDecoderDeafToPoliteSignalsIsKilled()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("trap '' TERM INT HUP; echo $$ > $here/self\n"
+                                                     "while :; do sleep 1000; done"));
+        QCOMPARE(run({5000, 300, 5000}), QStringList());
+        QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("self"))));
+    }
+
+    void aChildThatOutlivesTheDecoderIsKilled()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("sleep 1000 & echo $! > $here/child; echo '~ x'"));
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        QVERIFY(timer.elapsed() < 5000);
+        QVERIFY(!decoder.readLeft(QStringLiteral("child")).isEmpty());
+        QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("child"))));
+    }
+
+    void aDecoderThatClosesItsOutputIsWaitedFor()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("echo '~ x'; exec >&-; sleep 0.3; touch $here/end"));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        QCOMPARE(decoder.allLeft(), QStringList(QStringLiteral("end")));
+    }
+
+    void standardInputIsEmptyAndStandardErrorIsNotRead()
+    {
+        const ScriptedDecoder decoder(QStringLiteral(
+            "cat; head -c 20000000 /dev/zero | tr '\\0' '~' >&2; echo '~ err' >&2; echo '~ x'"));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+    }
+
+    void floodsDoNotFillTheMemory_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<int>("finishMs");
+        QTest::addColumn<int>("leastLines");
+        const QString head = QStringLiteral("yes '%1' | head -c 100000000; echo; echo '~ last'");
+        QTest::newRow("100 MB of other lines")
+            << head.arg(QString(60, QLatin1Char('b'))) << 45000 << 1;
+        QTest::newRow("100 MB of decodes") << head.arg(decodeLine) << 45000 << 5000;
+        QTest::newRow("one line without end")
+            << QStringLiteral("echo '~ x'; head -c 100000000 /dev/zero | tr '\\0' '~'") << 45000
+            << 1;
+        QTest::newRow("for ever") << QStringLiteral("exec yes '%1'").arg(decodeLine) << 1000 << 0;
+    }
+
+    void floodsDoNotFillTheMemory()
+    {
+        QFETCH(QString, script);
+        QFETCH(int, finishMs);
+        QFETCH(int, leastLines);
+        const ScriptedDecoder decoder(script);
+        QFile peak(QStringLiteral("/proc/self/clear_refs"));
+        QVERIFY(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        QCOMPARE(peak.write("5"), qint64(1)); // the peak restarts from the present size
+        const int before = memoryKb("VmRSS");
+        const QStringList lines = run({5000, finishMs, 5000});
+        QVERIFY(lines.size() >= leastLines);
+#ifndef __SANITIZE_ADDRESS__ // which keeps freed memory on purpose
+        QVERIFY2(memoryKb("VmHWM") - before < 30000, qPrintable(QString::number(before)));
+#endif
+    }
+
+    void theInstalledDecoderFindsASignal()
+    {
+        const QString jt9 = QStringLiteral("/usr/bin/jt9");
+        const QString simulator = QStringLiteral("/usr/bin/ft8sim");
+        QVERIFY2(QFile::exists(jt9) && QFile::exists(simulator), "install the package wsjtx");
+        QProcess sim;
+        sim.setWorkingDirectory(work->path());
+        sim.start(simulator,
+                  QStringLiteral("CQ K1ABC FN42|1234|0.0|0.1|1.0|1|-5").split(QLatin1Char('|')));
+        QVERIFY(sim.waitForFinished());
+        const QString signal = work->filePath(QStringLiteral("000000_000001.wav"));
+        QVERIFY(QFile::exists(signal));
+
+        qputenv("PELQ_JT9_PATH", jt9.toLocal8Bit());
+        const QStringList lines = runJt9(signal, work->path(), {725, 1550}, 2);
+        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines.first().contains(QStringLiteral(" 1234 ~  CQ K1ABC FN42")),
+                 qPrintable(lines.first()));
+        QCOMPARE(runJt9(signal, work->path(), {2175, 3000}, 2), QStringList());
+        qunsetenv("PELQ_JT9_PATH");
+    }
+
+private:
+    QStringList run(const Jt9Limits &limits = {}) const
+    {
+        return runJt9(wav, work->path(), {725, 1550}, 2, limits);
+    }
+
+    std::unique_ptr<QTemporaryDir> work;
+};
+
+QTEST_GUILESS_MAIN(Jt9RunnerTest)
+#include "jt9runner_test.moc"

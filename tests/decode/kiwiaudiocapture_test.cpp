@@ -1,0 +1,619 @@
+#include "decode/kiwiaudiocapture.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include "decode/decodeband.h"
+#include "kiwi/imaadpcm.h"
+#include "tests/decode/scripteddecoder.h"
+
+namespace
+{
+// 14:23:15 UTC on 16 January 2026, a period's start.
+const qint64 boundaryMs =
+    QDateTime(QDate(2026, 1, 16), QTime(14, 23, 15), Qt::UTC).toMSecsSinceEpoch();
+const QString receiver = QStringLiteral("/kiwi/0/SND");
+const QByteArray silence(KiwiAudioCapture::bytesPerPeriod, '\0');
+
+struct Delivery {
+    QString label;
+    QStringList lines;
+};
+
+QByteArray frame(char flags, const QByteArray &payload)
+{
+    return QByteArray("SND") + flags + QByteArray(6, '\0') + payload;
+}
+
+QByteArray plainFrame(const QByteArray &payload)
+{
+    return frame('\x00', payload);
+}
+
+QByteArray adpcmFrame(const QByteArray &payload)
+{
+    return frame('\x10', payload);
+}
+
+// Scripted decoders wait for it: while it is closed, `flock -s $here/<name> <command>` blocks.
+class Gate
+{
+public:
+    explicit Gate(const QString &path)
+        : file(::open(path.toLocal8Bit().constData(), O_CREAT | O_RDWR | O_CLOEXEC, 0600))
+    {
+        if (file < 0 || ::flock(file, LOCK_EX) != 0)
+            qFatal("cannot close the gate");
+    }
+    ~Gate() { ::close(file); }
+    Q_DISABLE_COPY(Gate)
+
+    void open() const { ::flock(file, LOCK_UN); }
+
+private:
+    const int file;
+};
+} // namespace
+
+class KiwiAudioCaptureTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        folder = std::make_unique<QTemporaryDir>();
+        capture = std::make_unique<KiwiAudioCapture>();
+        capture->setCaptureFolder(folder->path());
+        periods.clear();
+        batches.clear();
+        record(*capture);
+    }
+
+    void cleanup() { capture.reset(); }
+
+    // ---- bands ----
+
+    void theFourBandsOverlapBy100Hz()
+    {
+        const int lows[] = {0, 725, 1450, 2175, 0, 0};
+        const int highs[] = {825, 1550, 2275, 3000, 3000, 3000};
+        const int workers[] = {0, 1, 2, 3, 4, -1};
+        for (int i = 0; i < 6; ++i) {
+            QCOMPARE(decodeBand(workers[i]).lowHz, lows[i]);
+            QCOMPARE(decodeBand(workers[i]).highHz, highs[i]);
+        }
+    }
+
+    // ---- start and arming ----
+
+    void startsAtABoundaryAtLeast2500MsAway_data()
+    {
+        QTest::addColumn<qint64>("beforeBoundaryMs");
+        QTest::addColumn<qint64>("startsAfterMs");
+        QTest::newRow("1 s before: the close one is skipped") << qint64(1000) << qint64(16000);
+        QTest::newRow("3 s before: at that boundary") << qint64(3000) << qint64(3000);
+        QTest::newRow("2500 ms before") << qint64(2500) << qint64(2500);
+        QTest::newRow("2499 ms before") << qint64(2499) << qint64(17499);
+        QTest::newRow("on the boundary") << qint64(0) << qint64(15000);
+        QTest::newRow("1 ms after") << qint64(-1) << qint64(14999);
+    }
+
+    void startsAtABoundaryAtLeast2500MsAway()
+    {
+        QFETCH(qint64, beforeBoundaryMs);
+        QFETCH(qint64, startsAfterMs);
+        const qint64 nowMs = boundaryMs - beforeBoundaryMs;
+        QCOMPARE(capture->start(receiver, nowMs), QString());
+        QCOMPARE(capture->periodStart(), nowMs + startsAfterMs);
+        QVERIFY(capture->isStarted());
+        QVERIFY(!capture->isArmed());
+    }
+
+    void withoutAFolderEveryFrameFailsUntilOneIsSet()
+    {
+        capture->setCaptureFolder(QStringLiteral("  "));
+        for (int i = 0; i < 2; ++i) {
+            const SoundOutcome outcome = take(plainFrame("abcd"), boundaryMs);
+            QVERIFY(outcome.attempted);
+            QVERIFY(!outcome.succeeded);
+            QCOMPARE(outcome.text, QStringLiteral("Capture directory was not configured."));
+            QVERIFY(!capture->isStarted());
+        }
+        QCOMPARE(capture->periodCounters().framesSeen, 0);
+        capture->setCaptureFolder(folder->path());
+        QVERIFY(!take(plainFrame("abcd"), boundaryMs).attempted);
+        QVERIFY(capture->isStarted());
+    }
+
+    void aFolderIsEmptyWhenTheCaptureIsMade()
+    {
+        QCOMPARE(KiwiAudioCapture().start(receiver, boundaryMs),
+                 QStringLiteral("Capture directory was not configured."));
+    }
+
+    void aFolderThatCannotBeMadeFailsTheFrame()
+    {
+        QFile inTheWay(folder->filePath(QStringLiteral("file")));
+        QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+        capture->setCaptureFolder(folder->filePath(QStringLiteral("file/capture")));
+        const SoundOutcome outcome = take(plainFrame("abcd"), boundaryMs);
+        QVERIFY(outcome.attempted && !outcome.succeeded);
+        QCOMPARE(outcome.text, QStringLiteral("Could not create the capture directory."));
+        QVERIFY(!capture->isStarted());
+    }
+
+    void theFolderIsMadeWithItsParentsAndTrimmed()
+    {
+        capture->setCaptureFolder(folder->filePath(QStringLiteral("a/b")) + QStringLiteral(" \n"));
+        QCOMPARE(capture->start(receiver, boundaryMs), QString());
+        QVERIFY(QDir(folder->filePath(QStringLiteral("a/b"))).exists());
+    }
+
+    void armsWithTheFirstFrameAtTheBoundary()
+    {
+        take(plainFrame("abcd"), boundaryMs - 3000);
+        take(plainFrame("abcd"), boundaryMs - 1);
+        QVERIFY(!capture->isArmed());
+        QCOMPARE(capture->periodCounters().samples, 0);
+        take(plainFrame("abcd"), boundaryMs);
+        QVERIFY(capture->isArmed());
+        QCOMPARE(capture->periodCounters().samples, 2); // this very frame's count
+        QCOMPARE(capture->periodCounters().framesSeen, 3);
+        take(plainFrame("abcd"), boundaryMs - 5000); // the clock is not asked again
+        QCOMPARE(capture->periodCounters().samples, 4);
+        QCOMPARE(capture->periodStart(), boundaryMs);
+    }
+
+    // ---- frames ----
+
+    void aFrameOf10BytesHasNoSamples()
+    {
+        arm();
+        QVERIFY(!take(plainFrame({}), boundaryMs).attempted);
+        QVERIFY(!take(adpcmFrame({}), boundaryMs).attempted);
+        QCOMPARE(capture->periodCounters().samples, 0);
+        QCOMPARE(capture->periodCounters().plainFrames, 2); // arming took one
+        QCOMPARE(capture->periodCounters().compressedFrames, 1);
+    }
+
+    void plainSamplesAreWholeLittleEndianPairs()
+    {
+        arm();
+        take(plainFrame(QByteArray("\x34\x12\x00\x80\x7f", 5)), boundaryMs);
+        QCOMPARE(capture->periodCounters().samples, 2);
+        QCOMPARE(capture->periodCounters().peak, 32768);
+        QCOMPARE(capture->periodCounters().sumOfSquares, qint64(0x1234 * 0x1234 + 32768 * 32768));
+        take(plainFrame("x"), boundaryMs);
+        QCOMPARE(capture->periodCounters().samples, 2);
+    }
+
+    void plainFramesLeaveTheAdpcmStateAlone()
+    {
+        arm();
+        take(adpcmFrame("\x47"), boundaryMs);
+        const ImaAdpcmState before = capture->adpcmState();
+        take(plainFrame("abcdef"), boundaryMs);
+        QVERIFY(sameState(capture->adpcmState(), before));
+    }
+
+    void adpcmTakesTheLowNibbleFirst()
+    {
+        arm();
+        take(adpcmFrame("\x0f"), boundaryMs); // nibble 15, then 0
+        ImaAdpcmState state;
+        const int first = decodeImaNibble(state, 15);
+        const int second = decodeImaNibble(state, 0);
+        QVERIFY(sameState(capture->adpcmState(), state));
+        QCOMPARE(capture->periodCounters().samples, 2);
+        QCOMPARE(capture->periodCounters().sumOfSquares, qint64(first * first + second * second));
+    }
+
+    void adpcmStateContinuesAcrossFrames()
+    {
+        const QByteArray first("\x17\x7f\x3a\x70"), second("\x08\x99\x77\x47");
+        arm();
+        take(adpcmFrame(first), boundaryMs);
+        take(adpcmFrame(second), boundaryMs);
+        KiwiAudioCapture joined;
+        joined.setCaptureFolder(folder->path());
+        joined.takeFrame(plainFrame({}), receiver, boundaryMs - 3000);
+        joined.takeFrame(adpcmFrame(first + second), receiver, boundaryMs);
+        QVERIFY(sameState(capture->adpcmState(), joined.adpcmState()));
+        QCOMPARE(capture->periodCounters().sumOfSquares, joined.periodCounters().sumOfSquares);
+        QCOMPARE(capture->periodCounters().samples, 16);
+    }
+
+    void theAdpcmDecoderRunsBeforeSamplesAreKept()
+    {
+        take(adpcmFrame("\x47\x13"), boundaryMs - 3000);
+        ImaAdpcmState state;
+        for (const int nibble : {7, 4, 3, 1})
+            decodeImaNibble(state, nibble);
+        QCOMPARE(capture->periodCounters().samples, 0);
+        QVERIFY(sameState(capture->adpcmState(), state));
+    }
+
+    void startingZeroesTheDecoderAndTheCounters()
+    {
+        arm();
+        take(adpcmFrame("\x47\x13"), boundaryMs);
+        QCOMPARE(capture->start(receiver, boundaryMs), QString());
+        QVERIFY(sameState(capture->adpcmState(), ImaAdpcmState()));
+        QCOMPARE(capture->periodCounters().framesSeen, 0);
+        QCOMPARE(capture->periodCounters().samples, 0);
+        QVERIFY(!capture->isArmed());
+    }
+
+    // ---- cutting periods ----
+
+    void exactly180000SamplesMakeAPeriod()
+    {
+        arm();
+        for (int i = 1; i < 180000; ++i)
+            QVERIFY(!capture->appendSample(1));
+        QCOMPARE(capture->periodStart(), boundaryMs);
+        QCOMPARE(capture->periodCounters().samples, 179999);
+        QVERIFY(capture->appendSample(1));
+        QCOMPARE(capture->periodStart(), boundaryMs + 15000);
+        QCOMPARE(capture->periodCounters().samples, 0);
+        QCOMPARE(capture->periodCounters().framesSeen, 0);
+        QCOMPARE(capture->periodCounters().plainFrames, 0);
+        QCOMPARE(capture->periodCounters().peak, 0);
+        QCOMPARE(capture->periodCounters().sumOfSquares, 0);
+        QVERIFY(capture->isStarted() && capture->isArmed());
+        QVERIFY(!capture->appendSample(-7)); // the 180001st is the next period's first
+        QCOMPARE(capture->periodCounters().samples, 1);
+        QCOMPARE(capture->periodCounters().peak, 7);
+    }
+
+    void aFrameThatCompletesAPeriodSucceeds()
+    {
+        arm();
+        ImaAdpcmState state;
+        const QByteArray payload(90000, '\x47'); // two samples a byte
+        QVERIFY(!take(adpcmFrame(payload.left(89999)), boundaryMs).attempted);
+        const SoundOutcome outcome = take(adpcmFrame(payload.left(2)), boundaryMs + 99000);
+        QVERIFY(outcome.attempted && outcome.succeeded);
+        QCOMPARE(outcome.text, QString());
+        QCOMPARE(capture->periodStart(), boundaryMs + 15000);
+        QCOMPARE(capture->periodCounters().samples, 2);
+        for (int i = 0; i < 90001; ++i) {
+            decodeImaNibble(state, 7);
+            decodeImaNibble(state, 4);
+        }
+        QVERIFY(sameState(capture->adpcmState(), state)); // a period's end does not touch it
+        QVERIFY(!take(plainFrame("ab"), boundaryMs).attempted);
+    }
+
+    void thePeriodsSamplesReachTheDecoderUnchanged()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("cp $8 $here/$slot.wav; echo \"$3 $5 $7\" > $here/$slot.run; echo '~'"));
+        capture->setDecodeDepth(3);
+        arm();
+        const QByteArray first = fillPeriod(0);
+        const QByteArray second = fillPeriod(17);
+        QTRY_COMPARE(periods.size(), 2);
+        const QStringList bands = {QStringLiteral("S1_0_825"), QStringLiteral("S2_725_1550"),
+                                   QStringLiteral("S3_1450_2275"), QStringLiteral("S4_2175_3000")};
+        for (const QString &band : bands) {
+            const QString earlier = QStringLiteral("WORKER_20260116_142315_") + band;
+            const QString later = QStringLiteral("WORKER_20260116_142330_") + band;
+            QVERIFY(decoder.readLeft(earlier + QStringLiteral(".wav")).mid(44) == first);
+            QVERIFY(decoder.readLeft(later + QStringLiteral(".wav")).mid(44) == second);
+        }
+        QCOMPARE(decoder.readLeft(QStringLiteral("WORKER_20260116_142330_S3_1450_2275.run")),
+                 QByteArray("3 1450 2275\n"));
+        QVERIFY(QDir(folder->path()).isEmpty());
+    }
+
+    void theDepthIs2UntilItIsSet()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo \"~ $3\""));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().lines, QStringList(QStringLiteral("~ 2")));
+    }
+
+    void theSamplesAreSharedNotCopied()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("flock -s $here/gate true; echo '~ x'"));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        QByteArray samples = silence;
+        samples.detach();
+        QVERIFY(samples.isDetached());
+        capture->queueDecodeSlices(boundaryMs, samples);
+        QVERIFY(!samples.isDetached());
+        gate.open();
+        QTRY_COMPARE(periods.size(), 1);
+        QTRY_VERIFY(samples.isDetached()); // released with the last task
+    }
+
+    // ---- delivery ----
+
+    void deliversEachWorkersLinesAndThenTheMergedPeriod()
+    {
+        const ScriptedDecoder decoder(QStringLiteral(
+            "echo \"142315 -$5 0.1 1000 ~  CQ A\"; echo \"142315 1 0.1 $7 ~  CQ B$5\""));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().label, QStringLiteral("14:23:15"));
+        const QStringList merged = {QStringLiteral("142315 1 0.1 825 ~  CQ B0"),
+                                    QStringLiteral("142315 -0 0.1 1000 ~  CQ A"),
+                                    QStringLiteral("142315 1 0.1 1550 ~  CQ B725"),
+                                    QStringLiteral("142315 1 0.1 2275 ~  CQ B1450"),
+                                    QStringLiteral("142315 1 0.1 3000 ~  CQ B2175")};
+        QCOMPARE(periods.first().lines, merged);
+        QCOMPARE(batches.size(), 4);
+        for (const Delivery &batch : qAsConst(batches)) {
+            QCOMPARE(batch.label, QStringLiteral("14:23:15"));
+            QCOMPARE(batch.lines.size(), 2); // raw: the doubles are still there
+        }
+        QVERIFY(QDir(folder->path()).isEmpty());
+    }
+
+    void aWorkersLinesDoNotWaitForTheOthers()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("[ $5 = 0 ] || flock -s $here/gate true; echo \"~ $5\""));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(batches.size(), 1);
+        QCOMPARE(batches.first().lines, QStringList(QStringLiteral("~ 0")));
+        QVERIFY(periods.isEmpty());
+        gate.open();
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(batches.size(), 4);
+        QCOMPARE(periods.first().lines.size(), 4);
+    }
+
+    void aWorkerWithoutLinesIsNotDelivered()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("[ $5 != 725 ] || echo '~ x'"));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(batches.size(), 1);
+        QCOMPARE(periods.first().lines, QStringList(QStringLiteral("~ x")));
+    }
+
+    void aFailedWorkerStillCountsAsReported()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("case $5 in 0) exit 1;; 725) kill -9 $$;; esac; echo \"~ $5\""));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().lines.size(), 2);
+        QVERIFY(QDir(folder->path()).isEmpty());
+    }
+
+    void periodsAreDeliveredInOrder()
+    {
+        // Worker 0 of the first period is held back; the second period's finish meanwhile.
+        const ScriptedDecoder decoder(
+            QStringLiteral("case $slot in *_142315_S1_*) flock -s $here/gate true;; esac\n"
+                           "echo \"~ $slot\""));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(batches.size(), 7);
+        QVERIFY(periods.isEmpty());
+        gate.open();
+        QTRY_COMPARE(periods.size(), 2);
+        QCOMPARE(periods.at(0).label, QStringLiteral("14:23:15"));
+        QCOMPARE(periods.at(1).label, QStringLiteral("14:23:30"));
+        QCOMPARE(periods.at(0).lines.size(), 4);
+        QCOMPARE(periods.at(1).lines.size(), 4);
+        QVERIFY(periods.at(1).lines.first().contains(QStringLiteral("_142330_")));
+    }
+
+    void anEmptyPeriodIsSilentAndUnblocksLaterOnes()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("case $slot in *_142315_*) exit 0;; esac; echo \"~ $5\""));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().label, QStringLiteral("14:23:30"));
+    }
+
+    void aShortPeriodIsConsumedSilently()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        capture->queueDecodeSlices(boundaryMs, QByteArray(359998, '\0'));
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().label, QStringLiteral("14:23:30"));
+    }
+
+    void withoutACallbackPeriodsAreConsumed()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        capture->setPeriodCallback({});
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(batches.size(), 4);
+        record(*capture);
+        capture->setWorkerCallback({});
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().label, QStringLiteral("14:23:30"));
+        QCOMPARE(batches.size(), 4);
+    }
+
+    void fourDecodersRunAtOnceAndNoMore()
+    {
+        const ScriptedDecoder decoder(QStringLiteral(
+            "echo + >> $here/log; flock -s $here/gate true; echo - >> $here/log; echo '~ x'"));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        capture->queueDecodeSlices(boundaryMs + 30000, silence);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")), QByteArray("+\n+\n+\n+\n"));
+        gate.open();
+        QTRY_COMPARE(periods.size(), 3);
+        int running = 0;
+        int most = 0;
+        const QByteArray log = decoder.readLeft(QStringLiteral("log"));
+        for (const char mark : log) {
+            running += mark == '+' ? 1 : mark == '-' ? -1 : 0;
+            most = qMax(most, running);
+        }
+        QCOMPARE(log.count('+'), 12);
+        QCOMPARE(most, 4);
+    }
+
+    // ---- reset and destruction ----
+
+    void resetLeavesItNotStarted()
+    {
+        arm();
+        take(adpcmFrame("\x47\x13"), boundaryMs);
+        capture->reset();
+        QVERIFY(!capture->isStarted());
+        QVERIFY(!capture->isArmed());
+        QCOMPARE(capture->periodStart(), 0);
+        QCOMPARE(capture->periodCounters().samples, 0);
+        QCOMPARE(capture->periodCounters().framesSeen, 0);
+        QCOMPARE(capture->periodCounters().compressedFrames, 0);
+        QVERIFY(sameState(capture->adpcmState(), ImaAdpcmState()));
+        take(plainFrame("abcd"), boundaryMs - 3000); // the next connection starts afresh
+        QVERIFY(capture->isStarted());
+        QCOMPARE(capture->periodStart(), boundaryMs);
+    }
+
+    void resetDropsQueuedWorkAndWhatRunningDecodersReport()
+    {
+        const ScriptedDecoder decoder(QStringLiteral(
+            "echo \"$slot\" >> $here/log; flock -s $here/gate true; echo \"~ $slot\""));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")).count('\n'), 4);
+        capture->reset();
+        capture->queueDecodeSlices(boundaryMs + 30000, silence);
+        gate.open();
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().label, QStringLiteral("14:23:45"));
+        QCOMPARE(batches.size(), 4);
+        QVERIFY(!decoder.readLeft(QStringLiteral("log")).contains("_142330_"));
+        QVERIFY(QDir(folder->path()).isEmpty());
+    }
+
+    void resultsFromBeforeAResetDoNotReachTheSamePeriodAfterIt()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("word=$(cat $here/word); echo + >> $here/log\n"
+                           "flock -s $here/gate true; echo \"~ $word $5\""));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        writeWord(decoder, "old");
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")).size(), 8);
+        capture->reset();
+        writeWord(decoder, "new");
+        capture->setCaptureFolder(folder->filePath(QStringLiteral("after")));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        gate.open();
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().lines.filter(QStringLiteral("new")).size(), 4);
+        QCOMPARE(periods.first().lines.size(), 4);
+        QCOMPARE(batches.size(), 4);
+    }
+
+    void aPostedResultIsDroppedByAReset()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'; touch $here/$5.ran"));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        while (decoder.allLeft().size() < 4 || !QDir(folder->path()).isEmpty())
+            QThread::yieldCurrentThread(); // the results stay posted: no event loop runs
+        capture->reset();
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().label, QStringLiteral("14:23:30"));
+        QCOMPARE(batches.size(), 4);
+    }
+
+    void destructionWaitsForRunningDecodersAndDeliversNothing()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("echo + >> $here/log; sleep 0.3; echo - >> $here/log; echo '~ x'"));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")).count('+'), 4);
+        capture.reset();
+        const QByteArray log = decoder.readLeft(QStringLiteral("log"));
+        QCOMPARE(log.count('-'), 4);
+        QCOMPARE(log.count('+'), 4); // the queued ones never ran
+        QVERIFY(QDir(folder->path()).isEmpty());
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+        QVERIFY(batches.isEmpty() && periods.isEmpty());
+        QCOMPARE(decoder.readLeft(QStringLiteral("log")).count('+'), 4);
+    }
+
+private:
+    SoundOutcome take(const QByteArray &bytes, qint64 nowMs)
+    {
+        return capture->takeFrame(bytes, receiver, nowMs);
+    }
+
+    // Started 3 s before the boundary and armed at it, with no samples yet.
+    void arm()
+    {
+        QCOMPARE(capture->start(receiver, boundaryMs - 3000), QString());
+        take(plainFrame({}), boundaryMs);
+        QVERIFY(capture->isArmed());
+    }
+
+    // Appends a period of samples and returns them as bytes.
+    QByteArray fillPeriod(int seed)
+    {
+        QByteArray bytes;
+        for (int i = 0; i < KiwiAudioCapture::samplesPerPeriod; ++i) {
+            const auto sample = static_cast<qint16>((i * 7 + seed) % 65536 - 32768);
+            capture->appendSample(sample);
+            bytes.append(static_cast<char>(sample & 0xff));
+            bytes.append(static_cast<char>((sample >> 8) & 0xff));
+        }
+        return bytes;
+    }
+
+    void record(KiwiAudioCapture &source)
+    {
+        const auto into = [this](QList<Delivery> &list) {
+            return [this, &list](const QString &label, const QStringList &lines) {
+                QCOMPARE(QThread::currentThread(), thread());
+                list.append({label, lines});
+            };
+        };
+        source.setPeriodCallback(into(periods));
+        source.setWorkerCallback(into(batches));
+    }
+
+    static void writeWord(const ScriptedDecoder &decoder, const char *word)
+    {
+        QFile file(decoder.left(QStringLiteral("word")));
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(word);
+    }
+
+    static bool sameState(const ImaAdpcmState &a, const ImaAdpcmState &b)
+    {
+        return a.adpcmIndex == b.adpcmIndex && a.adpcmPredictor == b.adpcmPredictor;
+    }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<KiwiAudioCapture> capture;
+    QList<Delivery> periods;
+    QList<Delivery> batches;
+};
+
+QTEST_GUILESS_MAIN(KiwiAudioCaptureTest)
+#include "kiwiaudiocapture_test.moc"

@@ -1,0 +1,210 @@
+#include "decode/slotwav.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <QtTest>
+
+#include <csignal>
+#include <memory>
+#include <sys/resource.h>
+
+#include "tests/decode/scripteddecoder.h"
+
+namespace
+{
+// 14:23:15 UTC on 16 January 2026.
+const qint64 periodStartMs =
+    QDateTime(QDate(2026, 1, 16), QTime(14, 23, 15), Qt::UTC).toMSecsSinceEpoch();
+const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
+
+QByteArray periodOfSamples()
+{
+    QByteArray samples(slotPcmBytes, Qt::Uninitialized);
+    for (int i = 0; i < slotPcmBytes; ++i)
+        samples[i] = static_cast<char>(i % 251);
+    return samples;
+}
+
+// Makes every write of this process beyond `bytes` of a file fail while it lives.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit lower = {bytes, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &lower);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before); }
+    Q_DISABLE_COPY(FileSizeLimit)
+
+private:
+    rlimit before = {};
+};
+} // namespace
+
+class SlotWavTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { capture = std::make_unique<QTemporaryDir>(); }
+
+    void namesTheFolderAfterPeriodWorkerAndBand()
+    {
+        QCOMPARE(workerFolderName(job()), QStringLiteral("WORKER_20260116_142315_S2_725_1550"));
+    }
+
+    void writesAWaveFileOf12000HzMono()
+    {
+        const QByteArray samples = periodOfSamples();
+        const QString path = capture->filePath(QStringLiteral("a.wav"));
+        QCOMPARE(writeSlotWav(path, samples), QString());
+
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        QCOMPARE(bytes.size(), 360044);
+        const auto u32 = [&](int at) { return qFromLittleEndian<quint32>(bytes.constData() + at); };
+        const auto u16 = [&](int at) { return qFromLittleEndian<quint16>(bytes.constData() + at); };
+        QCOMPARE(bytes.left(4), QByteArray("RIFF"));
+        QCOMPARE(u32(4), 360036u);
+        QCOMPARE(bytes.mid(8, 8), QByteArray("WAVEfmt "));
+        QCOMPARE(u32(16), 16u);
+        QCOMPARE(u16(20), quint16(1));
+        QCOMPARE(u16(22), quint16(1));
+        QCOMPARE(u32(24), 12000u);
+        QCOMPARE(u32(28), 24000u);
+        QCOMPARE(u16(32), quint16(2));
+        QCOMPARE(u16(34), quint16(16));
+        QCOMPARE(bytes.mid(36, 4), QByteArray("data"));
+        QCOMPARE(u32(40), 360000u);
+        QVERIFY(bytes.mid(44) == samples);
+    }
+
+    void reportsAnIncompleteWrite()
+    {
+        const FileSizeLimit limit(100000);
+        QCOMPARE(writeSlotWav(capture->filePath(QStringLiteral("a.wav")), periodOfSamples()),
+                 QStringLiteral("PCM payload write was incomplete."));
+    }
+
+    void reportsAFileThatCannotBeOpened()
+    {
+        QFile folder(capture->path());
+        QVERIFY(!folder.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        QCOMPARE(writeSlotWav(capture->path(), periodOfSamples()), folder.errorString());
+        QVERIFY(!folder.errorString().isEmpty());
+    }
+
+    void runsTheDecoderOnTheFileAndRemovesTheFolder()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral(
+                "cp \"$8\" $here/wav; pwd > $here/pwd; ls > $here/ls; echo $* > $here/args\n"
+                "mkdir -p deep/er; touch deep/er/file; chmod 0500 deep/er\n"
+                "echo '%1'; echo '<DecodeFinished>'")
+                .arg(decodeLine));
+        const QByteArray samples = periodOfSamples();
+        QCOMPARE(decodeSlot(job(), samples), QStringList(decodeLine));
+
+        const QString folder =
+            capture->filePath(QStringLiteral("WORKER_20260116_142315_S2_725_1550"));
+        QCOMPARE(decoder.readLeft(QStringLiteral("wav")).size(), 360044);
+        QVERIFY(decoder.readLeft(QStringLiteral("wav")).endsWith(samples));
+        QCOMPARE(decoder.readLeft(QStringLiteral("pwd")), folder.toLocal8Bit() + '\n');
+        QCOMPARE(decoder.readLeft(QStringLiteral("ls")), QByteArray("pelq_ft8_slot.wav\n"));
+        QCOMPARE(decoder.readLeft(QStringLiteral("args")),
+                 "--ft8 -d 3 -L 725 -H 1550 " + folder.toLocal8Bit() + "/pelq_ft8_slot.wav\n");
+        QVERIFY(QDir(capture->path()).isEmpty());
+    }
+
+    void aShortBufferCreatesNothing_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::newRow("one sample short") << 359998;
+        QTest::newRow("one byte long") << 360001;
+        QTest::newRow("empty") << 0;
+    }
+
+    void aShortBufferCreatesNothing()
+    {
+        QFETCH(int, size);
+        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        SlotJob missing = job();
+        missing.captureFolder = capture->filePath(QStringLiteral("never/made"));
+        QCOMPARE(decodeSlot(missing, QByteArray(size, '\0')), QStringList());
+        QVERIFY(QDir(capture->path()).isEmpty());
+        QVERIFY(decoder.allLeft().isEmpty());
+    }
+
+    void wipesAStaleFolderOfTheSameName()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("ls -A > $here/ls; echo '%1'").arg(decodeLine));
+        QDir folder(capture->filePath(workerFolderName(job())));
+        QVERIFY(folder.mkpath(QStringLiteral("stale/.deeper")));
+        QFile wav(folder.filePath(QStringLiteral("pelq_ft8_slot.wav")));
+        QVERIFY(wav.open(QIODevice::WriteOnly));
+        QVERIFY(wav.resize(500000));
+
+        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList(decodeLine));
+        QCOMPARE(decoder.readLeft(QStringLiteral("ls")), QByteArray("pelq_ft8_slot.wav\n"));
+        QVERIFY(!folder.exists());
+    }
+
+    void makesMissingParentsOfTheFolder()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo '%1'").arg(decodeLine));
+        SlotJob deep = job();
+        deep.captureFolder = capture->filePath(QStringLiteral("a/b"));
+        QCOMPARE(decodeSlot(deep, periodOfSamples()), QStringList(decodeLine));
+        QVERIFY(QDir(deep.captureFolder).isEmpty());
+    }
+
+    void aFileInTheFoldersPlaceGivesNothing()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        QFile inTheWay(capture->filePath(workerFolderName(job())));
+        QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+        QVERIFY(decoder.allLeft().isEmpty());
+    }
+
+    void anIncompleteFileIsNotDecodedAndLeavesNoFolder()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        {
+            const FileSizeLimit limit(100000);
+            QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+        }
+        QVERIFY(decoder.allLeft().isEmpty());
+        QVERIFY(QDir(capture->path()).isEmpty());
+    }
+
+    void aFailingDecoderLeavesNoFolder()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("touch scrap $here/ran; echo '%1'; exit 1").arg(decodeLine));
+        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+        QCOMPARE(decoder.allLeft(), QStringList(QStringLiteral("ran")));
+        QVERIFY(QDir(capture->path()).isEmpty());
+    }
+
+    void noDecoderLeavesNoFolder()
+    {
+        qunsetenv("PELQ_JT9_PATH");
+        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+        QVERIFY(QDir(capture->path()).isEmpty());
+    }
+
+private:
+    SlotJob job() const { return {periodStartMs, 1, {725, 1550}, 3, capture->path()}; }
+
+    std::unique_ptr<QTemporaryDir> capture;
+};
+
+QTEST_GUILESS_MAIN(SlotWavTest)
+#include "slotwav_test.moc"

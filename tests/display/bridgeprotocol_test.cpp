@@ -1,0 +1,249 @@
+#include <QtTest>
+
+#include "display/bridgeprotocol.h"
+
+// What a client program makes of one bridge line: the five fields.
+static QStringList clientFields(const QByteArray &line)
+{
+    const QByteArray tag = "PELQOUTPOST2|";
+    if (!line.startsWith(tag) || !line.endsWith('\n'))
+        return {};
+    const QByteArray base64 = line.mid(tag.size(), line.size() - tag.size() - 1);
+    return QString::fromUtf8(QByteArray::fromBase64(base64)).split(QLatin1Char('\t'));
+}
+
+static const QString exampleLine = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42");
+
+static BridgeDecode exampleDecode()
+{
+    QString periodTime = QStringLiteral("101530");
+    return parseBridgeDecode(exampleLine, &periodTime).value_or(BridgeDecode());
+}
+
+class BridgeProtocolTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void theReadyLineIsEighteenBytes();
+    void theExampleGoesOutByteForByte();
+    void preparesThePeriodTime_data();
+    void preparesThePeriodTime();
+    void fieldsCarryTheDecodersOwnText_data();
+    void fieldsCarryTheDecodersOwnText();
+    void linesThatAreNoDecodeAreDropped_data();
+    void linesThatAreNoDecodeAreDropped();
+    void thePeriodLabelBeatsThePrintedTime();
+    void aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt_data();
+    void aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt();
+    void aLineThatIsNoDecodeDoesNotSetTheTime();
+    void nonAsciiTravelsAsUtf8();
+    void base64IsTheStandardAlphabetWithPadding();
+    void theKeyIsTimeFrequencyAndMessageInUpperCase();
+    void theKeyIgnoresSnrAndDt();
+    void aKeyIsRememberedForNinetySeconds_data();
+    void aKeyIsRememberedForNinetySeconds();
+    void rememberingAgainRenewsTheTime();
+    void pruningKeepsTheYoungOnes();
+};
+
+void BridgeProtocolTest::theReadyLineIsEighteenBytes()
+{
+    QCOMPARE(bridgeReadyLine(), QByteArray("PELQBRIDGE2|READY\n"));
+    QCOMPARE(bridgeReadyLine().size(), 18);
+}
+
+void BridgeProtocolTest::theExampleGoesOutByteForByte()
+{
+    const BridgeDecode decode = exampleDecode();
+    QCOMPARE(bridgePayload(decode), QByteArray("101530\t-12\t0.3\t1234\tCQ K1ABC FN42"));
+    QCOMPARE(bridgePayload(decode).size(), 33);
+    QCOMPARE(bridgeLine(decode),
+             QByteArray("PELQOUTPOST2|MTAxNTMwCS0xMgkwLjMJMTIzNAlDUSBLMUFCQyBGTjQy\n"));
+}
+
+void BridgeProtocolTest::preparesThePeriodTime_data()
+{
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QString>("time");
+
+    QTest::newRow("label") << QStringLiteral("10:15:30") << QStringLiteral("101530");
+    QTest::newRow("blanks around") << QStringLiteral(" 10:15:30\t") << QStringLiteral("101530");
+    QTest::newRow("no colons") << QStringLiteral("101530") << QStringLiteral("101530");
+    QTest::newRow("malformed") << QStringLiteral("10:15") << QStringLiteral("1015");
+    QTest::newRow("empty") << QString() << QString();
+}
+
+void BridgeProtocolTest::preparesThePeriodTime()
+{
+    QFETCH(QString, label);
+    QFETCH(QString, time);
+    QCOMPARE(bridgePeriodTime(label), time);
+}
+
+void BridgeProtocolTest::fieldsCarryTheDecodersOwnText_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QStringList>("fields");
+
+    const auto row = [](const char *name, const char *line, const char *fields) {
+        QTest::newRow(name) << QString::fromLatin1(line)
+                            << QString::fromLatin1(fields).split(QLatin1Char('|'));
+    };
+    row("plain", "101530 -12 0.3 1234 ~ CQ K1ABC FN42", "101530|-12|0.3|1234|CQ K1ABC FN42");
+    row("an explicit plus stays", "101530 +3 +0.3 1234 ~ CQ", "101530|+3|+0.3|1234|CQ");
+    row("leading zeros stay", "101530 -02 00.30 0042 ~ CQ", "101530|-02|00.30|0042|CQ");
+    row("a DT without decimals", "101530 3 -1 1234 ~ CQ", "101530|3|-1|1234|CQ");
+    row("blanks collapse", "  101530\t-12  0.3 1234  ~   CQ  K1ABC \t FN42 \r\n",
+        "101530|-12|0.3|1234|CQ K1ABC FN42");
+    row("a mark in the message stays", "101530 -12 0.3 1234 ~ A ~ B", "101530|-12|0.3|1234|A ~ B");
+    row("letter case stays", "101530 -12 0.3 1234 ~ cq k1abc", "101530|-12|0.3|1234|cq k1abc");
+}
+
+void BridgeProtocolTest::fieldsCarryTheDecodersOwnText()
+{
+    QFETCH(QString, line);
+    QFETCH(QStringList, fields);
+    QString periodTime = QStringLiteral("101530");
+    const std::optional<BridgeDecode> decode = parseBridgeDecode(line, &periodTime);
+    QVERIFY(decode.has_value());
+    QCOMPARE(clientFields(bridgeLine(*decode)), fields);
+}
+
+void BridgeProtocolTest::linesThatAreNoDecodeAreDropped_data()
+{
+    QTest::addColumn<QString>("line");
+
+    QTest::newRow("empty") << QString();
+    QTest::newRow("summary") << QStringLiteral("<DecodeFinished>   0  17        0");
+    QTest::newRow("no separator") << QStringLiteral("101530 -12 0.3 1234 CQ K1ABC FN42");
+    QTest::newRow("no message") << QStringLiteral("101530 -12 0.3 1234 ~ ");
+    QTest::newRow("no SNR") << QStringLiteral("101530 0.3 1234 ~ CQ K1ABC FN42");
+    QTest::newRow("five-digit time") << QStringLiteral("10153 -12 0.3 1234 ~ CQ K1ABC FN42");
+    QTest::newRow("fractional frequency") << QStringLiteral("101530 -12 0.3 1.5 ~ CQ K1ABC");
+    QTest::newRow("text before the time") << QStringLiteral("x 101530 -12 0.3 1234 ~ CQ K1ABC");
+}
+
+void BridgeProtocolTest::linesThatAreNoDecodeAreDropped()
+{
+    QFETCH(QString, line);
+    QString periodTime = QStringLiteral("101530");
+    QVERIFY(!parseBridgeDecode(line, &periodTime).has_value());
+}
+
+void BridgeProtocolTest::thePeriodLabelBeatsThePrintedTime()
+{
+    QString periodTime = bridgePeriodTime(QStringLiteral("10:15:30"));
+    for (const char *printed : {"000000", "101545", "235959"}) {
+        const QString line = QLatin1String(printed) + QStringLiteral(" -12 0.3 1234 ~ CQ");
+        QCOMPARE(parseBridgeDecode(line, &periodTime)->time, QStringLiteral("101530"));
+    }
+}
+
+void BridgeProtocolTest::aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt_data()
+{
+    QTest::addColumn<QString>("label");
+
+    QTest::newRow("empty") << QString();
+    QTest::newRow("too short") << QStringLiteral("10:15");
+    QTest::newRow("too long") << QStringLiteral("10:15:30:00");
+}
+
+void BridgeProtocolTest::aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt()
+{
+    QFETCH(QString, label);
+    QString periodTime = bridgePeriodTime(label);
+    const QString first = QStringLiteral("111115 -12 0.3 1234 ~ CQ");
+    const QString second = QStringLiteral("222230 -12 0.3 1240 ~ CQ");
+    QCOMPARE(parseBridgeDecode(first, &periodTime)->time, QStringLiteral("111115"));
+    QCOMPARE(parseBridgeDecode(second, &periodTime)->time, QStringLiteral("111115"));
+}
+
+void BridgeProtocolTest::aLineThatIsNoDecodeDoesNotSetTheTime()
+{
+    QString periodTime;
+    QVERIFY(!parseBridgeDecode(QStringLiteral("111115 no decode"), &periodTime).has_value());
+    QCOMPARE(parseBridgeDecode(exampleLine, &periodTime)->time, QStringLiteral("101530"));
+}
+
+void BridgeProtocolTest::nonAsciiTravelsAsUtf8()
+{
+    QString periodTime = QStringLiteral("101530");
+    const QString line = QStringLiteral("101530 -12 0.3 1234 ~ GRÜẞE 日本");
+    const BridgeDecode decode = parseBridgeDecode(line, &periodTime).value_or(BridgeDecode());
+    QVERIFY(bridgePayload(decode).endsWith("\tGR\xC3\x9C\xE1\xBA\x9E"
+                                           "E \xE6\x97\xA5\xE6\x9C\xAC"));
+    QCOMPARE(clientFields(bridgeLine(decode)).last(), QStringLiteral("GRÜẞE 日本"));
+}
+
+void BridgeProtocolTest::base64IsTheStandardAlphabetWithPadding()
+{
+    BridgeDecode decode = exampleDecode();
+    decode.message = QStringLiteral("~~>>??");
+    QCOMPARE(bridgeLine(decode), QByteArray("PELQOUTPOST2|MTAxNTMwCS0xMgkwLjMJMTIzNAl+fj4+Pz8=\n"));
+    decode.message = QStringLiteral("~~???");
+    QCOMPARE(bridgeLine(decode), QByteArray("PELQOUTPOST2|MTAxNTMwCS0xMgkwLjMJMTIzNAl+fj8/Pw==\n"));
+    decode.message.fill(QLatin1Char('A'), 100);
+    QCOMPARE(bridgeLine(decode).count('\n'), 1);
+}
+
+void BridgeProtocolTest::theKeyIsTimeFrequencyAndMessageInUpperCase()
+{
+    BridgeDecode decode = exampleDecode();
+    QCOMPARE(bridgeDecodeKey(decode), QStringLiteral("101530|1234|CQ K1ABC FN42"));
+    decode.message = QStringLiteral("cq k1abc fn42");
+    QCOMPARE(bridgeDecodeKey(decode), QStringLiteral("101530|1234|CQ K1ABC FN42"));
+}
+
+void BridgeProtocolTest::theKeyIgnoresSnrAndDt()
+{
+    BridgeDecode decode = exampleDecode();
+    decode.snr = QStringLiteral("7");
+    decode.dt = QStringLiteral("-1.1");
+    QCOMPARE(bridgeDecodeKey(decode), bridgeDecodeKey(exampleDecode()));
+}
+
+void BridgeProtocolTest::aKeyIsRememberedForNinetySeconds_data()
+{
+    QTest::addColumn<qint64>("ageMs");
+    QTest::addColumn<bool>("known");
+
+    QTest::newRow("at once") << qint64(0) << true;
+    QTest::newRow("90 s old") << qint64(90000) << true;
+    QTest::newRow("older than 90 s") << qint64(90001) << false;
+    QTest::newRow("after the clock was set back") << qint64(-5000) << true;
+}
+
+void BridgeProtocolTest::aKeyIsRememberedForNinetySeconds()
+{
+    QFETCH(qint64, ageMs);
+    QFETCH(bool, known);
+    const qint64 sentMs = 1700000000000;
+    RecentDecodeKeys recent;
+    recent.remember(QStringLiteral("KEY"), sentMs);
+    recent.prune(sentMs + ageMs);
+    QCOMPARE(recent.contains(QStringLiteral("KEY")), known);
+    QVERIFY(!recent.contains(QStringLiteral("OTHER")));
+}
+
+void BridgeProtocolTest::rememberingAgainRenewsTheTime()
+{
+    RecentDecodeKeys recent;
+    recent.remember(QStringLiteral("KEY"), 1000);
+    recent.remember(QStringLiteral("KEY"), 50000);
+    recent.prune(1000 + RecentDecodeKeys::keepMs + 1);
+    QVERIFY(recent.contains(QStringLiteral("KEY")));
+}
+
+void BridgeProtocolTest::pruningKeepsTheYoungOnes()
+{
+    RecentDecodeKeys recent;
+    for (int i = 0; i < 100; ++i)
+        recent.remember(QString::number(i), i);
+    recent.prune(RecentDecodeKeys::keepMs + 50);
+    for (int i = 0; i < 100; ++i)
+        QCOMPARE(recent.contains(QString::number(i)), i >= 50);
+}
+
+QTEST_GUILESS_MAIN(BridgeProtocolTest)
+#include "bridgeprotocol_test.moc"

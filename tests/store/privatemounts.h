@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+inline bool writeProcessFile(const char *path, const QByteArray &line)
+{
+    QFile file(QString::fromLatin1(path));
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+           file.write(line) == line.size();
+}
+
+// Without privileges: become root of a user namespace of its own.
+inline bool becomeOwnRoot()
+{
+    const QByteArray uidMap = "0 " + QByteArray::number(getuid()) + " 1";
+    const QByteArray gidMap = "0 " + QByteArray::number(getgid()) + " 1";
+    return unshare(CLONE_NEWUSER) == 0 && writeProcessFile("/proc/self/uid_map", uidMap) &&
+           writeProcessFile("/proc/self/setgroups", "deny") &&
+           writeProcessFile("/proc/self/gid_map", gidMap);
+}
+
+// Moves this process into a mount namespace of its own, so that it can mount small or read-only
+// file systems that no other process sees and that end with it. To be called from main(), before
+// any thread starts; the test library starts one of its own.
+inline bool enterPrivateMounts()
+{
+    return (geteuid() == 0 || becomeOwnRoot()) && unshare(CLONE_NEWNS) == 0 &&
+           mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+// A file system in memory on an existing folder, for as long as this lives.
+class MemoryMount
+{
+public:
+    // `options` as in mount(8): "size=256k"
+    MemoryMount(const QString &folder, const char *options)
+        : target(QFile::encodeName(folder)),
+          mounted(mount("tmpfs", target.constData(), "tmpfs", 0, options) == 0)
+    {
+    }
+    ~MemoryMount()
+    {
+        if (mounted)
+            umount2(target.constData(), MNT_DETACH);
+    }
+    Q_DISABLE_COPY(MemoryMount)
+
+    bool isMounted() const { return mounted; }
+    bool makeReadOnly()
+    {
+        return mount(nullptr, target.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+    }
+
+private:
+    const QByteArray target;
+    const bool mounted;
+};

@@ -1,0 +1,157 @@
+// What happens when the disk is full or read-only, on file systems of this process's own.
+
+#include "store/atomicfile.h"
+#include "store/datafile.h"
+#include "store/datapaths.h"
+#include "tests/store/privatemounts.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace
+{
+
+bool privateMounts = false; // they are entered before the test starts
+
+} // namespace
+
+class UnwritableTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void aFullDiskKeepsTheOldFile_data();
+    void aFullDiskKeepsTheOldFile();
+    void aFullDiskLeavesNoNewFile();
+    void savesAgainOnceThereIsRoom();
+    void aReadOnlyDiskCannotBeOpened();
+    void theCaptureFolderLeavesAReadOnlyDisk();
+    void installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite_data();
+    void installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite();
+
+private:
+    // A mounted folder with a file of its own and no room for anything more.
+    void fillUp(const QString &folder);
+
+    QTemporaryDir folder;
+};
+
+void UnwritableTest::initTestCase()
+{
+    QVERIFY(folder.isValid());
+    QVERIFY2(privateMounts, "this test could not have mounts of its own");
+}
+
+void UnwritableTest::fillUp(const QString &path)
+{
+    QFile filler(path + QStringLiteral("/filler"));
+    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    const QByteArray page(4096, 'f');
+    while (filler.write(page) == page.size()) {
+    }
+    QCOMPARE(filler.error(), QFileDevice::ResourceError);
+}
+
+void UnwritableTest::aFullDiskKeepsTheOldFile_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("one byte") << 1;
+    QTest::newRow("less than the write buffer") << 10000;
+    QTest::newRow("more than the write buffer") << 100000;
+    QTest::newRow("more than the whole disk") << 1000000;
+}
+
+void UnwritableTest::aFullDiskKeepsTheOldFile()
+{
+    QFETCH(int, size);
+    const MemoryMount disk(folder.path(), "size=256k");
+    QVERIFY(disk.isMounted());
+    const QString target = folder.filePath(QStringLiteral("profile.json"));
+    QVERIFY(saveAtomically(target, "the old content"));
+    fillUp(folder.path());
+
+    const SaveResult saved = saveAtomically(target, QByteArray(size, 'n'));
+    QCOMPARE(saved.outcome, SaveResult::NotCommitted);
+    QCOMPARE(saved.error, QStringLiteral("No space left on device"));
+    QCOMPARE(readFile(target).value(), QByteArray("the old content"));
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+}
+
+void UnwritableTest::aFullDiskLeavesNoNewFile()
+{
+    const MemoryMount disk(folder.path(), "size=256k");
+    QVERIFY(disk.isMounted());
+    fillUp(folder.path());
+    const QString target = folder.filePath(QStringLiteral("kiwi-frequency.txt"));
+    QCOMPARE(saveAtomically(target, "14.074000", QIODevice::Text).outcome,
+             SaveResult::NotCommitted);
+    QVERIFY(!QFile::exists(target));
+}
+
+void UnwritableTest::savesAgainOnceThereIsRoom()
+{
+    const MemoryMount disk(folder.path(), "size=256k");
+    QVERIFY(disk.isMounted());
+    fillUp(folder.path());
+    const QString target = folder.filePath(QStringLiteral("profile.json"));
+    QVERIFY(!saveAtomically(target, "content"));
+    QVERIFY(QFile::remove(folder.filePath(QStringLiteral("filler"))));
+    QVERIFY(saveAtomically(target, "content"));
+    QCOMPARE(readFile(target).value(), QByteArray("content"));
+}
+
+void UnwritableTest::aReadOnlyDiskCannotBeOpened()
+{
+    MemoryMount disk(folder.path(), "size=256k");
+    QVERIFY(disk.isMounted());
+    const QString target = folder.filePath(QStringLiteral("profile.json"));
+    QVERIFY(saveAtomically(target, "the old content"));
+    QVERIFY(disk.makeReadOnly());
+    const SaveResult saved = saveAtomically(target, "content");
+    QCOMPARE(saved.outcome, SaveResult::NotOpened);
+    QVERIFY(!saved.error.isEmpty());
+    QCOMPARE(readFile(target).value(), QByteArray("the old content"));
+}
+
+void UnwritableTest::theCaptureFolderLeavesAReadOnlyDisk()
+{
+    MemoryMount disk(folder.path(), "size=256k");
+    QVERIFY(disk.isMounted());
+    const QString bin = folder.filePath(QStringLiteral("bin"));
+    const QString cache = QStringLiteral("/home/op/.cache/PELQ/KiwiOutpost");
+    QVERIFY(QDir().mkpath(bin));
+    QCOMPARE(captureFolder(bin, cache), folder.filePath(QStringLiteral("capture")));
+
+    QVERIFY(QDir().mkpath(folder.filePath(QStringLiteral("capture"))));
+    QVERIFY(disk.makeReadOnly());
+    QCOMPARE(captureFolder(bin, cache), cache + QStringLiteral("/capture"));
+}
+
+void UnwritableTest::installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite_data()
+{
+    QTest::addColumn<QString>("prefix");
+    QTest::newRow("/opt") << QStringLiteral("/opt");
+    QTest::newRow("/usr/local") << QStringLiteral("/usr/local");
+}
+
+void UnwritableTest::installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite()
+{
+    QFETCH(QString, prefix);
+    const MemoryMount disk(prefix, "size=256k");
+    QVERIFY(disk.isMounted());
+    const QString bin = prefix + QStringLiteral("/station/bin");
+    QVERIFY(QDir().mkpath(bin));
+    QCOMPARE(captureFolder(bin, QStringLiteral("/cache")), QStringLiteral("/cache/capture"));
+}
+
+int main(int argc, char *argv[])
+{
+    privateMounts = enterPrivateMounts();
+    QCoreApplication application(argc, argv);
+    UnwritableTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "unwritable_test.moc"
