@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QUrl>
 #include <QWebSocket>
+#include <algorithm>
 
 // UTC that tests can push forward; runs on by itself.
 class TestClock
@@ -106,3 +107,11 @@ private:
     sim::Samples m_period;
     bool m_armed = false;
 };
+
+inline bool wasSent(const KiwiSim &receiver, const char *what)
+{
+    const auto &events = receiver.events();
+    return std::any_of(events.begin(), events.end(), [what](const SimEvent &event) {
+        return event.kind == QLatin1String("sent") && event.text == QLatin1String(what);
+    });
+}
