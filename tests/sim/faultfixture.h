@@ -56,12 +56,7 @@ protected:
         QTRY_VERIFY(m_client->boundaryMs != 0);
     }
 
-    void jumpToBoundary()
-    {
-        m_clock.jumpTo(m_client->boundaryMs - 390);
-        QTest::qWait(20); // lets the last filler through
-        m_clock.jumpTo(m_client->boundaryMs);
-    }
+    void jumpToBoundary() { m_client->jumpToBoundary(); }
 
     // Raw TCP: what the receiver answers to a proper request.
     void request(QTcpSocket *socket, const char *path = "/kiwi/0/SND")

@@ -205,7 +205,7 @@ private slots:
                             m_client->texts.count(QString::fromLatin1(other)) >
                         (other == "MSG max_camp=4" ? 1 : 0)); // once in the greeting
         jumpToBoundary();
-        QTest::qWait(30);
+        m_client->takeEverything();
         m_clock.jumpTo(m_client->boundaryMs + 16000);
         QTRY_COMPARE(m_client->heard.size(), 1);
         QVERIFY(m_client->heard.first() == m_receiver->periods().value(0).samples);
@@ -238,7 +238,7 @@ private slots:
         startSounding(behaviour.constData());
         QVERIFY(m_client->messages.contains(announced));
         jumpToBoundary();
-        QTest::qWait(30);
+        m_client->takeEverything();
         const quint32 first = sequence(m_client->sounds.last());
         m_clock.jumpTo(m_client->boundaryMs + 30000);
         const int expected = int(30 * rate / 2048);
@@ -274,7 +274,7 @@ private slots:
     {
         startSounding("sequence-gaps:4");
         jumpToBoundary();
-        QTest::qWait(30);
+        m_client->takeEverything();
         m_clock.jumpTo(m_client->boundaryMs + 17000);
         QTRY_VERIFY(!m_client->heard.isEmpty());
         int gaps = 0;
@@ -325,7 +325,7 @@ private slots:
         startSounding("fragments");
         QSignalSpy fragments(&m_client->socket, &QWebSocket::binaryFrameReceived);
         jumpToBoundary();
-        QTest::qWait(30);
+        m_client->takeEverything();
         m_clock.jumpTo(m_client->boundaryMs + 16000);
         QTRY_VERIFY(!m_client->heard.isEmpty());
         QVERIFY(m_client->heard.first() == ramp(0));

@@ -6,6 +6,7 @@
 #include "sim/soundplan.h"
 
 #include <QElapsedTimer>
+#include <QTest>
 #include <QUrl>
 #include <QWebSocket>
 #include <algorithm>
@@ -46,6 +47,24 @@ public:
     void open(quint16 port, const QString &path = QStringLiteral("/kiwi/0/SND"))
     {
         socket.open(QUrl(QStringLiteral("ws://127.0.0.1:%1%2").arg(port).arg(path)));
+    }
+
+    // Returns once nothing more comes at the present time of the clock.
+    void takeEverything() const
+    {
+        int before = -1;
+        while (before != sounds.size()) {
+            before = sounds.size();
+            QTest::qWait(200);
+        }
+    }
+
+    // Past the filler to the boundary, once sound has begun.
+    void jumpToBoundary()
+    {
+        m_clock->jumpTo(boundaryMs - 390);
+        takeEverything();
+        m_clock->jumpTo(boundaryMs);
     }
 
     static QStringList sevenCommands()
