@@ -15,14 +15,30 @@
 class TestClock
 {
 public:
-    qint64 nowMs() const { return m_startMs + m_jumpedMs + m_running.elapsed(); }
+    qint64 nowMs() const
+    {
+        return m_isHeld ? m_heldMs : m_startMs + m_jumpedMs + m_running.elapsed();
+    }
     void jumpTo(qint64 utcMs) { m_jumpedMs += qMax<qint64>(0, utcMs - nowMs()); }
+
+    void hold()
+    {
+        m_heldMs = nowMs();
+        m_isHeld = true;
+    }
+    void release() // goes on from where it was held
+    {
+        m_isHeld = false;
+        m_jumpedMs += m_heldMs - nowMs();
+    }
 
     explicit TestClock(qint64 startMs = 1700006400000) : m_startMs(startMs) { m_running.start(); }
 
 private:
     qint64 m_startMs;
     qint64 m_jumpedMs = 0;
+    qint64 m_heldMs = 0;
+    bool m_isHeld = false;
     QElapsedTimer m_running;
 };
 
@@ -52,11 +68,13 @@ public:
     // Returns once nothing more comes at the present time of the clock.
     void takeEverything() const
     {
+        m_clock->hold();
         int before = -1;
         while (before != sounds.size()) {
             before = sounds.size();
-            QTest::qWait(200);
+            QTest::qWait(100);
         }
+        m_clock->release();
     }
 
     // Past the filler to the boundary, once sound has begun.
