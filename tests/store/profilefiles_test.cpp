@@ -327,7 +327,7 @@ void ProfileFilesTest::openRefusesWhatIsNoProfile_data()
                               << QStringLiteral("no error occurred");
     QTest::newRow("not JSON") << QByteArray("Port = 8074") << QStringLiteral("illegal value");
     QTest::newRow("cut short") << QByteArray("{\"Host\": \"8074\"")
-                               << QStringLiteral("unterminated object");
+                               << QStringLiteral("unterminated string");
 }
 
 void ProfileFilesTest::openRefusesWhatIsNoProfile()
