@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -159,7 +160,7 @@ void UnwritableFilesTest::aReadOnlyDiskRefusesTheProfile()
         choose(window, {QStringLiteral("File"), QStringLiteral("Save Profile")});
     });
     QCOMPARE(box.title, QStringLiteral("Profile Save Failed"));
-    QCOMPARE(box.text, QStringLiteral("Read-only file system"));
+    QCOMPARE(box.text, QStringLiteral("Existing file %1 is not writable").arg(profileFile()));
 }
 
 // What was applied is used all the same; both files stay as they were.
