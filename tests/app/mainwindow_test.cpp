@@ -1,0 +1,309 @@
+// The window as it stands after its start, and how it goes.
+
+#include "tests/fixture/teststation.h"
+
+#include "store/settings.h"
+
+#include <QDialog>
+#include <QLabel>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QTcpSocket>
+#include <QtTest>
+
+namespace
+{
+const QString longestSummary =
+    QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 999999");
+const QString cqLine = QStringLiteral("142315 -10  0.1  500 ~  CQ W1ABC FN42");
+
+QLabel *summaryLabel(const MainWindow &window)
+{
+    return window.findChild<QStatusBar *>()->findChild<QLabel *>();
+}
+
+int summaryWidth(const QFont &font)
+{
+    return QFontMetrics(font).horizontalAdvance(longestSummary);
+}
+
+QPushButton *clearButton(const MainWindow &window)
+{
+    const auto *bar = qobject_cast<QMenuBar *>(window.menuWidget());
+    return qobject_cast<QPushButton *>(bar->cornerWidget(Qt::TopRightCorner));
+}
+} // namespace
+
+class MainWindowTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void titleAndSizes();
+    void theTableFillsTheWindow();
+    void theClearButtonStandsInTheMenuBarsCorner();
+    void theClearButtonClearsTheTableAndNothingElse();
+    void theStatusBarHoldsOneLabel();
+    void theSummaryIsFittedInto335Pixels_data();
+    void theSummaryIsFittedInto335Pixels();
+    void startsTheBridgeAtOnceAndFindsTheDecoderFromTheEventLoop();
+    void theDecodersDepthComesFromTheSettings_data();
+    void theDecodersDepthComesFromTheSettings();
+    void highlightsTheCallsOfTheLastRun();
+    void endsSilentlyWithTheBridgeFirst();
+    void endsWhileAPeriodIsDecoded();
+    void endsWhileConnecting();
+    void endsWithEveryWindowOpen();
+};
+
+void MainWindowTest::titleAndSizes()
+{
+    const TestStation station;
+    QCOMPARE(station.window->windowTitle(), QStringLiteral("PELQ Kiwi Outpost"));
+    QCOMPARE(station.window->size(), QSize(345, 245));
+    QCOMPARE(station.window->minimumSize(), QSize(345, 175));
+    station.window->resize(10, 10);
+    QCOMPARE(station.window->size(), QSize(345, 175));
+}
+
+void MainWindowTest::theTableFillsTheWindow()
+{
+    const TestStation station;
+    QVERIFY(qobject_cast<QTableWidget *>(station.window->centralWidget()) != nullptr);
+}
+
+void MainWindowTest::theClearButtonStandsInTheMenuBarsCorner()
+{
+    const TestStation station;
+    auto *bar = qobject_cast<QMenuBar *>(station.window->menuWidget());
+    const QPushButton *clear = clearButton(*station.window);
+    QVERIFY(clear != nullptr);
+    QVERIFY(clear->isVisible());
+    QCOMPARE(clear->text(), QStringLiteral("Clear"));
+    QCOMPARE(clear->toolTip(), QStringLiteral("Clear the displayed decode list"));
+    QCOMPARE(clear->focusPolicy(), Qt::NoFocus);
+    QCOMPARE(clear->minimumWidth(), 52);
+    bar->setCornerWidget(nullptr, Qt::TopRightCorner); // with it the bar is higher
+    const int height = qMax(20, bar->sizeHint().height() - 2);
+    QCOMPARE(clear->minimumHeight(), height);
+    QCOMPARE(clear->maximumHeight(), height);
+}
+
+void MainWindowTest::theClearButtonClearsTheTableAndNothingElse()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    station.hear(receiver);
+    station.window->appendDecodes(QStringLiteral("14:23:15"), {cqLine, cqLine});
+    station.window->broadcastDecodes(QStringLiteral("14:23:15"), {cqLine});
+    const QTableWidget *table = decodeTableOf(*station.window);
+    QCOMPARE(table->rowCount(), 2);
+    QCOMPARE(table->horizontalHeaderItem(4)->text(), QStringLiteral("Message (2)"));
+    const QString good = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QByteArray goodBefore = fileBytes(good);
+    station.trace.clear();
+
+    QTest::mouseClick(clearButton(*station.window), Qt::LeftButton);
+    QCOMPARE(table->rowCount(), 0);
+    QCOMPARE(table->horizontalHeaderItem(4)->text(), QStringLiteral("Message (0)"));
+    QCOMPARE(summaryLine(*station.window),
+             QStringLiteral("Kiwi Connected | Bridge Disconnected | TDecodes 2"));
+    QCOMPARE(fileBytes(good), goodBefore);
+    QCOMPARE(station.trace.lines(), QStringList());
+}
+
+void MainWindowTest::theStatusBarHoldsOneLabel()
+{
+    const TestStation station;
+    const auto *bar = station.window->findChild<QStatusBar *>();
+    QVERIFY(bar->isVisible());
+    QVERIFY(bar->currentMessage().isEmpty());
+    QVERIFY(!bar->isSizeGripEnabled());
+    QCOMPARE(bar->contentsMargins(), QMargins(2, 0, 2, 0));
+    QCOMPARE(bar->styleSheet(), QStringLiteral("QStatusBar::item { border: 0px; }"));
+    QCOMPARE(bar->findChildren<QLabel *>().size(), 1);
+
+    const QLabel *label = summaryLabel(*station.window);
+    QCOMPARE(label->text(), QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 0"));
+    QCOMPARE(label->alignment(), Qt::AlignCenter);
+    QCOMPARE(label->contentsMargins(), QMargins());
+    QCOMPARE(label->margin(), 0);
+    QCOMPARE(label->minimumWidth(), 0);
+    QVERIFY(!label->wordWrap());
+    QCOMPARE(label->sizePolicy().horizontalPolicy(), QSizePolicy::Ignored);
+    QCOMPARE(label->sizePolicy().verticalPolicy(), QSizePolicy::Fixed);
+    QVERIFY2(label->width() > 300, "it takes the bar's width");
+}
+
+void MainWindowTest::theSummaryIsFittedInto335Pixels_data()
+{
+    QTest::addColumn<QFont>("font");
+    QTest::addColumn<qreal>("startPoints");
+    const QString family = QStringLiteral("DejaVu Sans");
+    QFont pixels(family);
+    pixels.setPixelSize(12);
+    QTest::newRow("a size in pixels starts at 9") << pixels << 9.0;
+    QTest::newRow("large and bold") << QFont(family, 24, QFont::Bold) << 24.0;
+    QTest::newRow("7.5 points") << [&] {
+        QFont font(family);
+        font.setPointSizeF(7.5);
+        return font;
+    }() << 7.5;
+    QTest::newRow("already small") << QFont(family, 5) << 5.0;
+    QTest::newRow("wide letters") << QFont(QStringLiteral("DejaVu Sans Mono"), 12) << 12.0;
+}
+
+void MainWindowTest::theSummaryIsFittedInto335Pixels()
+{
+    QFETCH(QFont, font);
+    QFETCH(qreal, startPoints);
+    const QFont before = QApplication::font();
+    QApplication::setFont(font);
+    const TestStation station;
+    QApplication::setFont(before);
+
+    const QFont fitted = summaryLabel(*station.window)->font();
+    QCOMPARE(fitted.weight(), static_cast<int>(QFont::Normal));
+    const qreal points = fitted.pointSizeF();
+    QVERIFY(points <= startPoints);
+    QVERIFY(points >= qMin(6.5, startPoints));
+    QVERIFY2(points <= 6.5 || summaryWidth(fitted) <= 335, "it does not fit");
+    QFont larger = fitted;
+    larger.setPointSizeF(points + 0.25);
+    QVERIFY2(points == startPoints || summaryWidth(larger) > 335, "a larger one would fit");
+    QCOMPARE(std::fmod(startPoints - points, 0.25), 0.0);
+
+    const auto *bar = station.window->findChild<QStatusBar *>();
+    const int height = qMax(18, QFontMetrics(fitted).height() + 6);
+    QCOMPARE(bar->minimumHeight(), height);
+    QCOMPARE(bar->maximumHeight(), height);
+}
+
+void MainWindowTest::startsTheBridgeAtOnceAndFindsTheDecoderFromTheEventLoop()
+{
+    TestStation station;
+    station.window.reset();
+    station.trace.clear();
+    const MainWindow window;
+    const QString listening =
+        QStringLiteral("Local WSJT bridge listening on 127.0.0.1:%1.").arg(station.bridgePort);
+    QCOMPARE(station.trace.lines(), QStringList{listening});
+    const QString found = QStringLiteral("JT9 decoder ready: ") + station.decoder.path();
+    QTRY_COMPARE(station.trace.lines(), QStringList({listening, found}));
+}
+
+void MainWindowTest::theDecodersDepthComesFromTheSettings_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<QByteArray>("depth");
+    QTest::newRow("nothing") << QVariant() << QByteArray("2");
+    QTest::newRow("0") << QVariant(0) << QByteArray("2");
+    QTest::newRow("1") << QVariant(1) << QByteArray("1");
+    QTest::newRow("2") << QVariant(2) << QByteArray("2");
+    QTest::newRow("3") << QVariant(3) << QByteArray("3");
+    QTest::newRow("4") << QVariant(4) << QByteArray("2");
+    QTest::newRow("not a number") << QVariant(QStringLiteral("deep")) << QByteArray("2");
+}
+
+void MainWindowTest::theDecodersDepthComesFromTheSettings()
+{
+    QFETCH(QVariant, stored);
+    QFETCH(QByteArray, depth);
+    const QTemporaryDir seen;
+    const PuppetReceiver receiver;
+    TestStation station("echo $3 >> '" +
+                        QFile::encodeName(seen.filePath(QStringLiteral("depths"))) + "'");
+    if (stored.isValid()) {
+        stationSettings().setValue(QStringLiteral("decoder/depth"), stored);
+    }
+    station.restart();
+    station.hearPeriod(receiver);
+    QTRY_COMPARE(fileBytes(seen.filePath(QStringLiteral("depths"))), (depth + "\n").repeated(4));
+}
+
+void MainWindowTest::highlightsTheCallsOfTheLastRun()
+{
+    TestStation station;
+    stationSettings().setValue(QStringLiteral("highlight/calls"),
+                               QStringList{QStringLiteral("W1ABC")});
+    QVERIFY(!station.window->matchesHighlightedCall(QStringLiteral("CQ W1ABC FN42")));
+    station.restart();
+    QVERIFY(station.window->matchesHighlightedCall(QStringLiteral("CQ W1ABC FN42")));
+}
+
+void MainWindowTest::endsSilentlyWithTheBridgeFirst()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station.bridgePort));
+    QTRY_VERIFY(client.canReadLine());
+    station.hear(receiver);
+    // The session cannot be saved: the line that says so tells when the link is taken down.
+    putFile(testHome().dataFile(QStringLiteral("receiver-status-log.json/in-the-way")), {});
+    station.trace.clear();
+    station.window.reset();
+    const QStringList lines = station.trace.lines();
+    QCOMPARE(lines.size(), 2);
+    QCOMPARE(lines.at(0), QStringLiteral("Local WSJT bridge stopped."));
+    QVERIFY2(lines.at(1).startsWith(QLatin1String("Status log save failed: ")),
+             qPrintable(lines.at(1)));
+    QTRY_COMPARE(client.state(), QAbstractSocket::UnconnectedState);
+    QTRY_COMPARE(receiver.liveLinks(), 0);
+}
+
+void MainWindowTest::endsWhileAPeriodIsDecoded()
+{
+    const QTemporaryDir seen;
+    const QString begun = seen.filePath(QStringLiteral("begun"));
+    const PuppetReceiver receiver;
+    TestStation station("touch '" + QFile::encodeName(begun) + "'; sleep 0.5; echo '" +
+                        cqLine.toLatin1() + "'");
+    station.hearPeriod(receiver);
+    QTRY_VERIFY(QFile::exists(begun));
+    station.trace.clear();
+    station.window.reset();
+    QCOMPARE(station.trace.lines(), QStringList{QStringLiteral("Local WSJT bridge stopped.")});
+    QCoreApplication::processEvents(); // nothing is delivered any more
+    const QJsonObject log =
+        jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")));
+    QCOMPARE(log.value(QLatin1String("Sessions")).toArray().size(), 1);
+}
+
+void MainWindowTest::endsWhileConnecting()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    station.connectTo(receiver.port());
+    station.trace.clear();
+    station.window.reset();
+    QCOMPARE(station.trace.lines(), QStringList{QStringLiteral("Local WSJT bridge stopped.")});
+    QCoreApplication::processEvents(); // a probe that was queued goes nowhere
+    QTRY_COMPARE(receiver.liveLinks(), 0);
+}
+
+void MainWindowTest::endsWithEveryWindowOpen()
+{
+    TestStation station;
+    const QStringList entries{QStringLiteral("Status Log"), QStringLiteral("Station Display"),
+                              QStringLiteral("Bridge Status")};
+    int before = 0;
+    for (const QWidget *widget : QApplication::topLevelWidgets()) {
+        before += qobject_cast<const QDialog *>(widget) != nullptr ? 1 : 0;
+    }
+    QCOMPARE(before, 0);
+    for (const QString &entry : entries) {
+        choose(*station.window, {QStringLiteral("Settings"), QStringLiteral("View"), entry});
+    }
+    QCOMPARE(station.window->findChildren<QDialog *>().size(), 3);
+    station.window->hide();
+    station.window.reset();
+    for (const QWidget *widget : QApplication::topLevelWidgets()) {
+        QVERIFY(qobject_cast<const QDialog *>(widget) == nullptr);
+    }
+}
+
+OUTPOST_WINDOW_TEST_MAIN(MainWindowTest)
+#include "mainwindow_test.moc"

@@ -1,0 +1,154 @@
+// The live report's file: where it lies, when it is rewritten, what the log says of it.
+
+#include "tests/fixture/teststation.h"
+
+#include <QDir>
+#include <QtTest>
+
+namespace
+{
+const QByteArray sound = adpcmFrame(QByteArray(1024, '\0'));
+
+QString fileName(qint64 startMs)
+{
+    return QStringLiteral("/PELQ_KIWI_STAGE17C_LIVE_SND_EVIDENCE_%1.txt")
+        .arg(QDateTime::fromMSecsSinceEpoch(startMs).toString(QStringLiteral("yyyyMMdd_HHmmss")));
+}
+
+void sendSound(TestStation &station, const PuppetReceiver &receiver, int upTo)
+{
+    const QString counted = QStringLiteral("\nSND: %1 frames ").arg(upTo);
+    const QRegularExpression pattern(QStringLiteral("\nSND: (\\d+) frames "));
+    const int before = pattern.match(station.window->kiwiStatusText()).captured(1).toInt();
+    for (int i = before; i < upTo; ++i) {
+        receiver.sendBinary(sound);
+    }
+    if (!QTest::qWaitFor([&] { return station.window->kiwiStatusText().contains(counted); },
+                         5000)) {
+        qFatal("the sound did not arrive");
+    }
+}
+
+void openLink(TestStation &station, const PuppetReceiver &receiver)
+{
+    const int before = receiver.paths().size();
+    station.connectTo(receiver.port());
+    if (!QTest::qWaitFor([&] { return receiver.paths().size() > before; }, 5000)) {
+        qFatal("no link");
+    }
+}
+} // namespace
+
+class EvidenceTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        qputenv("PELQ_KIWI_STAGE_CAPTURE_DIR",
+                QFile::encodeName(testHome().path(QStringLiteral("stage"))));
+    }
+
+    void theFileIsThereAndEmpty();
+    void rewrittenAtTheFirstSoundAndEvery20th();
+    void nothingIsWrittenBeforeSound();
+    void oneFileForEachConnection();
+    void theFolderIsReadWhenTheOperatorConnects();
+    void aMissingFolderIsLoggedAndTriedAgain();
+};
+
+void EvidenceTest::theFileIsThereAndEmpty()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    const QString path = testHome().path(QStringLiteral("stage")) + fileName(station.clock.now());
+    openLink(station, receiver);
+    sendSound(station, receiver, 1);
+    QVERIFY(station.trace.contains(QStringLiteral("Live SND evidence updated: ") + path));
+    QCOMPARE(QDir(testHome().path(QStringLiteral("stage"))).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QFileInfo(path).fileName()});
+    QCOMPARE(QFileInfo(path).size(), 0);
+}
+
+void EvidenceTest::rewrittenAtTheFirstSoundAndEvery20th()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    const QString path = testHome().path(QStringLiteral("stage")) + fileName(station.clock.now());
+    const QString line = QStringLiteral("Live SND evidence updated: ") + path;
+    openLink(station, receiver);
+    receiver.sendBinary("MSG"); // other frames do not count
+    const QVector<QPair<int, int>> updates = {{1, 1},  {2, 1},  {19, 1}, {20, 2},
+                                              {21, 2}, {39, 2}, {40, 3}, {60, 4}};
+    for (const auto &[frames, written] : updates) {
+        QFile::remove(path);
+        const int before = station.trace.count(line);
+        sendSound(station, receiver, frames);
+        QCOMPARE(station.trace.count(line), written);
+        QCOMPARE(QFile::exists(path), written > before);
+    }
+}
+
+void EvidenceTest::nothingIsWrittenBeforeSound()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    openLink(station, receiver);
+    for (int i = 0; i < 20; ++i) {
+        receiver.sendBinary("MSG audio_init=0");
+        receiver.sendText(QStringLiteral("SND"));
+    }
+    QTRY_VERIFY(station.trace.contains(QStringLiteral("RX text frame 40: SND")));
+    QVERIFY(!station.trace.contains(QStringLiteral("evidence")));
+    QVERIFY(QDir(testHome().path(QStringLiteral("stage"))).isEmpty());
+}
+
+void EvidenceTest::oneFileForEachConnection()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    const qint64 firstMs = station.clock.now();
+    openLink(station, receiver);
+    station.clock.set(firstMs + 7000); // the connection's start names the file
+    sendSound(station, receiver, 20);
+    openLink(station, receiver);
+    sendSound(station, receiver, 1);
+    const QDir folder(testHome().path(QStringLiteral("stage")));
+    QCOMPARE(folder.entryList(QDir::Files, QDir::Name),
+             QStringList({fileName(firstMs).mid(1), fileName(firstMs + 7000).mid(1)}));
+}
+
+void EvidenceTest::theFolderIsReadWhenTheOperatorConnects()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    const QTemporaryDir other;
+    qputenv("PELQ_KIWI_STAGE_CAPTURE_DIR", QFile::encodeName(other.path()));
+    openLink(station, receiver);
+    qputenv("PELQ_KIWI_STAGE_CAPTURE_DIR", "/nowhere");
+    sendSound(station, receiver, 20);
+    QCOMPARE(station.trace.count(QStringLiteral("Live SND evidence updated: ") + other.path() +
+                                 fileName(station.clock.now())),
+             2);
+}
+
+void EvidenceTest::aMissingFolderIsLoggedAndTriedAgain()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    QVERIFY(QDir(testHome().path(QStringLiteral("stage"))).removeRecursively());
+    openLink(station, receiver);
+    sendSound(station, receiver, 20);
+    const QString line =
+        QStringLiteral("Could not write live SND evidence: No such file or directory");
+    QCOMPARE(station.trace.count(line), 2);
+    QCOMPARE(station.trace.lines().filter(QStringLiteral("evidence")).size(), 2);
+    QVERIFY(QDir().mkpath(testHome().path(QStringLiteral("stage"))));
+    sendSound(station, receiver, 40);
+    QVERIFY(station.trace.contains(QStringLiteral("Live SND evidence updated: ")));
+    QVERIFY(summaryLine(*station.window).startsWith(QStringLiteral("Kiwi Connected")));
+}
+
+OUTPOST_WINDOW_TEST_MAIN(EvidenceTest)
+#include "evidence_test.moc"

@@ -1,0 +1,115 @@
+// Links that bring no verified sound, in the watchdog's real time.
+
+#include "tests/fixture/simulator.h"
+#include "tests/fixture/teststation.h"
+
+#include "kiwi/kiwicommands.h"
+
+#include <QtTest>
+
+namespace
+{
+QString tryingStatus(const QString &endpoint)
+{
+    return QStringLiteral("Connecting — trying %1").arg(endpoint);
+}
+
+QStringList givenUpLines(const QStringList &endpoints)
+{
+    QStringList lines;
+    for (const QString &endpoint : endpoints) {
+        lines.append(
+            QStringLiteral("No verified SND data at %1; trying next endpoint.").arg(endpoint));
+    }
+    return lines;
+}
+} // namespace
+
+class WatchdogTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void textAloneIsGivenUpAfter6000MsOnEveryEndpoint();
+    void linksThatNeverOpenAreGivenUpAfter5000Ms();
+    void theTimeForSoundBeginsWhenTheLinkIsOpen();
+};
+
+void WatchdogTest::textAloneIsGivenUpAfter6000MsOnEveryEndpoint()
+{
+    KiwiSim sim;
+    startSim(sim, {QStringLiteral("all=text-only")});
+    TestStation station;
+    inReceiverDialog(*station.window, [&](ReceiverHands hands) {
+        hands.enter(QStringLiteral("127.0.0.1"), sim.port(), QStringLiteral("14.074"));
+        hands.apply();
+        for (const QString &endpoint : kiwiSndEndpoints()) {
+            QTRY_VERIFY(station.trace.contains(
+                QStringLiteral("Kiwi WebSocket open: %1. Waiting").arg(endpoint)));
+            QElapsedTimer sinceOpen;
+            sinceOpen.start();
+            QTRY_VERIFY_WITH_TIMEOUT(
+                station.trace.contains(QStringLiteral("No verified SND data at ") + endpoint),
+                9000);
+            QVERIFY2(sinceOpen.elapsed() > 5600, qPrintable(QString::number(sinceOpen.elapsed())));
+        }
+        QTRY_COMPARE(hands.status(), QStringLiteral("Failed — no Kiwi SND endpoint produced data"));
+    });
+    QCOMPARE(station.trace.lines().filter(QStringLiteral("No verified")),
+             givenUpLines(kiwiSndEndpoints()));
+    QCOMPARE(station.trace.lines().last(),
+             QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
+    QCOMPARE(summaryLine(*station.window),
+             QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 0"));
+    QTRY_COMPARE(sim.liveClients(), 0);
+}
+
+void WatchdogTest::linksThatNeverOpenAreGivenUpAfter5000Ms()
+{
+    KiwiSim sim;
+    startSim(sim, {QStringLiteral("0=no-answer"), QStringLiteral("1=endless-headers"),
+                   QStringLiteral("2=http-404"), QStringLiteral("3=other-tags-only")});
+    TestStation station;
+    inReceiverDialog(*station.window, [&](ReceiverHands hands) {
+        hands.enter(QStringLiteral("127.0.0.1"), sim.port(), QStringLiteral("14.074"));
+        hands.apply();
+        for (const QString &endpoint : kiwiSndEndpoints().mid(0, 2)) {
+            QTRY_COMPARE(hands.status(), tryingStatus(endpoint));
+            QElapsedTimer sinceTrying;
+            sinceTrying.start();
+            QTRY_VERIFY_WITH_TIMEOUT(
+                station.trace.contains(QStringLiteral("No verified SND data at ") + endpoint),
+                8000);
+            QVERIFY2(sinceTrying.elapsed() > 4600,
+                     qPrintable(QString::number(sinceTrying.elapsed())));
+        }
+        QTRY_VERIFY(hands.status().contains(QStringLiteral("\nNo verified SND data yet.")));
+        QTRY_COMPARE_WITH_TIMEOUT(
+            hands.status(), QStringLiteral("Failed — no Kiwi SND endpoint produced data"), 9000);
+    });
+    QCOMPARE(station.trace.lines().filter(QStringLiteral("No verified")),
+             givenUpLines({QStringLiteral("/kiwi/0/SND"), QStringLiteral("/kiwi/1/SND"),
+                           QStringLiteral("/kiwi/3/SND")}));
+    QVERIFY(station.trace.contains(QStringLiteral("Kiwi WebSocket error at /kiwi/2/SND: ")));
+    QVERIFY(!station.trace.contains(QStringLiteral("VERIFIED")));
+}
+
+void WatchdogTest::theTimeForSoundBeginsWhenTheLinkIsOpen()
+{
+    TestStation station;
+    station.clock.run();
+    SimConfig config;
+    config.firstSoundDelayMs = 3000;
+    config.nowMs = station.clock.reader();
+    station.clock.set(MadeUpClock::boundaryMs() + 1000);
+    KiwiSim sim;
+    startSim(sim, {QStringLiteral("0=slow-open:4")}, config);
+    station.connectTo(sim.port());
+    QTRY_VERIFY_WITH_TIMEOUT(
+        station.trace.contains(QStringLiteral("REAL KIWI SND DATA VERIFIED at /kiwi/0/SND.")),
+        10000);
+    QVERIFY(!station.trace.contains(QStringLiteral("No verified")));
+}
+
+OUTPOST_WINDOW_TEST_MAIN(WatchdogTest)
+#include "watchdog_test.moc"
