@@ -33,13 +33,12 @@ class Period:
 
 class BridgeAndLogs(unittest.TestCase):
     def test_clients_windows_and_logs_agree_with_two_periods_of_a_receiver(self):
-        with Home() as home, Receiver(home) as receiver, Display() as display, \
+        with Home() as home, Receiver(home) as receiver, Display(home) as display, \
                 Station(home, display) as station, BridgeClient(station.bridge_port) as first:
             dialog = station.open_receiver_dialog()
             station.apply_and_connect(receiver.port, "20")
             station.wait_for_line("REAL KIWI SND DATA VERIFIED at /kiwi/0/SND.")
-            display.press("Escape")
-            display.wait_until_gone(dialog)
+            display.close(dialog)
 
             one = Period(receiver.heard_period(0))
             wait_for(lambda: one.has_reached(first), "first period at the bridge")
@@ -89,6 +88,7 @@ class BridgeAndLogs(unittest.TestCase):
             f"Latest-period decodes: {len(two.rows)}",
             f"Strongest / weakest SNR: {max(strengths)} / {min(strengths)} dB",
             "Local WSJT bridge: Listening — 2 client(s)"])
+        display.close(window)
 
     def check_bridge_status(self, station, display):
         window = station.open_view(2, "PELQ Kiwi Outpost Bridge Status")
@@ -97,6 +97,7 @@ class BridgeAndLogs(unittest.TestCase):
         self.assertEqual(
             text[0], f"Bridge: Listening on 127.0.0.1:{station.bridge_port} — 2 client(s)")
         self.assertRegex(text[1], r"^Last output: \d\d:\d\d:\d\d UTC — \d+ FT8 decodes sent$")
+        display.close(window)
 
     def check_status_log(self, home, port, one, two):
         log = home.read_json("receiver-status-log.json")

@@ -71,7 +71,7 @@ class DemoTest(unittest.TestCase):
         for path, stations in zip(cls.recordings, (EVENING, MORNING)):
             recording.write_band(path, stations, path.name)
         recording.write_silence(home.path / "silence.wav")
-        display = resources.enter_context(Display())
+        display = resources.enter_context(Display(home))
 
         def start(name, *options, **where):
             return resources.enter_context(Demo(home, name, *options, **where))

@@ -33,7 +33,7 @@ class Probing(unittest.TestCase):
     def test_fourth_endpoint_delivers_after_three_failed_in_different_ways(self):
         failures = [f"--endpoint={number}={fault}"
                     for number, fault in enumerate(["no-answer", "monitor", "http-404"])]
-        with Home() as home, Receiver(home, *failures) as receiver, Display() as display, \
+        with Home() as home, Receiver(home, *failures) as receiver, Display(home) as display, \
                 Station(home, display) as station, \
                 BridgeClient(station.bridge_port) as client:
             dialog = station.open_receiver_dialog()
@@ -47,8 +47,7 @@ class Probing(unittest.TestCase):
             station.wait_for_line("Good receiver recorded: ")
             self.check_good_receiver(home, receiver.port)
             display.screenshot(dialog, "receiver-dialog")
-            display.press("Escape")
-            display.wait_until_gone(dialog)
+            display.close(dialog)
             display.screenshot(display.window(r"PELQ Kiwi Outpost \(FT8 Decode Complete\)"),
                                "main-window-connected")
 

@@ -61,6 +61,7 @@ class Home:
             "XDG_DATA_HOME": self.path / "data",
             "XDG_CONFIG_HOME": self.path / "config",
             "XDG_CACHE_HOME": CACHE,
+            "XDG_RUNTIME_DIR": self.path,
             "PELQ_KIWI_STAGE_CAPTURE_DIR": self.path,
             "QT_FORCE_STDERR_LOGGING": "1",
             "TZ": "UTC",
@@ -138,7 +139,7 @@ class Receiver(Program):
 class Display:
     """A screen of its own with a window manager, a keyboard and a mouse."""
 
-    def __init__(self):
+    def __init__(self, home):
         number, self._number_end = os.pipe()
         self._server = subprocess.Popen(
             run_along(["Xvfb", "-displayfd", self._number_end, "-screen", "0", "1024x768x24",
@@ -147,7 +148,7 @@ class Display:
         os.close(self._number_end)
         with os.fdopen(number) as pipe:
             self.name = ":" + pipe.readline().strip()
-        self._environment = dict(os.environ, DISPLAY=self.name)
+        self._environment = home.environment(self.name)
         self._manager = subprocess.Popen(run_along(["openbox"]), env=self._environment,
                                          stderr=subprocess.DEVNULL)
 
@@ -174,7 +175,10 @@ class Display:
         self.run("xdotool", "windowactivate", "--sync", window)
         return window
 
-    def wait_until_gone(self, window):
+    def close(self, window):
+        """Closes a dialog by Escape."""
+        self.run("xdotool", "windowactivate", "--sync", window)
+        self.press("Escape")
         wait_for(lambda: "IsViewable" not in self.run("xwininfo", "-id", window), "closing")
 
     def press(self, *keys):
