@@ -5,6 +5,7 @@ import base64
 import json
 import os
 import re
+import shutil
 import socket
 import subprocess
 import tempfile
@@ -16,6 +17,7 @@ BUILD = Path(os.environ["OUTPOST_BUILD"])
 PROGRAMS = BUILD / "bin"
 # The synthetic band takes 10 s to make; all station tests share it.
 CACHE = BUILD / "cache"
+CAPTURE = BUILD / "capture"
 SCREENSHOTS = BUILD / "screenshots"
 
 
@@ -136,6 +138,13 @@ class Receiver(Program):
         return wait_for(find, f"period {number}", seconds)[0]
 
 
+def synthetic_band(home):
+    """The recordings of the simulator's band in order, made now when they are not in the cache."""
+    with Receiver(home):
+        folder = max(CACHE.glob("kiwi-sim/band-*"), key=lambda path: path.stat().st_mtime)
+    return sorted(folder.glob("period-*.wav"))
+
+
 class Display:
     """A screen of its own with a window manager, a keyboard and a mouse."""
 
@@ -197,9 +206,16 @@ class Display:
 
     def copied_text(self, window, x, y):
         """What a person gets who clicks there, selects all and copies."""
-        self.click(window, x, y)
-        self.press("ctrl+a", "ctrl+c")
-        return self.run(BUILD / "tests" / "station_clipboard")
+        def clipboard():
+            return self.run(BUILD / "tests" / "station_clipboard")
+
+        def copy():
+            self.click(window, x, y)
+            self.press("ctrl+a", "ctrl+c")
+            text = clipboard()
+            return text if text != before else None
+        before = clipboard()
+        return wait_for(copy, "copied text")
 
     def screenshot(self, window, name):
         """For a person to look at; taken as soon as the window has been painted."""
@@ -231,6 +247,15 @@ class Station(Program):
     def log(self):
         """The program's trace without the local time before each line."""
         return [line[9:] for line in list(self.lines) if re.match(r"\d\d:\d\d:\d\d ", line)]
+
+    def wait_until_decoded(self, hhmmss):
+        """Until the period's decoders, of which one has reported, have put away their files."""
+        wait_for(lambda: not list(CAPTURE.glob(f"WORKER_*_{hhmmss}_*")), "end of decoding", 50)
+
+    def kill(self):
+        super().kill()
+        for left in CAPTURE.glob("WORKER_*"):
+            shutil.rmtree(left, ignore_errors=True)  # a decoder may still write
 
     def open_view(self, entry, title):
         """Settings > View, then the entry counted from 0; the window that it opens."""
