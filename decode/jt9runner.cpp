@@ -23,15 +23,15 @@ QProcessEnvironment jt9Environment(const QString &jt9Folder, const QString &work
     return environment;
 }
 
-// Takes in the output while the decoder runs; false when it has not ended in time.
+// Takes in the output while the decoder runs; false when it has not ended in time. Waiting for
+// the end alone would gather all output first, and never time out while more of it keeps coming.
 bool readUntilFinished(QProcess &process, int finishMs, Jt9Output &output)
 {
     const QDeadlineTimer deadline(finishMs);
-    while (!deadline.hasExpired() &&
-           process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
+    while (process.state() != QProcess::NotRunning && !deadline.hasExpired()) {
+        process.waitForReadyRead(static_cast<int>(deadline.remainingTime()));
         output.add(process.readAllStandardOutput());
-    process.waitForFinished(static_cast<int>(deadline.remainingTime()));
-    output.add(process.readAllStandardOutput());
+    }
     return process.state() == QProcess::NotRunning;
 }
 } // namespace
@@ -97,6 +97,8 @@ QStringList Jt9Output::finish()
 
 void Jt9Output::takeLines(const QByteArray &wholeLines)
 {
+    if (!wholeLines.contains('~'))
+        return; // nothing in it is worth converting
     const QStringList parts =
         QString::fromLocal8Bit(wholeLines)
             .split(QRegularExpression(QStringLiteral("[\r\n]+")), Qt::SkipEmptyParts);

@@ -73,7 +73,7 @@ public:
         qint64 compressedFrames = 0; // ADPCM
         qint64 plainFrames = 0;      // 16-bit samples
         qint64 samples = 0;
-        qint64 sumOfSquares = 0; // exact: a full period's is below 2^48
+        qint64 sumOfSquares = 0; // exact: a full period is below 2^48
         int peak = 0;            // largest magnitude of a sample, 0..32768
     };
 
@@ -122,7 +122,7 @@ inline bool KiwiAudioCapture::appendSample(qint16 sample)
     qToLittleEndian(sample, periodSamples.data() + 2 * counters.samples);
     const int value = sample;
     counters.peak = qMax(counters.peak, qAbs(value));
-    counters.sumOfSquares += value * value;
+    counters.sumOfSquares += qint64{value} * value;
     if (++counters.samples < samplesPerPeriod)
         return false;
     closePeriod();

@@ -10,22 +10,26 @@
 #include "display/bridgeprotocol.h"
 
 // A client that does not read is dropped when this many bytes wait for it (days of decodes).
-static constexpr qint64 maxClientBacklogBytes = 4 * 1024 * 1024;
+static constexpr qint64 maxClientBacklogBytes = 4LL * 1024 * 1024;
 
 // What clients send is thrown away; this much of it may wait for that.
-static constexpr qint64 clientReadBufferBytes = 64 * 1024;
+static constexpr qint64 clientReadBufferBytes = 64LL * 1024;
 
 // Out of descriptors, the listener stops accepting for good unless it is told to go on.
 static constexpr int acceptPauseMs = 1000;
 
 static void resumeAfterAcceptErrors(QTcpServer *server)
 {
-    QObject::connect(server, &QTcpServer::acceptError, server, [server] {
+    auto *pause = new QTimer(server);
+    pause->setSingleShot(true);
+    pause->setInterval(acceptPauseMs);
+    QObject::connect(server, &QTcpServer::acceptError, pause, [server, pause] {
         logLine(QStringLiteral("WSJT bridge client not accepted: %1").arg(server->errorString()));
-        QTimer::singleShot(acceptPauseMs, server, [server] {
-            if (server->isListening())
-                server->resumeAccepting();
-        });
+        pause->start();
+    });
+    QObject::connect(pause, &QTimer::timeout, server, [server] {
+        if (server->isListening())
+            server->resumeAccepting();
     });
 }
 
@@ -101,10 +105,11 @@ void MainWindow::welcomeBridgeClient(QTcpSocket *socket)
     connect(socket, &QTcpSocket::disconnected, this,
             [this, socket] { onBridgeClientGone(socket); });
     connect(socket, &QTcpSocket::readyRead, this, [socket] { socket->readAll(); });
+    const QString peer = QStringLiteral("%1:%2").arg(socket->peerAddress().toString(),
+                                                     QString::number(socket->peerPort()));
     socket->write(bridgeReadyLine());
-    socket->flush();
-    logLine(QStringLiteral("WSJT bridge client connected: %1:%2")
-                .arg(socket->peerAddress().toString(), QString::number(socket->peerPort())));
+    socket->flush(); // may find the client gone, and its address with it
+    logLine(QStringLiteral("WSJT bridge client connected: %1").arg(peer));
 }
 
 void MainWindow::onBridgeClientGone(QTcpSocket *socket)

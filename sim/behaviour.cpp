@@ -284,9 +284,9 @@ QString behaviourHelp()
     QString help;
     for (const BehaviourInfo &info : behaviourTable()) {
         QString line =
-            QStringLiteral("  %1 %2").arg(nameWithParameter(info), -22).arg(plain(info.help));
+            QStringLiteral("  %1 %2").arg(nameWithParameter(info), -27).arg(plain(info.help));
         if (info.parameter)
-            line += QStringLiteral(" (%1)").arg(info.behaviour.parameter);
+            line += QStringLiteral(" (%1)").arg(info.behaviour.parameter, 0, 'g', 8);
         help += line + QLatin1Char('\n');
     }
     return help;

@@ -20,6 +20,8 @@ constexpr int kLargestMessageBytes = 64 * 1024;
 constexpr int kFramesPerTick = 400;
 // A listener that does not read gets no more sound than this ahead of it.
 constexpr int kWriteQueueBytes = 4 << 20;
+// One that does not read and makes the receiver answer all the same is dropped here.
+constexpr int kLargestWriteQueueBytes = 16 << 20;
 constexpr int kKeepaliveLimitMs = 60000;
 constexpr int kChannels = 8;
 // Sound that would begin this late is planned anew; filler this close to the boundary is not sent.
@@ -76,6 +78,15 @@ void Listener::gone()
 void Listener::note(const QString &kind, const QString &text)
 {
     m_room->report({nowMs(), m_client, m_path, kind, text});
+}
+
+void Listener::sendRaw(const QByteArray &bytes)
+{
+    if (m_phase == Phase::Ended)
+        return;
+    if (m_socket->bytesToWrite() > kLargestWriteQueueBytes)
+        return end();
+    m_socket->write(bytes);
 }
 
 void Listener::readSocket()
@@ -177,7 +188,7 @@ void Listener::takeMessage(const QString &text)
         note(QStringLiteral("sent"), QStringLiteral("close: keepalives without commands"));
         return m_socket->disconnectFromHost();
     }
-    if (m_commands.complete() && !m_sound && !neverSounds())
+    if (m_phase == Phase::Waiting && m_commands.complete() && !neverSounds())
         planSoundFrom(nowMs() + m_room->config.firstSoundDelayMs);
 }
 

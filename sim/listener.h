@@ -33,12 +33,12 @@ public:
 
 private:
     enum class Phase {
-        Request,  // nothing answered yet
-        Opening,  // the answer to the request is held back
-        Open,     // no message from the client yet
-        Waiting,  // for commands; some behaviours never leave this
-        Sounding, //
-        Flooding, //
+        Request, // nothing answered yet
+        Opening, // the answer to the request is held back
+        Open,    // no message from the client yet
+        Waiting, // for commands; some behaviours never leave this
+        Sounding,
+        Flooding, // with what never ends, or 16 MiB
         Silent,   // nothing is sent any more, the link stays
         Ended,
     };
@@ -75,7 +75,7 @@ private:
     QByteArray randomFrame();
 
     void note(const QString &kind, const QString &text);
-    void sendRaw(const QByteArray &bytes) { m_socket->write(bytes); }
+    void sendRaw(const QByteArray &bytes);
     void sendBinary(const QByteArray &message) { sendRaw(wsFrame(Binary, message)); }
     bool is(Fault fault) const { return m_behaviour.fault == fault; }
     qint64 faultMs() const { return qRound64(m_behaviour.parameter * 1000); }

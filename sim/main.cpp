@@ -1,7 +1,11 @@
 #include "sim/kiwisim.h"
+#include "sim/simwav.h"
+#include "sim/syntheticband.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
 #include <cstdio>
 
 namespace
@@ -35,6 +39,11 @@ void describe(QCommandLineParser *parser)
         option("log", "Append what happens to this file.", "file"),
         option("lead", "So many whole periods of noise before the first WAV.", "N", "0"),
         option("cache", "Folder in which the synthetic band is kept.", "folder"),
+        option("save",
+               "Save every period as its listener hears it after the codec, as "
+               "<UTC start>-client-<number>.wav.",
+               "folder"),
+        option("plan", "Print the stations of the synthetic band and end."),
     });
     parser->addHelpOption();
     parser->addPositionalArgument(QStringLiteral("WAV"), QStringLiteral("Periods to play."),
@@ -93,6 +102,29 @@ void say(std::FILE *stream, const QString &text)
     std::fflush(stream);
 }
 
+void printPlan()
+{
+    say(stdout, QStringLiteral("period Hz dB DT message"));
+    for (int period = 0; period < sim::kBandPeriods; ++period)
+        for (const sim::PlannedStation &station : sim::plannedStations(period))
+            say(stdout, QStringLiteral("%1 %2 %3 %4 %5")
+                            .arg(period)
+                            .arg(station.audioHz)
+                            .arg(station.snrDb)
+                            .arg(station.offsetSec)
+                            .arg(station.message));
+}
+
+void savePeriod(const QDir &folder, const SentPeriod &period)
+{
+    const QString start = QDateTime::fromMSecsSinceEpoch(period.startMs, Qt::UTC)
+                              .toString(QStringLiteral("yyyyMMdd_HHmmss"));
+    const QString name = QStringLiteral("%1-client-%2.wav").arg(start).arg(period.client);
+    QString error;
+    if (!sim::writePeriodWav(folder.filePath(name), period.samples, &error))
+        say(stderr, QStringLiteral("kiwi-sim: ") + error);
+}
+
 int fail(ExitStatus status, const QString &error)
 {
     say(stderr, QStringLiteral("kiwi-sim: ") + error);
@@ -112,11 +144,20 @@ int main(int argc, char **argv)
         say(stdout, parser.helpText());
         return 0;
     }
+    if (parser.isSet(QStringLiteral("plan"))) {
+        printPlan();
+        return 0;
+    }
     SimConfig config;
     QString error;
     if (!readOptions(parser, &config, &error))
         return fail(Usage, error);
     config.progress = [](const QString &text) { say(stderr, text); };
+    if (parser.isSet(QStringLiteral("save"))) {
+        const QDir folder(parser.value(QStringLiteral("save")));
+        folder.mkpath(QStringLiteral("."));
+        config.onPeriod = [folder](const SentPeriod &period) { savePeriod(folder, period); };
+    }
     KiwiSim receiver;
     if (!receiver.listen(config, &error))
         return fail(CannotListen, error);

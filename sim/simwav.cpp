@@ -101,10 +101,10 @@ bool writePeriodWav(const QString &path, const Samples &samples, QString *error)
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return refuse(path, file.errorString(), error);
-    file.write(wavHeader(samples.size() * 2));
-    file.write(toLittleEndian(samples));
-    // On a full disk commit() alone would put an empty file in place.
-    if (!file.flush() || file.error() != QFileDevice::NoError)
+    const QByteArray bytes = wavHeader(samples.size() * 2) + toLittleEndian(samples);
+    // On a disk that fills up a write may be short with no error, and commit() alone would then put
+    // the short file in place.
+    if (file.write(bytes) != bytes.size() || !file.flush() || file.error() != QFileDevice::NoError)
         file.cancelWriting();
     return file.commit() || refuse(path, file.errorString(), error);
 }

@@ -15,7 +15,7 @@ HttpRequest parseRequest(const QByteArray &buffer)
         return request;
     }
     request.consumed = end + 4;
-    const QByteArray head = buffer.left(end);
+    const QByteArray head = buffer.left(end + 2);
     const int firstLineEnd = head.indexOf("\r\n");
     const QList<QByteArray> words = head.left(firstLineEnd).split(' ');
     if (words.size() != 3 || !words.at(2).startsWith("HTTP/")) {
@@ -24,7 +24,7 @@ HttpRequest parseRequest(const QByteArray &buffer)
     }
     request.method = words.at(0);
     request.path = words.at(1);
-    for (const QByteArray &line : head.mid(firstLineEnd < 0 ? end : firstLineEnd).split('\n')) {
+    for (const QByteArray &line : head.mid(firstLineEnd).split('\n')) {
         const int colon = line.indexOf(':');
         if (colon > 0)
             request.headers.insert(line.left(colon).trimmed().toLower(),

@@ -257,7 +257,7 @@ private slots:
 private:
     QString makeFile(const QString &name) const
     {
-        const QString path = root->filePath(name);
+        QString path = root->filePath(name);
         QDir().mkpath(QFileInfo(path).absolutePath());
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly))

@@ -15,6 +15,12 @@ namespace
 const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
 const QString wav = QStringLiteral("/some folder/pelq_ft8_slot.wav");
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr int mostGrowthKb = 400000; // the sanitizer keeps freed memory on purpose
+#else
+constexpr int mostGrowthKb = 30000;
+#endif
+
 // A value of this process's memory in kB, as /proc/self/status names it.
 int memoryKb(const QByteArray &name)
 {
@@ -329,9 +335,7 @@ private slots:
         const int before = memoryKb("VmRSS");
         const QStringList lines = run({5000, finishMs, 5000});
         QVERIFY(lines.size() >= leastLines);
-#ifndef __SANITIZE_ADDRESS__ // which keeps freed memory on purpose
-        QVERIFY2(memoryKb("VmHWM") - before < 30000, qPrintable(QString::number(before)));
-#endif
+        QVERIFY(memoryKb("VmHWM") - before < mostGrowthKb);
     }
 
     void theInstalledDecoderFindsASignal()

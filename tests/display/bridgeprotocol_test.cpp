@@ -96,6 +96,10 @@ void BridgeProtocolTest::fieldsCarryTheDecodersOwnText_data()
     row("a DT without decimals", "101530 3 -1 1234 ~ CQ", "101530|3|-1|1234|CQ");
     row("blanks collapse", "  101530\t-12  0.3 1234  ~   CQ  K1ABC \t FN42 \r\n",
         "101530|-12|0.3|1234|CQ K1ABC FN42");
+    row("blanks beyond ASCII go from the ends",
+        "\xA0"
+        "101530 -12 0.3 1234 ~ CQ\xA0",
+        "101530|-12|0.3|1234|CQ");
     row("a mark in the message stays", "101530 -12 0.3 1234 ~ A ~ B", "101530|-12|0.3|1234|A ~ B");
     row("letter case stays", "101530 -12 0.3 1234 ~ cq k1abc", "101530|-12|0.3|1234|cq k1abc");
 }

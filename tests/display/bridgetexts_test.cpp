@@ -16,6 +16,7 @@ class BridgeTextsTest : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void aStoppedBridgeShowsItsLastError_data();
     void aStoppedBridgeShowsItsLastError();
     void aListeningBridgeShowsPortClientsAndLastOutput();
@@ -24,6 +25,12 @@ private slots:
     void theAttachmentBox();
     void theSummaryLine();
 };
+
+void BridgeTextsTest::initTestCase()
+{
+    qputenv("TZ", "Asia/Kolkata"); // local time must show nowhere
+    QVERIFY(QDateTime::currentDateTime().offsetFromUtc() != 0);
+}
 
 void BridgeTextsTest::aStoppedBridgeShowsItsLastError_data()
 {

@@ -97,6 +97,7 @@ void DecodeRowTest::keepsTheThreePeriodsThatAppearedLast_data()
     QTest::newRow("a label that comes again keeps its first place")
         << words("A,B,C,A,D") << words("B,C,D");
     QTest::newRow("empty labels are no period") << words(",A, ,B,C,,D") << words("B,C,D");
+    QTest::newRow("empty labels push no period out") << words("A,B,,C, ") << words("A,B,C");
     QTest::newRow("labels are trimmed") << words(" A,A ,B") << words("A,B");
     QTest::newRow("letter case matters") << words("a,A,b") << words("a,A,b");
 }

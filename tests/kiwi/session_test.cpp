@@ -337,7 +337,9 @@ void SessionTest::refusedOnEveryEndpointFails()
     });
     QStringList expected{requestLine(sim.port(), QStringLiteral("14.074000"))};
     for (const QString &endpoint : kiwiSndEndpoints()) {
-        expected.append(tryingLine(sim.port(), endpoint)); // the toolkit tells of the end first
+        expected.append(tryingLine(sim.port(), endpoint));
+        expected.append(
+            QStringLiteral("Kiwi WebSocket error at %1: Connection refused").arg(endpoint));
     }
     expected.append(QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
     QCOMPARE(inLines(station.trace.lines()), inLines(expected));

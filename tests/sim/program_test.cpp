@@ -1,0 +1,112 @@
+#include "sim/behaviour.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QWebSocket>
+#include <QtTest>
+
+// The program itself: options, exit states, what it prints.
+class ProgramTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_folder;
+
+    static QString text(const char *latin1) { return QString::fromLatin1(latin1); }
+
+    static void run(QProcess *program, const QStringList &arguments)
+    {
+        program->start(text(KIWI_SIM), arguments);
+        QVERIFY(program->waitForFinished());
+        QCOMPARE(program->exitStatus(), QProcess::NormalExit);
+    }
+
+private slots:
+    void helpListsEveryBehaviour()
+    {
+        QProcess program;
+        run(&program, {text("--help")});
+        QCOMPARE(program.exitCode(), 0);
+        const QString help = QString::fromLocal8Bit(program.readAllStandardOutput());
+        QVERIFY(help.contains(sim::behaviourHelp()));
+        for (const char *option : {"--host", "--port", "--speed", "--rate", "--raw", "--endpoint",
+                                   "--log", "--lead", "--cache"})
+            QVERIFY2(help.contains(text(option)), option);
+    }
+
+    void wrongUse_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("error");
+        const auto row = [](const char *name, const QStringList &arguments, const char *error) {
+            QTest::newRow(name) << arguments << text("kiwi-sim: ") + text(error);
+        };
+        row("behaviour", {text("--endpoint"), text("0=nonsense")},
+            "unknown behaviour \"nonsense\"");
+        row("endpoint", {text("--endpoint"), text("9=stream")},
+            "endpoint \"9\" is neither 0, 1, 2, 3 nor all");
+        row("port", {text("--port"), text("65536")}, "--port: \"65536\" is not one of 0..65535");
+        row("speed", {text("--speed"), text("fast")}, "--speed: \"fast\" is not a number");
+        row("option", {text("--nonsense")}, "Unknown option 'nonsense'.");
+    }
+
+    void wrongUse()
+    {
+        QFETCH(QStringList, arguments);
+        QProcess program;
+        run(&program, arguments);
+        QCOMPARE(program.exitCode(), 2);
+        QTEST(QString::fromLocal8Bit(program.readAllStandardError()).trimmed(), "error");
+    }
+
+    void badWavIsReported()
+    {
+        QProcess program;
+        run(&program, {text("--port"), text("0"), text("/nowhere/a.wav")});
+        QCOMPARE(program.exitCode(), 1);
+        QVERIFY(program.readAllStandardError().startsWith("kiwi-sim: /nowhere/a.wav: "));
+    }
+
+    void missingGeneratorIsReported()
+    {
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(text("PATH"), m_folder.path());
+        program.setProcessEnvironment(environment);
+        run(&program, {text("--port"), text("0"), text("--cache"), m_folder.path()});
+        QCOMPARE(program.exitCode(), 1);
+        QVERIFY(program.readAllStandardError().contains("kiwi-sim: ft8sim, which makes"));
+    }
+
+    void saysOnWhichPortItListensAndKeepsALog()
+    {
+        QProcess program;
+        const QString log = m_folder.filePath(text("log"));
+        program.start(text(KIWI_SIM),
+                      {text("--port"), text("0"), text("--endpoint"), text("all=open-silent"),
+                       text("--log"), log, text("--cache"), text(BAND_CACHE)});
+        QTRY_VERIFY_WITH_TIMEOUT(program.canReadLine(), 120000); // makes the band the first time
+        const QByteArray line = program.readLine();
+        const QByteArray begin = "listening on 127.0.0.1 port ";
+        QVERIFY(line.startsWith(begin));
+        const int port = line.mid(begin.size()).trimmed().toInt();
+        QVERIFY(port > 0);
+        QWebSocket socket;
+        socket.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/kiwi/3/SND").arg(port)));
+        QTRY_COMPARE(socket.state(), QAbstractSocket::ConnectedState);
+        socket.sendTextMessage(text("SET keepalive"));
+        const auto logged = [&log] {
+            QFile file(log);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        QTRY_VERIFY(logged().contains(" client 1 /kiwi/3/SND command SET keepalive\n"));
+        QVERIFY(logged().contains(" client 1 - connect "));
+        program.terminate();
+        QVERIFY(program.waitForFinished());
+    }
+};
+
+QTEST_GUILESS_MAIN(ProgramTest)
+#include "program_test.moc"
