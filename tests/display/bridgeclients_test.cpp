@@ -280,6 +280,14 @@ void BridgeClientsTest::clientsComeInAfterAShortageFromTheStart()
     QTRY_COMPARE(atTheStation().size(), 1);
     QTRY_COMPARE(waiting.bytesAvailable(), 18);
     QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
+    // From now on it is an ordinary listener again, which neither complains nor waits.
+    QElapsedTimer sinceShortage;
+    sinceShortage.start();
+    for (int i = 0; i < 5; ++i) {
+        const BridgeClient another(station->bridgePort);
+        QVERIFY(another.waitForGreeting());
+    }
+    QVERIFY(sinceShortage.elapsed() < 2000);
     QCOMPARE(trace->lines().filter(QStringLiteral("not accepted")).size(), 1);
 }
 
