@@ -40,12 +40,15 @@ class BridgeAndLogs(unittest.TestCase):
 
             wait_for(first.decodes, "first period at the bridge", 60)
             station.wait_until_decoded(first.decodes()[0][0])
+            one = Period(receiver.heard_period(0))
+            wait_for(lambda: one.has_reached(first), "whole first period")
             with BridgeClient(station.bridge_port) as second:
                 wait_for(second.decodes, "second period at the bridge", 60)
                 station.wait_until_decoded(second.decodes()[0][0])
                 # Only noise follows, so that nothing changes any more.
-                one, two = (Period(receiver.heard_period(number)) for number in (0, 1))
+                two = Period(receiver.heard_period(1))
                 wait_for(lambda: two.has_reached(first), "whole second period")
+                wait_for(lambda: two.has_reached(second), "whole second period, second client")
                 self.check_station_display(station, display, receiver.port, one, two)
                 self.check_bridge_status(station, display)
                 receiver.kill()
