@@ -82,6 +82,7 @@ void BridgeStatusTest::itIsASmallWindowOfTheStation()
     QCOMPARE(layout->sizeConstraint(), QLayout::SetFixedSize);
     auto *label = qobject_cast<QLabel *>(layout->itemAt(0)->widget());
     QVERIFY(label && label->textInteractionFlags().testFlag(Qt::TextSelectableByMouse));
+    QCOMPARE(label->textFormat(), Qt::PlainText);
     auto *box = qobject_cast<QDialogButtonBox *>(layout->itemAt(1)->widget());
     QVERIFY(box);
     QCOMPARE(box->standardButtons(), QDialogButtonBox::Close);
@@ -92,12 +93,14 @@ void BridgeStatusTest::theEntryShowsTheSameWindowAgain()
 {
     (*station)->stopBridge(); // without telling the window
     QCOMPARE(text(), listening(0) + QStringLiteral("Last output: None"));
-    dialog->hide();
     (*station)->activateWindow();
+    QTRY_VERIFY(!dialog->isActiveWindow());
+    show();
+    QTRY_VERIFY(dialog->isActiveWindow());
+    dialog->hide();
     show();
     QCOMPARE((*station)->findChildren<QDialog *>(), QList<QDialog *>{dialog.data()});
     QCOMPARE(text(), QStringLiteral("Bridge: Stopped\nLast error: None"));
-    QTRY_VERIFY(dialog->isActiveWindow());
 }
 
 void BridgeStatusTest::itClosesByEscapeEnterAndButton()

@@ -37,6 +37,10 @@ static Seen edit(const MainWindow &window, QStringList typedTexts)
         QWidget *shown = QApplication::activeModalWidget();
         if (const auto *box = qobject_cast<QMessageBox *>(shown)) {
             seen << box->windowTitle() + QStringLiteral(": ") + box->text();
+            if (box->icon() != QMessageBox::Warning || box->standardButtons() != QMessageBox::Ok)
+                seen << QStringLiteral("not an ordinary warning");
+            if (box->textFormat() != Qt::PlainText && Qt::mightBeRichText(box->text()))
+                seen << QStringLiteral("shown as markup");
             QTest::keyClick(shown, Qt::Key_Return);
         } else if (shown != nullptr && shown->focusWidget() != nullptr) {
             auto *editor = shown->findChild<QPlainTextEdit *>();
@@ -254,7 +258,7 @@ void HighlightTest::anInvalidEntryIsRefusedAndTheTextComesBack_data()
     row("sixteen characters", "ABCDEFGHIJKLMNOP", "ABCDEFGHIJKLMNOP");
     row("another character", " k1abc- ", "K1ABC-");
     row("not ASCII", "ük1abc", "ÜK1ABC");
-    row("markup is shown as typed", "<b>k1abc</b>", "<B>K1ABC</B>");
+    row("markup is shown as typed", "<br>", "<BR>");
     row("a placeholder is shown as typed", "%1", "%1");
 }
 
