@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
+#include "app/termination.h"
 
 #include <QApplication>
 
@@ -12,6 +13,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
     QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
 
+    quitOnTermination();
     MainWindow window;
     window.show();
     return QApplication::exec();

@@ -79,7 +79,7 @@ QFont summaryFont(QFont font, int widthToFit)
     font.setWeight(QFont::Normal);
     font.setPointSizeF(points);
     while (points > smallestPoints && QFontMetrics(font).horizontalAdvance(longest) > widthToFit) {
-        points -= 0.25;
+        points = qMax(smallestPoints, points - 0.25);
         font.setPointSizeF(points);
     }
     return font;

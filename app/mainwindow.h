@@ -195,7 +195,8 @@ private:
     QStringList sndEndpoints;
     int endpointIndex = 0; // of the next endpoint to try
     bool probeQueued = false;
-    QString evidencePath; // of this connection's report
+    bool socketErrorLogged = false; // of the live socket
+    QString evidencePath;           // of this connection's report
 
     // Decode
     std::unique_ptr<KiwiAudioCapture> capture;

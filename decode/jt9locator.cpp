@@ -128,11 +128,14 @@ QString findInstalledJt9(const Jt9Places &places)
 {
     QStringList paths = places.candidates;
     for (const QString &root : places.roots) {
-        if (QFileInfo(root).isDir())
+        if (QDir::isAbsolutePath(root) && QFileInfo(root).isDir())
             paths += newestFirstUnder(root);
     }
     const QStringList candidates = distinctPaths(paths + places.lastCandidates);
-    const auto found = std::find_if(candidates.begin(), candidates.end(), isInstalledJt9);
+    // Off Windows "C:/..." would be a path below whatever folder the program was started in.
+    const auto found = std::find_if(candidates.begin(), candidates.end(), [](const QString &path) {
+        return QDir::isAbsolutePath(path) && isInstalledJt9(path);
+    });
     return found == candidates.end() ? QString() : *found;
 }
 

@@ -7,6 +7,8 @@
 
 #include <utility>
 
+#include "app/logline.h"
+#include "app/timetext.h"
 #include "decode/decodeband.h"
 #include "decode/ft8decode.h"
 #include "decode/slotwav.h"
@@ -18,6 +20,10 @@ namespace
 {
 constexpr int workersPerPeriod = 4;
 
+// Periods that may wait for decoders slower than the air: ten minutes, 14 MB. Beyond, a period is
+// passed over, or a decoder that always overruns would take all memory in the end.
+constexpr int mostPendingPeriods = 40;
+
 QByteArray emptyPeriod()
 {
     return QByteArray(KiwiAudioCapture::bytesPerPeriod, Qt::Uninitialized);
@@ -25,7 +31,7 @@ QByteArray emptyPeriod()
 
 QString periodLabel(qint64 startMs)
 {
-    return QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC).toString(QStringLiteral("HH:mm:ss"));
+    return timeText(QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC), QStringLiteral("HH:mm:ss"));
 }
 } // namespace
 
@@ -159,6 +165,9 @@ void KiwiAudioCapture::closePeriod()
     counters = {};
     started = true;
     armed = true;
+    if (pendingPeriods.size() >= mostPendingPeriods)
+        return logLine(QStringLiteral("The decoder is too slow: the period of %1 is passed over.")
+                           .arg(periodLabel(closedStartMs)));
     queueDecodeSlices(closedStartMs, samples);
 }
 

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QThread>
 
+#include "app/timetext.h"
 #include "decode/jt9runner.h"
 
 namespace
@@ -50,7 +51,7 @@ QString workerFolderName(const SlotJob &job)
 {
     const QDateTime start = QDateTime::fromMSecsSinceEpoch(job.periodStartMs, Qt::UTC);
     return QStringLiteral("WORKER_%1_S%2_%3_%4")
-        .arg(start.toString(QStringLiteral("yyyyMMdd_HHmmss")))
+        .arg(timeText(start, QStringLiteral("yyyyMMdd_HHmmss")))
         .arg(job.worker + 1)
         .arg(job.band.lowHz)
         .arg(job.band.highHz);

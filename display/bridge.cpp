@@ -105,10 +105,11 @@ void MainWindow::welcomeBridgeClient(QTcpSocket *socket)
     connect(socket, &QTcpSocket::disconnected, this,
             [this, socket] { onBridgeClientGone(socket); });
     connect(socket, &QTcpSocket::readyRead, this, [socket] { socket->readAll(); });
+    const QString peer = QStringLiteral("%1:%2").arg(socket->peerAddress().toString(),
+                                                     QString::number(socket->peerPort()));
     socket->write(bridgeReadyLine());
-    socket->flush();
-    logLine(QStringLiteral("WSJT bridge client connected: %1:%2")
-                .arg(socket->peerAddress().toString(), QString::number(socket->peerPort())));
+    socket->flush(); // may find the client gone, and its address with it
+    logLine(QStringLiteral("WSJT bridge client connected: %1").arg(peer));
 }
 
 void MainWindow::onBridgeClientGone(QTcpSocket *socket)

@@ -2,13 +2,15 @@
 
 #include <QDateTime>
 
+#include "app/timetext.h"
+
 static QString lastOutputText(const BridgeState &bridge)
 {
     if (bridge.lastOutputMs < 1)
         return QStringLiteral("Last output: None");
     return QStringLiteral("Last output: %1 — %2 FT8 decodes sent")
-        .arg(QDateTime::fromMSecsSinceEpoch(bridge.lastOutputMs, Qt::UTC)
-                 .toString(QStringLiteral("HH:mm:ss 'UTC'")))
+        .arg(timeText(QDateTime::fromMSecsSinceEpoch(bridge.lastOutputMs, Qt::UTC),
+                      QStringLiteral("HH:mm:ss 'UTC'")))
         .arg(bridge.lastOutputCount);
 }
 

@@ -30,6 +30,12 @@ QString kiwiKeepalive()
     return QStringLiteral("SET keepalive");
 }
 
+bool keepaliveIsDue(qint64 lastMs, qint64 nowMs)
+{
+    constexpr qint64 intervalMs = 5000;
+    return nowMs - lastMs >= intervalMs || nowMs < lastMs;
+}
+
 QString shortenedText(const QString &message)
 {
     constexpr int shownCharacters = 180;

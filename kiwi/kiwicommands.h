@@ -17,7 +17,10 @@ QStringList kiwiCommands(double frequencyMhz);
 
 // The receiver ends a stream that has not heard exactly this for a minute.
 QString kiwiKeepalive();
-constexpr int keepaliveIntervalMs = 5000;
+
+// Whether it is time for the next one: 5000 ms after the last, or when the computer's clock was
+// set back since. Times are UTC, ms since the epoch.
+bool keepaliveIsDue(qint64 lastMs, qint64 nowMs);
 
 // A text message for the log: at most its first 180 characters, then "...".
 QString shortenedText(const QString &message);

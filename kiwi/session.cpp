@@ -21,7 +21,8 @@ constexpr int dataTimeoutMs = 6000;
 
 // A receiver's configuration message can exceed 64 kB; nothing real comes near this.
 constexpr quint64 maxMessageBytes = quint64{4} * 1024 * 1024;
-constexpr qint64 readBufferBytes = qint64{1024} * 1024;
+// The toolkit takes a frame out of its buffer only when it is whole.
+constexpr qint64 readBufferBytes = maxMessageBytes + qint64{64} * 1024;
 // Answers to pings pile up here when a peer asks without reading; commands are far smaller.
 constexpr qint64 maxUnsentBytes = qint64{256} * 1024;
 
@@ -100,13 +101,16 @@ void MainWindow::probeNextEndpoint()
     endpointIndex += 1;
 
     const QUrl url(kiwiUrl(profile.kiwiHost, profile.kiwiPort, link.currentEndpoint));
-    kiwiSocket = new QWebSocket(QString(), QWebSocketProtocol::Version13, this);
-    watchSocket(kiwiSocket);
+    // Opening may fail at once: the handlers have then dropped the socket before open() returns.
+    auto *socket = new QWebSocket(QString(), QWebSocketProtocol::Version13, this);
+    kiwiSocket = socket;
+    socketErrorLogged = false;
+    watchSocket(socket);
     logLine(QStringLiteral("Kiwi WebSocket probe trying: %1").arg(url.toString()));
     setKiwiStatus(QStringLiteral("Connecting — trying %1").arg(link.currentEndpoint));
     probeTimer->start(openTimeoutMs);
-    kiwiSocket->open(url);
-    boundPongQueue(kiwiSocket);
+    socket->open(url);
+    boundPongQueue(socket);
 }
 
 void MainWindow::watchSocket(QWebSocket *socket)
@@ -182,6 +186,7 @@ void MainWindow::onSocketError(QWebSocket *socket)
     if (socket != kiwiSocket) {
         return;
     }
+    socketErrorLogged = true;
     logLine(QStringLiteral("Kiwi WebSocket error at %1: %2")
                 .arg(link.currentEndpoint, socket->errorString()));
 }
@@ -193,6 +198,10 @@ void MainWindow::onSocketDisconnected(QWebSocket *socket)
         return;
     }
     probeTimer->stop();
+    // Of a connection that never came to be the toolkit tells the end before the reason.
+    if (socket->error() != QAbstractSocket::UnknownSocketError && !socketErrorLogged) {
+        onSocketError(socket);
+    }
     dropSocket(socket);
     if (!link.probing) {
         return;

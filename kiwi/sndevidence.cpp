@@ -1,5 +1,6 @@
 #include "kiwi/sndevidence.h"
 
+#include "app/timetext.h"
 #include "store/frequency.h"
 
 #include <QCryptographicHash>
@@ -14,10 +15,15 @@ QString row(QLatin1String label, const QString &value)
 }
 } // namespace
 
+bool evidenceIsDue(quint64 sndFrames)
+{
+    return sndFrames == 1 || sndFrames % 20 == 0;
+}
+
 QString evidenceFilePath(const QString &folder, const QDateTime &startLocal)
 {
     return folder + QStringLiteral("/PELQ_KIWI_STAGE17C_LIVE_SND_EVIDENCE_%1.txt")
-                        .arg(startLocal.toString(QStringLiteral("yyyyMMdd_HHmmss")));
+                        .arg(timeText(startLocal, QStringLiteral("yyyyMMdd_HHmmss")));
 }
 
 QString evidenceText(const SndEvidence &evidence)
@@ -26,7 +32,7 @@ QString evidenceText(const SndEvidence &evidence)
     QString text = QStringLiteral("PELQ KIWI STAGE17C LIVE SND EVIDENCE\n\n"
                                   "RESULT: LIVE SND VERIFIED\n\n");
     text += QStringLiteral("Captured local: ") +
-            evidence.capturedLocal.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
+            timeText(evidence.capturedLocal, QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
             QStringLiteral("\n\n");
     text += row(QLatin1String("Host:"), evidence.host);
     text += row(QLatin1String("Port:"), QString::number(evidence.port));

@@ -16,6 +16,9 @@ struct SndEvidence {
     QString programSha256; // 64 upper-case hexadecimal digits, or "UNAVAILABLE"
 };
 
+// Whether the report is rewritten on this "SND" frame: on the first and on every twentieth.
+bool evidenceIsDue(quint64 sndFrames);
+
 // The file of the connection that starts at `startLocal`. The folder goes in as it stands: an
 // empty one gives a path at the root of the current drive, and that is meant so.
 QString evidenceFilePath(const QString &folder, const QDateTime &startLocal);

@@ -11,6 +11,11 @@ bool isAdpcmFrame(const QByteArray &frame)
     return frame.size() > 3 && (frame.at(3) & adpcmFlag) != 0;
 }
 
+bool frameIsLogged(quint64 frameNumber)
+{
+    return frameNumber <= 10 || frameNumber % 50 == 0;
+}
+
 QString frameHead(const QByteArray &frame)
 {
     const QByteArray head = frame.left(8);

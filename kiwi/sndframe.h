@@ -17,5 +17,8 @@ bool isSndFrame(const QByteArray &frame);
 // Whether the flags say ADPCM; false for a frame too short to have flags.
 bool isAdpcmFrame(const QByteArray &frame);
 
+// Whether the log names this frame: the first ten of a connection, then every fiftieth.
+bool frameIsLogged(quint64 frameNumber);
+
 // The frame's first 8 bytes for the log: Latin-1 up to the first zero byte, HTML-escaped.
 QString frameHead(const QByteArray &frame);

@@ -4,6 +4,7 @@
 #include "app/mainwindow.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
+#include "kiwi/sndevidence.h"
 #include "kiwi/sndframe.h"
 
 #include <QTimer>
@@ -22,7 +23,7 @@ void MainWindow::onBinaryFrame(QWebSocket *socket, const QByteArray &frame)
     } else {
         link.otherBinaryFrames += 1;
     }
-    if (link.rxFrames <= 10 || link.rxFrames % 50 == 0) {
+    if (frameIsLogged(link.rxFrames)) {
         logLine(QStringLiteral("RX binary frame %1: size=%2, ascii=%3")
                     .arg(QString::number(link.rxFrames), QString::number(frame.size()),
                          frameHead(frame)));
@@ -43,7 +44,7 @@ void MainWindow::takeSoundFrame(QWebSocket *socket, const QByteArray &frame)
         probeTimer->stop();
         logLine(QStringLiteral("REAL KIWI SND DATA VERIFIED at %1.").arg(link.currentEndpoint));
     }
-    if (link.sndFrames == 1 || link.sndFrames % 20 == 0) {
+    if (evidenceIsDue(link.sndFrames)) {
         writeEvidence();
     }
 }
@@ -51,7 +52,7 @@ void MainWindow::takeSoundFrame(QWebSocket *socket, const QByteArray &frame)
 void MainWindow::sendKeepaliveWhenDue(QWebSocket *socket)
 {
     const qint64 now = nowMs();
-    if (now - link.lastKeepaliveMs < keepaliveIntervalMs) {
+    if (!keepaliveIsDue(link.lastKeepaliveMs, now)) {
         return;
     }
     socket->sendTextMessage(kiwiKeepalive());

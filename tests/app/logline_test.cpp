@@ -1,7 +1,8 @@
 #include "app/logline.h"
 
-#include <QRegularExpression>
+#include <QLocale>
 #include <QTest>
+#include <QTime>
 
 namespace
 {
@@ -28,9 +29,9 @@ private slots:
 void LogLineTest::localTimeABlankAndTheText()
 {
     const QtMessageHandler before = qInstallMessageHandler(remember);
-    const QString earliest = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
+    const QString earliest = QLocale::c().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss"));
     logLine(QStringLiteral("say \"hello\" — 14.074000 MHz"));
-    const QString latest = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
+    const QString latest = QLocale::c().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss"));
     qInstallMessageHandler(before);
 
     QCOMPARE(lastType, QtInfoMsg);

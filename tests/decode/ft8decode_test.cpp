@@ -101,6 +101,9 @@ private slots:
         row("by frequency as a number, then by message",
             "000001 1 0.1 1000 ~ CQ B|000001 2 0.1 1000 ~ CQ A|000001 3 0.1 900 ~ CQ C",
             "000001 3 0.1 900 ~ CQ C|000001 2 0.1 1000 ~ CQ A|000001 1 0.1 1000 ~ CQ B");
+        row("messages by code unit, not by a language's alphabet",
+            "000001 1 0.1 1000 ~ CQ _|000001 2 0.1 1000 ~ CQ A|000001 3 0.1 1000 ~ CQ 9",
+            "000001 3 0.1 1000 ~ CQ 9|000001 2 0.1 1000 ~ CQ A|000001 1 0.1 1000 ~ CQ _");
         row("other lines once, last, in the order seen",
             "zz ~ odd|000001 1 0.1 1000 ~ CQ B| ZZ  ~  ODD|aa ~ odd|000001 1 0.1 900 ~ CQ A|zz ~ "
             "odd",

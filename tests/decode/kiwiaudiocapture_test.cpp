@@ -361,6 +361,40 @@ private slots:
         QVERIFY(QDir(folder->path()).isEmpty());
     }
 
+    void theLastWorkersLinesComeBeforeTheMergedPeriod()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo \"~ $5\""));
+        QStringList calls;
+        capture->setWorkerCallback(
+            [&](const QString &, const QStringList &) { calls.append(QStringLiteral("worker")); });
+        capture->setPeriodCallback(
+            [&](const QString &, const QStringList &) { calls.append(QStringLiteral("period")); });
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(calls.size(), 5);
+        QCOMPARE(calls.indexOf(QStringLiteral("period")), 4);
+    }
+
+    void aDecoderThatNeverKeepsUpHasPeriodsPassedOver()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("flock -s $here/gate true; echo \"~ $slot\""));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        arm();
+        constexpr int mostPending = 40;
+        constexpr int closed = mostPending + 3;
+        for (int i = 0; i < closed * KiwiAudioCapture::samplesPerPeriod; ++i)
+            capture->appendSample(0);
+        QCOMPARE(capture->periodStart(), boundaryMs + closed * KiwiAudioCapture::periodMs);
+        capture->setPeriodCallback([this](const QString &label, const QStringList &lines) {
+            periods.append({label, lines});
+        });
+        gate.open();
+        QTRY_COMPARE_WITH_TIMEOUT(periods.size(), mostPending, 60000);
+        QCOMPARE(periods.last().label, QStringLiteral("14:33:00"));
+        fillPeriod(0); // there is room again
+        QTRY_COMPARE_WITH_TIMEOUT(periods.size(), mostPending + 1, 60000);
+        QCOMPARE(periods.last().label, QStringLiteral("14:34:00"));
+    }
+
     void aWorkersLinesDoNotWaitForTheOthers()
     {
         const ScriptedDecoder decoder(
@@ -525,6 +559,29 @@ private slots:
         QCOMPARE(periods.first().lines.filter(QStringLiteral("new")).size(), 4);
         QCOMPARE(periods.first().lines.size(), 4);
         QCOMPARE(batches.size(), 4);
+    }
+
+    void resetDropsPeriodsThatWaitForTheirTurn()
+    {
+        const ScriptedDecoder decoder(QStringLiteral(
+            "case $slot in *_142315_S1_*) flock -s $here/gate true;;\n"
+            "*_142330_S1_*) [ ! -e $here/second ] || flock -s $here/gate true;; esac\n"
+            "echo \"~ $slot\""));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(batches.size(), 7); // the second is finished and waits for the first
+        capture->reset();
+        batches.clear();
+        QFile second(decoder.left(QStringLiteral("second")));
+        QVERIFY(second.open(QIODevice::WriteOnly));
+        capture->queueDecodeSlices(boundaryMs + 15000, silence); // held back this time
+        capture->queueDecodeSlices(boundaryMs + 30000, silence);
+        QTRY_COMPARE(batches.size(), 7);
+        QVERIFY(periods.isEmpty());
+        gate.open();
+        QTRY_COMPARE(periods.size(), 2);
+        QCOMPARE(periods.first().label, QStringLiteral("14:23:30"));
     }
 
     void aPostedResultIsDroppedByAReset()

@@ -13,6 +13,8 @@ private slots:
     void sevenCommandsInOrder();
     void frequencyGoesOutInKilohertz_data();
     void frequencyGoesOutInKilohertz();
+    void keepaliveIsDueEveryFiveSeconds_data();
+    void keepaliveIsDueEveryFiveSeconds();
     void loggedTextIsCutAfter180Characters_data();
     void loggedTextIsCutAfter180Characters();
 };
@@ -70,6 +72,26 @@ void KiwiCommandsTest::frequencyGoesOutInKilohertz()
     QFETCH(QString, end);
     const QString command = kiwiCommands(frequencyMhz).at(5);
     QVERIFY2(command.endsWith(QLatin1Char(' ') + end), qPrintable(command));
+}
+
+void KiwiCommandsTest::keepaliveIsDueEveryFiveSeconds_data()
+{
+    QTest::addColumn<qint64>("lastMs");
+    QTest::addColumn<qint64>("nowMs");
+    QTest::addColumn<bool>("due");
+    const qint64 noonMs = 1768565700000;
+    QTest::newRow("none sent yet") << qint64(0) << noonMs << true;
+    QTest::newRow("at once") << noonMs << noonMs << false;
+    QTest::newRow("4999 ms") << noonMs << noonMs + 4999 << false;
+    QTest::newRow("5000 ms") << noonMs << noonMs + 5000 << true;
+    QTest::newRow("the clock was set back") << noonMs << noonMs - 1 << true;
+}
+
+void KiwiCommandsTest::keepaliveIsDueEveryFiveSeconds()
+{
+    QFETCH(qint64, lastMs);
+    QFETCH(qint64, nowMs);
+    QTEST(keepaliveIsDue(lastMs, nowMs), "due");
 }
 
 void KiwiCommandsTest::loggedTextIsCutAfter180Characters_data()

@@ -9,12 +9,24 @@ class SndEvidenceTest : public QObject
     Q_OBJECT
 
 private slots:
+    void dueOnTheFirstFrameAndEveryTwentieth();
     void pathJoinsFolderAndStartTime();
     void withoutAFolderThePathBeginsWithASlash();
     void allRowsInOrder();
     void hashOfAFile();
     void hashOfAMissingFile();
 };
+
+void SndEvidenceTest::dueOnTheFirstFrameAndEveryTwentieth()
+{
+    QList<quint64> due;
+    for (quint64 frames = 1; frames <= 60; ++frames) {
+        if (evidenceIsDue(frames)) {
+            due.append(frames);
+        }
+    }
+    QCOMPARE(due, (QList<quint64>{1, 20, 40, 60}));
+}
 
 void SndEvidenceTest::pathJoinsFolderAndStartTime()
 {

@@ -11,6 +11,7 @@ private slots:
     void tellsSoundFromOtherFrames();
     void compressionIsOneBitOfTheFlags_data();
     void compressionIsOneBitOfTheFlags();
+    void theFirstTenAndEveryFiftiethAreLogged();
     void headForTheLog_data();
     void headForTheLog();
 };
@@ -50,6 +51,17 @@ void SndFrameTest::compressionIsOneBitOfTheFlags()
 {
     QFETCH(QByteArray, frame);
     QTEST(isAdpcmFrame(frame), "adpcm");
+}
+
+void SndFrameTest::theFirstTenAndEveryFiftiethAreLogged()
+{
+    QList<quint64> logged;
+    for (quint64 number = 1; number <= 150; ++number) {
+        if (frameIsLogged(number)) {
+            logged.append(number);
+        }
+    }
+    QCOMPARE(logged, (QList<quint64>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 50, 100, 150}));
 }
 
 void SndFrameTest::headForTheLog_data()

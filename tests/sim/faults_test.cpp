@@ -1,8 +1,6 @@
-#include "simclient.h"
+#include "faultfixture.h"
 
-#include <QTcpSocket>
 #include <QtEndian>
-#include <QtTest>
 
 #ifdef Q_OS_UNIX
 #include <cerrno>
@@ -15,19 +13,6 @@ using namespace sim;
 
 namespace
 {
-
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
-Samples ramp(int)
-{
-    Samples samples(kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i)
-        samples[i] = qint16(5000 + i % 997);
-    return samples;
-}
 
 quint32 sequence(const QByteArray &frame)
 {
@@ -74,216 +59,14 @@ NativeEnd nativeListener(quint16 port)
 
 } // namespace
 
-// One receiver and one listener for each test; `start` names the behaviour of endpoint 0.
-class FaultsTest : public QObject
+// Sound at fault, and sound that ends.
+class FaultsTest : public FaultFixture
 {
     Q_OBJECT
 
-private:
-    TestClock m_clock;
-    std::unique_ptr<KiwiSim> m_receiver;
-    std::unique_ptr<SimClient> m_client;
-    SimConfig m_config;
-
-    void start(const char *behaviour)
-    {
-        QString error;
-        QVERIFY2(m_config.endpoints.apply(text("0=") + text(behaviour), &error), qPrintable(error));
-        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
-        m_client->open(m_receiver->port());
-    }
-
-    void startSounding(const char *behaviour)
-    {
-        start(behaviour);
-        QTRY_VERIFY(m_client->boundaryMs != 0);
-    }
-
-    void jumpToBoundary()
-    {
-        m_clock.jumpTo(m_client->boundaryMs - 390);
-        QTest::qWait(20); // lets the last filler through
-        m_clock.jumpTo(m_client->boundaryMs);
-    }
-
-    // Raw TCP: what the receiver answers to a proper request.
-    void request(QTcpSocket *socket, const char *path = "/kiwi/0/SND")
-    {
-        socket->connectToHost(text("127.0.0.1"), m_receiver->port());
-        QTRY_COMPARE(socket->state(), QAbstractSocket::ConnectedState);
-        socket->write(QByteArray("GET ") + path +
-                      " HTTP/1.1\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n");
-    }
-
-    bool wasSent(const char *what) const
-    {
-        const auto &events = m_receiver->events();
-        return std::any_of(events.begin(), events.end(), [what](const SimEvent &event) {
-            return event.kind == text("sent") && event.text == text(what);
-        });
-    }
-
 private slots:
-    void init()
-    {
-        m_receiver = std::make_unique<KiwiSim>();
-        m_client = std::make_unique<SimClient>(&m_clock);
-        m_config = SimConfig();
-        m_config.nowMs = [this] { return m_clock.nowMs(); };
-        m_config.configKb = 1;
-        m_config.audio = {ramp(0)};
-        m_config.firstSoundDelayMs = 0;
-        // Early in a period there is no edge to wait for.
-        m_clock.jumpTo((m_clock.nowMs() / 15000 + 1) * 15000);
-    }
-
-    void cleanup()
-    {
-        m_client.reset();
-        m_receiver.reset();
-    }
-
-    void refusesEveryConnectionWhenAllRefuse()
-    {
-        QString error;
-        QVERIFY(m_config.endpoints.apply(text("all=refuse"), &error));
-        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
-        QVERIFY(m_receiver->port() != 0);
-        QTcpSocket socket;
-        socket.connectToHost(text("127.0.0.1"), m_receiver->port());
-        QTRY_COMPARE(socket.error(), QAbstractSocket::ConnectionRefusedError);
-    }
-
-    void oneRefusedEndpointIsReset()
-    {
-        start("refuse");
-        QTRY_VERIFY(m_client->closes > 0 ||
-                    m_client->socket.error() != QAbstractSocket::UnknownSocketError);
-        QTRY_COMPARE(m_receiver->liveClients(), 0);
-        SimClient other(&m_clock);
-        other.open(m_receiver->port(), text("/kiwi/1/SND"));
-        QTRY_VERIFY(!other.sounds.isEmpty());
-    }
-
-    void neverAnswers()
-    {
-        start("no-answer");
-        QTcpSocket socket;
-        request(&socket);
-        QTest::qWait(300);
-        QCOMPARE(socket.state(), QAbstractSocket::ConnectedState);
-        QCOMPARE(socket.bytesAvailable(), qint64(0));
-    }
-
-    void httpErrors_data()
-    {
-        QTest::addColumn<QByteArray>("behaviour");
-        QTest::addColumn<QByteArray>("status");
-        QTest::newRow("404") << QByteArray("http-404") << QByteArray("HTTP/1.1 404 Not Found\r\n");
-        QTest::newRow("307") << QByteArray("http-307")
-                             << QByteArray("HTTP/1.1 307 Temporary Redirect\r\nLocation: ");
-        QTest::newRow("503") << QByteArray("http-503")
-                             << QByteArray("HTTP/1.1 503 Service Unavailable\r\n");
-    }
-
-    void httpErrors()
-    {
-        QFETCH(QByteArray, behaviour);
-        QFETCH(QByteArray, status);
-        start(behaviour.constData());
-        QTcpSocket socket;
-        request(&socket);
-        QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
-        QVERIFY(socket.readAll().startsWith(status));
-    }
-
-    void headersWithoutEnd()
-    {
-        start("endless-headers");
-        QTcpSocket socket;
-        request(&socket);
-        QTRY_VERIFY(socket.bytesAvailable() > 50000);
-        const QByteArray reply = socket.readAll();
-        QVERIFY(reply.startsWith("HTTP/1.1 101 "));
-        QVERIFY(!reply.contains("\r\n\r\n"));
-        QVERIFY(m_client->socket.state() != QAbstractSocket::ConnectedState);
-    }
-
-    void slowOpen()
-    {
-        start("slow-open:600");
-        QTest::qWait(200);
-        QVERIFY(m_client->socket.state() != QAbstractSocket::ConnectedState);
-        m_clock.jumpTo(m_clock.nowMs() + 600000);
-        QTRY_VERIFY(!m_client->sounds.isEmpty());
-    }
-
-    void openButSilent()
-    {
-        start("open-silent");
-        QTRY_COMPARE(m_receiver->commands().size(), 7);
-        QTest::qWait(600);
-        QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
-        QVERIFY(m_client->messages.isEmpty() && m_client->sounds.isEmpty());
-    }
-
-    void neverSounds_data()
-    {
-        QTest::addColumn<QByteArray>("behaviour");
-        QTest::addColumn<QByteArray>("message");
-        QTest::newRow("monitor") << QByteArray("monitor") << QByteArray("MSG monitor");
-        QTest::newRow("messages") << QByteArray("msg-only") << QByteArray("MSG max_camp=4");
-        QTest::newRow("busy") << QByteArray("too-busy:0.1") << QByteArray("MSG too_busy=8");
-        QTest::newRow("text") << QByteArray("text-only") << QByteArray("MSG rx_chans=8");
-        QTest::newRow("W/F") << QByteArray("other-tags-only") << QByteArray("W/F \1\2\3\4");
-        QTest::newRow("EXT") << QByteArray("other-tags-only") << QByteArray("EXT name=value");
-    }
-
-    void neverSounds()
-    {
-        QFETCH(QByteArray, behaviour);
-        QFETCH(QByteArray, message);
-        start(behaviour.constData());
-        const auto count = [&] {
-            return m_client->messages.count(message) + m_client->others.count(message) +
-                   m_client->texts.count(QString::fromLatin1(message));
-        };
-        for (int i = 0; i < 3; ++i) { // again and again
-            QTRY_VERIFY(count() > i);
-            m_clock.jumpTo(m_clock.nowMs() + 501);
-            QTest::qWait(10);
-            m_clock.jumpTo(m_clock.nowMs() + 500);
-        }
-        QVERIFY(m_client->sounds.isEmpty());
-        QCOMPARE(m_client->closes, 0);
-        const bool audio = m_client->messages.contains("MSG audio_init=0 audio_rate=12000");
-        QCOMPARE(audio, behaviour == "msg-only");
-    }
-
-    void notices_data()
-    {
-        QTest::addColumn<QByteArray>("behaviour");
-        QTest::addColumn<QByteArray>("message");
-        const auto row = [](const char *behaviour, const char *message) {
-            QTest::newRow(behaviour) << QByteArray(behaviour) << QByteArray(message);
-        };
-        row("badp", "MSG badp=1");
-        row("one-per-address", "MSG badp=5");
-        row("down", "MSG down=1");
-        row("redirect", "MSG redirect=http://127.0.0.1:9");
-        row("ip-limit", "MSG ip_limit=60,127.0.0.1");
-    }
-
-    void notices()
-    {
-        QFETCH(QByteArray, behaviour);
-        QFETCH(QByteArray, message);
-        start(behaviour.constData());
-        QTRY_COMPARE(m_client->closes, 1);
-        QCOMPARE(m_client->messages, QList<QByteArray>{message});
-        QVERIFY(m_client->sounds.isEmpty());
-        QTRY_COMPARE(m_receiver->liveClients(), 0);
-    }
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void endings_data()
     {
@@ -422,7 +205,7 @@ private slots:
                             m_client->texts.count(QString::fromLatin1(other)) >
                         (other == "MSG max_camp=4" ? 1 : 0)); // once in the greeting
         jumpToBoundary();
-        QTest::qWait(30);
+        m_client->takeEverything();
         m_clock.jumpTo(m_client->boundaryMs + 16000);
         QTRY_COMPARE(m_client->heard.size(), 1);
         QVERIFY(m_client->heard.first() == m_receiver->periods().value(0).samples);
@@ -455,7 +238,7 @@ private slots:
         startSounding(behaviour.constData());
         QVERIFY(m_client->messages.contains(announced));
         jumpToBoundary();
-        QTest::qWait(30);
+        m_client->takeEverything();
         const quint32 first = sequence(m_client->sounds.last());
         m_clock.jumpTo(m_client->boundaryMs + 30000);
         const int expected = int(30 * rate / 2048);
@@ -491,7 +274,7 @@ private slots:
     {
         startSounding("sequence-gaps:4");
         jumpToBoundary();
-        QTest::qWait(30);
+        m_client->takeEverything();
         m_clock.jumpTo(m_client->boundaryMs + 17000);
         QTRY_VERIFY(!m_client->heard.isEmpty());
         int gaps = 0;
@@ -542,7 +325,7 @@ private slots:
         startSounding("fragments");
         QSignalSpy fragments(&m_client->socket, &QWebSocket::binaryFrameReceived);
         jumpToBoundary();
-        QTest::qWait(30);
+        m_client->takeEverything();
         m_clock.jumpTo(m_client->boundaryMs + 16000);
         QTRY_VERIFY(!m_client->heard.isEmpty());
         QVERIFY(m_client->heard.first() == ramp(0));
@@ -590,7 +373,7 @@ private slots:
         QFETCH(QByteArray, sent);
         m_client->socket.setMaxAllowedIncomingMessageSize(8 << 20);
         start(behaviour.constData());
-        QTRY_VERIFY(wasSent(sent.constData()));
+        QTRY_VERIFY(wasSent(*m_receiver, sent.constData()));
         // The event loop still turns.
         QElapsedTimer turn;
         turn.start();
@@ -604,7 +387,7 @@ private slots:
     {
         QTcpSocket socket;
         startSounding("ping-flood:0");
-        QTRY_VERIFY(wasSent("pings without end"));
+        QTRY_VERIFY(wasSent(*m_receiver, "pings without end"));
         QTRY_VERIFY(m_client->socket.bytesToWrite() > 100000); // pongs that nobody reads
     }
 

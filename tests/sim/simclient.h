@@ -6,21 +6,39 @@
 #include "sim/soundplan.h"
 
 #include <QElapsedTimer>
+#include <QTest>
 #include <QUrl>
 #include <QWebSocket>
+#include <algorithm>
 
 // UTC that tests can push forward; runs on by itself.
 class TestClock
 {
 public:
-    qint64 nowMs() const { return m_startMs + m_jumpedMs + m_running.elapsed(); }
+    qint64 nowMs() const
+    {
+        return m_isHeld ? m_heldMs : m_startMs + m_jumpedMs + m_running.elapsed();
+    }
     void jumpTo(qint64 utcMs) { m_jumpedMs += qMax<qint64>(0, utcMs - nowMs()); }
+
+    void hold()
+    {
+        m_heldMs = nowMs();
+        m_isHeld = true;
+    }
+    void release() // goes on from where it was held
+    {
+        m_isHeld = false;
+        m_jumpedMs += m_heldMs - nowMs();
+    }
 
     explicit TestClock(qint64 startMs = 1700006400000) : m_startMs(startMs) { m_running.start(); }
 
 private:
     qint64 m_startMs;
     qint64 m_jumpedMs = 0;
+    qint64 m_heldMs = 0;
+    bool m_isHeld = false;
     QElapsedTimer m_running;
 };
 
@@ -45,6 +63,26 @@ public:
     void open(quint16 port, const QString &path = QStringLiteral("/kiwi/0/SND"))
     {
         socket.open(QUrl(QStringLiteral("ws://127.0.0.1:%1%2").arg(port).arg(path)));
+    }
+
+    // Returns once nothing more comes at the present time of the clock.
+    void takeEverything() const
+    {
+        m_clock->hold();
+        int before = -1;
+        while (before != sounds.size()) {
+            before = sounds.size();
+            QTest::qWait(100);
+        }
+        m_clock->release();
+    }
+
+    // Past the filler to the boundary, once sound has begun.
+    void jumpToBoundary()
+    {
+        m_clock->jumpTo(boundaryMs - 390);
+        takeEverything();
+        m_clock->jumpTo(boundaryMs);
     }
 
     static QStringList sevenCommands()
@@ -106,3 +144,11 @@ private:
     sim::Samples m_period;
     bool m_armed = false;
 };
+
+inline bool wasSent(const KiwiSim &receiver, const char *what)
+{
+    const auto &events = receiver.events();
+    return std::any_of(events.begin(), events.end(), [what](const SimEvent &event) {
+        return event.kind == QLatin1String("sent") && event.text == QLatin1String(what);
+    });
+}

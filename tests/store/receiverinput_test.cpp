@@ -8,6 +8,7 @@ class ReceiverInputTest : public QObject
 
 private slots:
     void trimsWhatItTakes();
+    void aSignBeforeThePortIsADecimalIntegerToo();
     void keepsEveryDigitOfTheFrequency();
     void takesTheEndsOfTheRanges();
     void theFirstFailingCheckRefuses_data();
@@ -22,6 +23,14 @@ void ReceiverInputTest::trimsWhatItTakes()
     QCOMPARE(input.host, QStringLiteral("Kiwi.Example"));
     QCOMPARE(input.port, 8073);
     QCOMPARE(input.frequencyMhz, 14.074);
+}
+
+void ReceiverInputTest::aSignBeforeThePortIsADecimalIntegerToo()
+{
+    const ReceiverInput input = readReceiverInput(QStringLiteral("kiwi"), QStringLiteral("+8073"),
+                                                  QStringLiteral("14.074"));
+    QCOMPARE(input.refusal, QString());
+    QCOMPARE(input.port, 8073);
 }
 
 void ReceiverInputTest::keepsEveryDigitOfTheFrequency()

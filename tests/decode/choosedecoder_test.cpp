@@ -1,0 +1,358 @@
+// How the station comes by its decoder: the search at the start, the choice by hand.
+
+#include "app/mainwindow.h"
+#include "decode/jt9locator.h"
+#include "tests/fixture/filedialogs.h"
+#include "tests/fixture/home.h"
+#include "tests/fixture/logtrace.h"
+#include "tests/fixture/operator.h"
+#include "tests/fixture/scripteddecoder.h"
+
+#include <QApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QJsonDocument>
+#include <QMessageBox>
+#include <QTest>
+
+namespace
+{
+
+QString profileFile()
+{
+    return testHome().dataFile(QStringLiteral("default-profile.json"));
+}
+
+QString savedPath()
+{
+    const QJsonObject saved = QJsonDocument::fromJson(fileBytes(profileFile())).object();
+    return saved.value(QLatin1String("Jt9Path")).toString();
+}
+
+QString publishedPath()
+{
+    return qEnvironmentVariable("PELQ_JT9_PATH");
+}
+
+// An installation as on Windows, in a folder of the test's home; its decoder.
+QString installedUnder(const QString &folder, const QString &name = QStringLiteral("jt9.exe"))
+{
+    const QString base = testHome().path(folder) + QLatin1Char('/');
+    putFile(base + QStringLiteral("Qt5Core.dll"), "");
+    putFile(base + QStringLiteral("wsjtx.exe"), "");
+    putFile(base + name, "");
+    return base + name;
+}
+
+void setModified(const QString &path, int daysAgo)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QVERIFY(file.setFileTime(QDateTime::currentDateTimeUtc().addDays(-daysAgo),
+                             QFileDevice::FileModificationTime));
+}
+
+Jt9Places placesOf(const QStringList &candidates, const QStringList &roots = {})
+{
+    Jt9Places places;
+    places.candidates = candidates;
+    places.roots = roots;
+    return places;
+}
+
+void selectByHand(const MainWindow &window)
+{
+    choose(window, {QStringLiteral("Settings"), QStringLiteral("Decoder"),
+                    QStringLiteral("Select Installed jt9.exe...")});
+}
+
+} // namespace
+
+class ChooseDecoderTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void theStartSearchesOnceTheEventLoopRuns();
+    void foundNowhereTellsSo();
+    void aFoundDecoderIsSavedAndPublished();
+    void aPathStillValidIsFoundFirstAndNotSavedAgain();
+    void thePathIsComparedCleaned();
+    void thePathIsComparedInItsCase();
+    void refusedFoldersAreNotUsed_data();
+    void refusedFoldersAreNotUsed();
+    void theLastModifiedUnderARootWins();
+    void theFoundPathGoesToTheDefaultProfile();
+
+    void theChoiceStartsInTheFolderOfTheDecoder();
+    void theChoiceStartsAtTheRootWithoutADecoder();
+    void aCancelledChoiceChangesNothing();
+    void aChosenDecoderIsSavedPublishedAndTold_data();
+    void aChosenDecoderIsSavedPublishedAndTold();
+    void anotherChoiceIsRefused_data();
+    void anotherChoiceIsRefused();
+
+private:
+    // With the search at the start done.
+    std::unique_ptr<MainWindow> startedWindow();
+
+    const ScriptedDecoder decoder{"exit 0"};
+};
+
+void ChooseDecoderTest::init()
+{
+    testHome().clear();
+    qunsetenv("PELQ_JT9_PATH");
+    testHome().writeProfile(
+        {{QStringLiteral("Jt9Path"), decoder.path()}, {QStringLiteral("BridgePort"), freePort()}});
+}
+
+std::unique_ptr<MainWindow> ChooseDecoderTest::startedWindow()
+{
+    auto window = std::make_unique<MainWindow>();
+    if (!QTest::qWaitFor([this] { return publishedPath() == decoder.path(); }))
+        qFatal("the search at the start did not find the profile's decoder");
+    return window;
+}
+
+void ChooseDecoderTest::theStartSearchesOnceTheEventLoopRuns()
+{
+    const LogTrace trace;
+    const MainWindow window;
+    QVERIFY(publishedPath().isEmpty());
+    QVERIFY(!trace.contains(QStringLiteral("JT9")));
+    QTRY_COMPARE(publishedPath(), decoder.path());
+    QCOMPARE(trace.lines().last(), QStringLiteral("JT9 decoder ready: ") + decoder.path());
+}
+
+void ChooseDecoderTest::foundNowhereTellsSo()
+{
+    const auto window = startedWindow();
+    const QByteArray profile = fileBytes(profileFile());
+    const LogTrace trace;
+    SeenPlainBox box;
+    QStringList linesBeforeBox;
+    whenDialogOpens([&](QWidget *opened) {
+        linesBeforeBox = trace.lines();
+        box = closePlainBox(qobject_cast<QMessageBox *>(opened), window.get());
+    });
+    window->findJt9(placesOf({testHome().path(QStringLiteral("nothing/jt9.exe"))},
+                             {testHome().path(QStringLiteral("nowhere"))}));
+    QCOMPARE(box.icon, QMessageBox::Warning);
+    QCOMPARE(box.title, QStringLiteral("WSJT Decoder Not Found"));
+    QCOMPARE(box.text, QStringLiteral("No installed WSJT jt9.exe was found."));
+    QCOMPARE(linesBeforeBox, QStringList(QStringLiteral("JT9 finder: no usable jt9.exe found.")));
+    QCOMPARE(trace.lines(), linesBeforeBox);
+    QCOMPARE(publishedPath(), decoder.path());
+    QCOMPARE(fileBytes(profileFile()), profile);
+}
+
+void ChooseDecoderTest::aFoundDecoderIsSavedAndPublished()
+{
+    const auto window = startedWindow();
+    const QString gone = testHome().path(QStringLiteral("gone/jt9.exe"));
+    const QString first = installedUnder(QStringLiteral("WSJT/wsjtx/bin"));
+    const QString second = installedUnder(QStringLiteral("WSJT/wsjtz/bin"));
+    const LogTrace trace;
+    window->findJt9(placesOf({gone, first, second}));
+    QCOMPARE(publishedPath(), first);
+    QCOMPARE(savedPath(), first);
+    QCOMPARE(trace.lines(), QStringList(QStringLiteral("JT9 decoder ready: ") + first));
+    QCOMPARE(QApplication::activeModalWidget(), nullptr);
+}
+
+void ChooseDecoderTest::aPathStillValidIsFoundFirstAndNotSavedAgain()
+{
+    // Not as the program writes it, so that writing it again would show.
+    const QByteArray profile = "{\"Jt9Path\":\"" + decoder.path().toUtf8() +
+                               "\",\"BridgePort\":" + QByteArray::number(freePort()) + "}";
+    putFile(profileFile(), profile);
+    setModified(profileFile(), 1);
+    const QDateTime saved = QFileInfo(profileFile()).lastModified();
+    const auto window = startedWindow();
+    QCOMPARE(fileBytes(profileFile()), profile);
+    QCOMPARE(QFileInfo(profileFile()).lastModified(), saved);
+}
+
+void ChooseDecoderTest::thePathIsComparedCleaned()
+{
+    const QString unclean =
+        QString(decoder.path()).replace(QStringLiteral("/bin/"), QStringLiteral("/bin/.//../bin/"));
+    testHome().writeProfile(
+        {{QStringLiteral("Jt9Path"), unclean}, {QStringLiteral("BridgePort"), freePort()}});
+    const auto window = startedWindow();
+    QCOMPARE(savedPath(), unclean);
+}
+
+void ChooseDecoderTest::thePathIsComparedInItsCase()
+{
+    const QString lower = installedUnder(QStringLiteral("wsjt/bin"));
+    const QString upper = installedUnder(QStringLiteral("WSJT/bin"));
+    testHome().writeProfile(
+        {{QStringLiteral("Jt9Path"), lower}, {QStringLiteral("BridgePort"), freePort()}});
+    MainWindow window;
+    QTRY_COMPARE(publishedPath(), lower);
+    window.findJt9(placesOf({upper, lower}));
+    QCOMPARE(savedPath(), upper);
+}
+
+void ChooseDecoderTest::refusedFoldersAreNotUsed_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::newRow("build") << QStringLiteral("WSJT/build");
+    QTest::newRow("stage3") << QStringLiteral("WSJT/stage3/bin");
+    QTest::newRow("STEP_7") << QStringLiteral("WSJT/STEP_7/bin");
+    QTest::newRow("Debug") << QStringLiteral("WSJT/Debug");
+}
+
+void ChooseDecoderTest::refusedFoldersAreNotUsed()
+{
+    QFETCH(QString, folder);
+    const auto window = startedWindow();
+    const QString refused = installedUnder(folder);
+    const QString root = testHome().path(QStringLiteral("WSJT"));
+    const SeenBox box = answerBox([&] { window->findJt9(placesOf({refused}, {root})); });
+    QCOMPARE(box.title, QStringLiteral("WSJT Decoder Not Found"));
+    const QString installed = installedUnder(QStringLiteral("WSJT/wsjtx/bin"));
+    window->findJt9(placesOf({refused}, {root}));
+    QCOMPARE(publishedPath(), installed);
+}
+
+void ChooseDecoderTest::theLastModifiedUnderARootWins()
+{
+    const auto window = startedWindow();
+    const QString older = installedUnder(QStringLiteral("WSJT/a/bin"));
+    const QString newer = installedUnder(QStringLiteral("WSJT/b/bin"));
+    const QString oldest = installedUnder(QStringLiteral("WSJT/c/bin"));
+    setModified(older, 2);
+    setModified(newer, 1);
+    setModified(oldest, 3);
+    window->findJt9(placesOf({}, {testHome().path(QStringLiteral("WSJT"))}));
+    QCOMPARE(publishedPath(), newer);
+    QCOMPARE(savedPath(), newer);
+}
+
+void ChooseDecoderTest::theFoundPathGoesToTheDefaultProfile()
+{
+    const auto window = startedWindow();
+    const QString opened = testHome().path(QStringLiteral("opened.json"));
+    putFile(opened, "{\"Serial\": \"44444\"}");
+    chooseFile(opened, [&] {
+        choose(*window, {QStringLiteral("File"), QStringLiteral("Open Profile...")});
+    });
+    const QString found = installedUnder(QStringLiteral("WSJT/bin"));
+    window->findJt9(placesOf({found}));
+    QCOMPARE(savedPath(), found);
+    QCOMPARE(fileBytes(opened), QByteArray("{\"Serial\": \"44444\"}"));
+}
+
+void ChooseDecoderTest::theChoiceStartsInTheFolderOfTheDecoder()
+{
+    const auto window = startedWindow();
+    const SeenFileDialog dialog = chooseFile(QString(), [&] { selectByHand(*window); });
+    QCOMPARE(dialog.title, QStringLiteral("Select Installed WSJT jt9.exe"));
+    QCOMPARE(dialog.filters.join(QStringLiteral(";;")), jt9FileFilter());
+    QCOMPARE(dialog.folder, QFileInfo(decoder.path()).path());
+}
+
+void ChooseDecoderTest::theChoiceStartsAtTheRootWithoutADecoder()
+{
+    const auto window = startedWindow();
+    const QString blank = testHome().path(QStringLiteral("blank.json"));
+    putFile(blank, "{\"Jt9Path\": \"  \"}");
+    chooseFile(blank, [&] {
+        choose(*window, {QStringLiteral("File"), QStringLiteral("Open Profile...")});
+    });
+    const SeenFileDialog dialog = chooseFile(QString(), [&] { selectByHand(*window); });
+    QCOMPARE(dialog.folder, QDir::rootPath());
+}
+
+void ChooseDecoderTest::aCancelledChoiceChangesNothing()
+{
+    const auto window = startedWindow();
+    const QByteArray profile = fileBytes(profileFile());
+    const LogTrace trace;
+    chooseFile(QString(), [&] { selectByHand(*window); });
+    QCOMPARE(trace.lines(), QStringList(QStringLiteral("Manual jt9.exe selection cancelled.")));
+    QCOMPARE(publishedPath(), decoder.path());
+    QCOMPARE(fileBytes(profileFile()), profile);
+}
+
+void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("jt9.exe") << QStringLiteral("jt9.exe");
+    QTest::newRow("JT9.EXE") << QStringLiteral("JT9.EXE");
+    QTest::newRow("native") << QStringLiteral("jt9");
+}
+
+void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold()
+{
+    QFETCH(QString, name);
+    const ScriptedDecoder native("exit 0");
+    const QString path = name == QLatin1String("jt9")
+                             ? native.path()
+                             : installedUnder(QStringLiteral("WSJT/wsjtx/bin"), name);
+    const auto window = startedWindow();
+    const LogTrace trace;
+    SeenPlainBox box;
+    QStringList linesBeforeBox;
+    chooseFile(
+        path, [&] { selectByHand(*window); },
+        [&](QMessageBox *opened) {
+            linesBeforeBox = trace.lines();
+            QCOMPARE(savedPath(), path);
+            QCOMPARE(publishedPath(), path);
+            box = closePlainBox(opened, window.get());
+        });
+    QCOMPARE(box.icon, QMessageBox::Information);
+    QCOMPARE(box.title, QStringLiteral("WSJT Decoder Selected"));
+    QCOMPARE(box.text, QStringLiteral("Installed jt9.exe selected and saved:\n\n") +
+                           QDir::toNativeSeparators(path));
+    QCOMPARE(linesBeforeBox,
+             QStringList(QStringLiteral("Installed jt9.exe selected and saved: ") + path));
+    QCOMPARE(trace.lines(), linesBeforeBox);
+    QCOMPARE(savedPath(), path);
+}
+
+void ChooseDecoderTest::anotherChoiceIsRefused_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("a build copy") << QStringLiteral("build") << QStringLiteral("jt9.exe");
+    QTest::newRow("a staged copy") << QStringLiteral("stage3/bin") << QStringLiteral("jt9.exe");
+    QTest::newRow("another program") << QStringLiteral("WSJT/bin") << QStringLiteral("wsjtx.exe");
+}
+
+void ChooseDecoderTest::anotherChoiceIsRefused()
+{
+    QFETCH(QString, folder);
+    QFETCH(QString, name);
+    const QString path = installedUnder(folder, name);
+    const auto window = startedWindow();
+    const QByteArray profile = fileBytes(profileFile());
+    const LogTrace trace;
+    SeenPlainBox box;
+    QStringList linesBeforeBox;
+    chooseFile(
+        path, [&] { selectByHand(*window); },
+        [&](QMessageBox *opened) {
+            linesBeforeBox = trace.lines();
+            box = closePlainBox(opened, window.get());
+        });
+    QCOMPARE(box.icon, QMessageBox::Warning);
+    QCOMPARE(box.title, QStringLiteral("Invalid WSJT Decoder"));
+    QCOMPARE(box.text,
+             QStringLiteral("Select jt9.exe from an installed stock WSJT-X application or an "
+                            "installed WSJT-X fork.\n\nDevelopment, build, STEP and STAGE copies "
+                            "are not accepted."));
+    QCOMPARE(linesBeforeBox, QStringList());
+    QCOMPARE(trace.lines(), QStringList(QStringLiteral("Rejected manual jt9.exe path: ") + path));
+    QCOMPARE(publishedPath(), decoder.path());
+    QCOMPARE(fileBytes(profileFile()), profile);
+}
+
+OUTPOST_WINDOW_TEST_MAIN(ChooseDecoderTest)
+#include "choosedecoder_test.moc"

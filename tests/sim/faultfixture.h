@@ -1,0 +1,74 @@
+#pragma once
+
+#include "simclient.h"
+
+#include <QTcpSocket>
+#include <QtTest>
+#include <memory>
+
+inline QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+inline sim::Samples ramp(int)
+{
+    sim::Samples samples(sim::kPeriodSamples);
+    for (int i = 0; i < samples.size(); ++i)
+        samples[i] = qint16(5000 + i % 997);
+    return samples;
+}
+
+// One receiver and one listener for each test; `start` names the behaviour of endpoint 0.
+class FaultFixture : public QObject
+{
+protected:
+    void begin()
+    {
+        m_receiver = std::make_unique<KiwiSim>();
+        m_client = std::make_unique<SimClient>(&m_clock);
+        m_config = SimConfig();
+        m_config.nowMs = [this] { return m_clock.nowMs(); };
+        m_config.configKb = 1;
+        m_config.audio = {ramp(0)};
+        m_config.firstSoundDelayMs = 0;
+        // Early in a period there is no edge to wait for.
+        m_clock.jumpTo((m_clock.nowMs() / 15000 + 1) * 15000);
+    }
+
+    void end()
+    {
+        m_client.reset();
+        m_receiver.reset();
+    }
+
+    void start(const char *behaviour)
+    {
+        QString error;
+        QVERIFY2(m_config.endpoints.apply(text("0=") + text(behaviour), &error), qPrintable(error));
+        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
+        m_client->open(m_receiver->port());
+    }
+
+    void startSounding(const char *behaviour)
+    {
+        start(behaviour);
+        QTRY_VERIFY(m_client->boundaryMs != 0);
+    }
+
+    void jumpToBoundary() { m_client->jumpToBoundary(); }
+
+    // Raw TCP: what the receiver answers to a proper request.
+    void request(QTcpSocket *socket, const char *path = "/kiwi/0/SND")
+    {
+        socket->connectToHost(text("127.0.0.1"), m_receiver->port());
+        QTRY_COMPARE(socket->state(), QAbstractSocket::ConnectedState);
+        socket->write(QByteArray("GET ") + path +
+                      " HTTP/1.1\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n");
+    }
+
+    TestClock m_clock;
+    std::unique_ptr<KiwiSim> m_receiver;
+    std::unique_ptr<SimClient> m_client;
+    SimConfig m_config;
+};

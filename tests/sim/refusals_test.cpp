@@ -1,0 +1,158 @@
+#include "faultfixture.h"
+
+using namespace sim;
+
+// What happens before the sound, or instead of it.
+class RefusalsTest : public FaultFixture
+{
+    Q_OBJECT
+
+private slots:
+    void init() { begin(); }
+    void cleanup() { end(); }
+
+    void refusesEveryConnectionWhenAllRefuse()
+    {
+        QString error;
+        QVERIFY(m_config.endpoints.apply(text("all=refuse"), &error));
+        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
+        QVERIFY(m_receiver->port() != 0);
+        QTcpSocket socket;
+        socket.connectToHost(text("127.0.0.1"), m_receiver->port());
+        QTRY_COMPARE(socket.error(), QAbstractSocket::ConnectionRefusedError);
+    }
+
+    void oneRefusedEndpointIsReset()
+    {
+        start("refuse");
+        QTRY_VERIFY(m_client->closes > 0 ||
+                    m_client->socket.error() != QAbstractSocket::UnknownSocketError);
+        QTRY_COMPARE(m_receiver->liveClients(), 0);
+        SimClient other(&m_clock);
+        other.open(m_receiver->port(), text("/kiwi/1/SND"));
+        QTRY_VERIFY(!other.sounds.isEmpty());
+    }
+
+    void neverAnswers()
+    {
+        start("no-answer");
+        QTcpSocket socket;
+        request(&socket);
+        QTest::qWait(300);
+        QCOMPARE(socket.state(), QAbstractSocket::ConnectedState);
+        QCOMPARE(socket.bytesAvailable(), qint64(0));
+    }
+
+    void httpErrors_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("status");
+        QTest::newRow("404") << QByteArray("http-404") << QByteArray("HTTP/1.1 404 Not Found\r\n");
+        QTest::newRow("307") << QByteArray("http-307")
+                             << QByteArray("HTTP/1.1 307 Temporary Redirect\r\nLocation: ");
+        QTest::newRow("503") << QByteArray("http-503")
+                             << QByteArray("HTTP/1.1 503 Service Unavailable\r\n");
+    }
+
+    void httpErrors()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, status);
+        start(behaviour.constData());
+        QTcpSocket socket;
+        request(&socket);
+        QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
+        QVERIFY(socket.readAll().startsWith(status));
+    }
+
+    void headersWithoutEnd()
+    {
+        start("endless-headers");
+        QTcpSocket socket;
+        request(&socket);
+        QTRY_VERIFY(socket.bytesAvailable() > 50000);
+        const QByteArray reply = socket.readAll();
+        QVERIFY(reply.startsWith("HTTP/1.1 101 "));
+        QVERIFY(!reply.contains("\r\n\r\n"));
+        QVERIFY(m_client->socket.state() != QAbstractSocket::ConnectedState);
+    }
+
+    void slowOpen()
+    {
+        start("slow-open:600");
+        QTest::qWait(200);
+        QVERIFY(m_client->socket.state() != QAbstractSocket::ConnectedState);
+        m_clock.jumpTo(m_clock.nowMs() + 600000);
+        QTRY_VERIFY(!m_client->sounds.isEmpty());
+    }
+
+    void openButSilent()
+    {
+        start("open-silent");
+        QTRY_COMPARE(m_receiver->commands().size(), 7);
+        QTest::qWait(600);
+        QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
+        QVERIFY(m_client->messages.isEmpty() && m_client->sounds.isEmpty());
+    }
+
+    void neverSounds_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("monitor") << QByteArray("monitor") << QByteArray("MSG monitor");
+        QTest::newRow("messages") << QByteArray("msg-only") << QByteArray("MSG max_camp=4");
+        QTest::newRow("busy") << QByteArray("too-busy:0.1") << QByteArray("MSG too_busy=8");
+        QTest::newRow("text") << QByteArray("text-only") << QByteArray("MSG rx_chans=8");
+        QTest::newRow("W/F") << QByteArray("other-tags-only") << QByteArray("W/F \1\2\3\4");
+        QTest::newRow("EXT") << QByteArray("other-tags-only") << QByteArray("EXT name=value");
+    }
+
+    void neverSounds()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, message);
+        start(behaviour.constData());
+        const auto count = [&] {
+            return m_client->messages.count(message) + m_client->others.count(message) +
+                   m_client->texts.count(QString::fromLatin1(message));
+        };
+        for (int i = 0; i < 3; ++i) { // again and again
+            QTRY_VERIFY(count() > i);
+            m_clock.jumpTo(m_clock.nowMs() + 501);
+            QTest::qWait(10);
+            m_clock.jumpTo(m_clock.nowMs() + 500);
+        }
+        QVERIFY(m_client->sounds.isEmpty());
+        QCOMPARE(m_client->closes, 0);
+        const bool audio = m_client->messages.contains("MSG audio_init=0 audio_rate=12000");
+        QCOMPARE(audio, behaviour == "msg-only");
+    }
+
+    void notices_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("message");
+        const auto row = [](const char *behaviour, const char *message) {
+            QTest::newRow(behaviour) << QByteArray(behaviour) << QByteArray(message);
+        };
+        row("badp", "MSG badp=1");
+        row("one-per-address", "MSG badp=5");
+        row("down", "MSG down=1");
+        row("redirect", "MSG redirect=http://127.0.0.1:9");
+        row("ip-limit", "MSG ip_limit=60,127.0.0.1");
+    }
+
+    void notices()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, message);
+        start(behaviour.constData());
+        QTRY_COMPARE(m_client->closes, 1);
+        QCOMPARE(m_client->messages, QList<QByteArray>{message});
+        QVERIFY(m_client->sounds.isEmpty());
+        QTRY_COMPARE(m_receiver->liveClients(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(RefusalsTest)
+#include "refusals_test.moc"

@@ -1,0 +1,266 @@
+// What the operator is told when the disk is full or read-only, on file systems of this process's
+// own.
+
+#include "app/mainwindow.h"
+#include "tests/fixture/home.h"
+#include "tests/fixture/logtrace.h"
+#include "tests/fixture/operator.h"
+#include "tests/fixture/receiverform.h"
+#include "tests/fixture/scripteddecoder.h"
+#include "tests/store/privatemounts.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+namespace
+{
+
+// Entered before main(), and so before any thread starts.
+const bool privateMounts = enterPrivateMounts();
+
+QString listFile()
+{
+    return testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+}
+
+QString logFile()
+{
+    return testHome().dataFile(QStringLiteral("receiver-status-log.json"));
+}
+
+QString profileFile()
+{
+    return testHome().dataFile(QStringLiteral("default-profile.json"));
+}
+
+// The program's data folder on a small disk of its own, for as long as this lives.
+class DataDisk
+{
+public:
+    DataDisk() : disk(dataFolder(), "size=256k") {}
+    ~DataDisk() { QDir(dataFolder()).removeRecursively(); }
+    Q_DISABLE_COPY(DataDisk)
+
+    bool isMounted() const { return disk.isMounted(); }
+    bool makeReadOnly() { return disk.makeReadOnly(); }
+    // Leaves no room for anything more.
+    bool fillUp()
+    {
+        QFile filler(dataFolder() + QStringLiteral("/filler"));
+        if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+            return false;
+        const QByteArray page(4096, 'f');
+        while (filler.write(page) == page.size()) {
+        }
+        return filler.error() == QFileDevice::ResourceError;
+    }
+
+private:
+    static QString dataFolder()
+    {
+        const QString folder = QFileInfo(profileFile()).path();
+        QDir().mkpath(folder);
+        return folder;
+    }
+
+    MemoryMount disk;
+};
+
+// Removes the only saved receiver, once `spoil` has been done to the disk; the label's answer.
+QString removeReceiver(const MainWindow &window, const std::function<bool()> &spoil)
+{
+    QString answer;
+    inReceiverDialog(window, [&](const ReceiverForm &form) {
+        form.goodReceivers->setCurrentIndex(1);
+        QVERIFY(spoil());
+        QTest::mouseClick(form.remove, Qt::LeftButton);
+        answer = form.status->text();
+        QCOMPARE(form.goodReceivers->currentIndex(), 1);
+        QVERIFY(form.remove->isEnabled());
+    });
+    return answer;
+}
+
+} // namespace
+
+class UnwritableFilesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void aFullDiskKeepsTheSavedProfile();
+    void aReadOnlyDiskRefusesTheProfile();
+    void applyIsSilentAboutAFullDisk();
+    void aFullDiskKeepsTheGoodReceivers();
+    void aReadOnlyDiskRecordsNoReceiver();
+    void removingFailsOnAFullDisk();
+    void removingFailsOnAReadOnlyDisk();
+    void aFullDiskKeepsTheStatusLog();
+
+private:
+    void writeProfile() const;
+
+    const ScriptedDecoder decoder{"exit 0"};
+};
+
+void UnwritableFilesTest::initTestCase()
+{
+    QVERIFY2(privateMounts, "this test could not have mounts of its own");
+}
+
+void UnwritableFilesTest::init()
+{
+    testHome().clear();
+}
+
+void UnwritableFilesTest::writeProfile() const
+{
+    testHome().writeProfile({{QStringLiteral("Host"), QStringLiteral("kiwi")},
+                             {QStringLiteral("Jt9Path"), decoder.path()},
+                             {QStringLiteral("BridgePort"), freePort()}});
+}
+
+void UnwritableFilesTest::aFullDiskKeepsTheSavedProfile()
+{
+    DataDisk disk;
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    const QByteArray before = fileBytes(profileFile());
+    const MainWindow window;
+    QVERIFY(disk.fillUp());
+    const LogTrace trace;
+    const SeenBox box = answerBox([&] {
+        choose(window, {QStringLiteral("File"), QStringLiteral("Save Profile")});
+    });
+    QCOMPARE(box.title, QStringLiteral("Profile Save Failed"));
+    QCOMPARE(box.text, QStringLiteral("No space left on device"));
+    QVERIFY(!trace.contains(QStringLiteral("Profile saved")));
+    QCOMPARE(fileBytes(profileFile()), before);
+}
+
+void UnwritableFilesTest::aReadOnlyDiskRefusesTheProfile()
+{
+    DataDisk disk;
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    const MainWindow window;
+    QVERIFY(disk.makeReadOnly());
+    const SeenBox box = answerBox([&] {
+        choose(window, {QStringLiteral("File"), QStringLiteral("Save Profile")});
+    });
+    QCOMPARE(box.title, QStringLiteral("Profile Save Failed"));
+    QCOMPARE(box.text, QStringLiteral("Existing file %1 is not writable").arg(profileFile()));
+}
+
+// What was applied is used all the same; both files stay as they were.
+void UnwritableFilesTest::applyIsSilentAboutAFullDisk()
+{
+    DataDisk disk;
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    const QString frequencyFile = testHome().dataFile(QStringLiteral("kiwi-frequency.txt"));
+    putFile(frequencyFile, "7.074000");
+    const QByteArray before = fileBytes(profileFile());
+    const MainWindow window;
+    QVERIFY(disk.fillUp());
+    const LogTrace trace;
+    inReceiverDialog(window, [&](const ReceiverForm &form) {
+        form.host->setText(QStringLiteral("127.0.0.1"));
+        form.port->setText(QStringLiteral("1"));
+        form.mhz->setText(QStringLiteral("3.573"));
+        QTest::mouseClick(form.apply, Qt::LeftButton);
+        QCOMPARE(QApplication::activeModalWidget(), form.dialog);
+    });
+    QVERIFY(trace.contains(QStringLiteral("requested: 127.0.0.1:1, 3.573000 MHz.")));
+    QCOMPARE(fileBytes(profileFile()), before);
+    QCOMPARE(fileBytes(frequencyFile), QByteArray("7.074000"));
+}
+
+void UnwritableFilesTest::aFullDiskKeepsTheGoodReceivers()
+{
+    DataDisk disk;
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    putFile(listFile(), "[]");
+    MainWindow window;
+    QVERIFY(disk.fillUp());
+    const LogTrace trace;
+    window.recordGoodReceiver(3);
+    QCOMPARE(trace.lines(), QStringList(QStringLiteral("GOOD RECEIVER COMMIT FAILED")));
+    QCOMPARE(fileBytes(listFile()), QByteArray("[]"));
+    QCOMPARE(QApplication::activeModalWidget(), nullptr);
+}
+
+void UnwritableFilesTest::aReadOnlyDiskRecordsNoReceiver()
+{
+    DataDisk disk;
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    MainWindow window;
+    QVERIFY(disk.makeReadOnly());
+    const LogTrace trace;
+    window.recordGoodReceiver(3);
+    QCOMPARE(trace.lines(),
+             QStringList(QStringLiteral("GOOD RECEIVER SAVE FAILED: Read-only file system")));
+}
+
+void UnwritableFilesTest::removingFailsOnAFullDisk()
+{
+    DataDisk disk;
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    const QByteArray list = "[{\"Host\": \"kiwi\"}, {\"Host\": \"other\"}]";
+    putFile(listFile(), list);
+    const MainWindow window;
+    const LogTrace trace;
+    QCOMPARE(removeReceiver(window, [&] { return disk.fillUp(); }),
+             QStringLiteral("Could not save the updated receiver list."));
+    QCOMPARE(fileBytes(listFile()), list);
+    QCOMPARE(settingOnDisk(QStringLiteral("receivers/removedKeys")),
+             QStringList(QStringLiteral("absent")));
+    QVERIFY(!trace.contains(QStringLiteral("Saved receiver removed")));
+}
+
+void UnwritableFilesTest::removingFailsOnAReadOnlyDisk()
+{
+    DataDisk disk;
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    putFile(listFile(), "[{\"Host\": \"kiwi\"}]");
+    const MainWindow window;
+    QCOMPARE(removeReceiver(window, [&] { return disk.makeReadOnly(); }),
+             QStringLiteral("Could not update the saved receiver list."));
+    QCOMPARE(settingOnDisk(QStringLiteral("receivers/removedKeys")),
+             QStringList(QStringLiteral("absent")));
+}
+
+void UnwritableFilesTest::aFullDiskKeepsTheStatusLog()
+{
+    DataDisk disk;
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    putFile(logFile(), "{\"Sessions\": [{\"Host\": \"earlier\"}]}");
+    const QByteArray before = fileBytes(logFile());
+    MainWindow window;
+    QVERIFY(disk.fillUp());
+    const LogTrace trace;
+    window.startStatusSession();
+    window.finishStatusSession();
+    QCOMPARE(trace.lines(),
+             QStringList(QStringLiteral("Status log save failed: No space left on device")));
+    QCOMPARE(fileBytes(logFile()), before);
+}
+
+OUTPOST_WINDOW_TEST_MAIN(UnwritableFilesTest)
+#include "unwritablefiles_test.moc"
