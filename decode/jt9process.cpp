@@ -35,13 +35,23 @@ void Jt9Process::CloseJob::operator()(void *handle) const
 bool Jt9Process::launch(const QString &program, const QStringList &arguments, int startMs)
 {
     start(program, arguments);
-    if (const PROCESS_INFORMATION *child = pid()) {
+    const PROCESS_INFORMATION *child = handles();
+    if (child != nullptr) {
         if (job)
             AssignProcessToJobObject(job.get(), child->hProcess);
         ResumeThread(child->hThread);
     }
     return waitForStarted(startMs);
 }
+
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED // nothing else tells the handle of the child's first thread
+    const _PROCESS_INFORMATION *
+    Jt9Process::handles() const
+{
+    return pid();
+}
+QT_WARNING_POP
 
 void Jt9Process::killFamily()
 {
