@@ -22,11 +22,11 @@ int wmain(int argc, wchar_t **argv)
     if (connect(bridge, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         return 1;
     _setmode(_fileno(stdout), _O_BINARY);
-    char byte = 0;
-    for (int lines = std::stoi(argv[2]); lines > 0 && recv(bridge, &byte, 1, 0) == 1;) {
-        std::putchar(byte);
+    char received = 0;
+    for (int lines = std::stoi(argv[2]); lines > 0 && recv(bridge, &received, 1, 0) == 1;) {
+        std::putchar(received);
         std::fflush(stdout);
-        lines -= byte == '\n' ? 1 : 0;
+        lines -= received == '\n' ? 1 : 0;
     }
     closesocket(bridge);
     WSACleanup();

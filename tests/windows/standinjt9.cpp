@@ -4,7 +4,8 @@
 //   record        leaves beside itself what it was given, in "<low Hz>.txt", and the WAV file
 //   read          reads standard input to its end
 //   complain N    writes N thousand bytes to standard error
-//   child         starts a child that stays until it is killed, and leaves its id in "child.txt"
+//   child         starts a child that stays until it is killed, and leaves its id in "child.txt",
+//                 the own one in "self.txt"
 //   hang          stays until it is killed
 //   crash         dies of a forbidden access
 //   exit N        ends with that exit code
@@ -87,8 +88,10 @@ void startChild()
     startup.cb = sizeof startup;
     PROCESS_INFORMATION child = {};
     if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                       &startup, &child))
+                       &startup, &child)) {
         leave(L"child.txt", std::to_string(child.dwProcessId));
+        leave(L"self.txt", std::to_string(GetCurrentProcessId()));
+    }
 }
 
 void crash()
