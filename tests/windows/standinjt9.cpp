@@ -94,6 +94,14 @@ void startChild()
     }
 }
 
+void complain(int thousandBytes)
+{
+    std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16); // else the null device gets each byte alone
+    const std::string line = std::string(999, '~') + '\n';
+    for (int i = 0; i < thousandBytes; ++i)
+        std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
 void crash()
 {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
@@ -110,8 +118,7 @@ int obey(const std::string &order, const std::string &operand, int argc, wchar_t
     else if (order == "read")
         std::cin.ignore(1 << 30, std::char_traits<char>::eof());
     else if (order == "complain")
-        for (int i = 0; i < std::stoi(operand); ++i)
-            std::cerr << std::string(999, '~') << '\n';
+        complain(std::stoi(operand));
     else if (order == "child")
         startChild();
     else if (order == "hang")
