@@ -89,7 +89,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (!decode)
             continue;
         checkDecode(*decode, *expected, time);
-        nowMs += 1000 * bytes.size();
+        nowMs += qint64{1000} * bytes.size();
         keys.meet(bridgeDecodeKey(*decode), nowMs);
     }
     return 0;
