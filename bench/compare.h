@@ -39,7 +39,7 @@ inline void compare(benchmark::State &state, const std::function<void()> &prepar
     round();
     ownSeconds.clear();
     referenceSeconds.clear();
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         round();
         state.SetIterationTime(ownSeconds.back());
     }

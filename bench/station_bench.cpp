@@ -35,7 +35,7 @@ QString timedFileSha256(const QString &path) __asm__("__wrap__Z10fileSha256RK7QS
 QString timedFileSha256(const QString &path)
 {
     const double start = threadSeconds();
-    const QString hash = realFileSha256(path);
+    QString hash = realFileSha256(path);
     hashingSeconds += threadSeconds() - start;
     return hash;
 }
@@ -81,7 +81,7 @@ const QString bareDecoders = QStringLiteral("cd \"$1\" || exit\n"
 
 QString freshFolders()
 {
-    const QString root = testHome().path(QStringLiteral("bare"));
+    QString root = testHome().path(QStringLiteral("bare"));
     QDir(root).removeRecursively();
     for (const char *band : {"0:825", "725:1550", "1450:2275", "2175:3000"})
         QDir().mkpath(root + QLatin1Char('/') + QLatin1String(band));
