@@ -40,7 +40,8 @@ void quitOnTermination()
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
         struct sigaction action = {};
         action.sa_handler = onSignal;
-        action.sa_flags = SA_RESTART | SA_RESETHAND; // a second request ends it at once
+        action.sa_flags =
+            static_cast<int>(SA_RESTART | SA_RESETHAND); // a second request ends it at once
         ::sigaction(number, &action, nullptr);
     }
 }

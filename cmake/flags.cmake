@@ -3,6 +3,10 @@ add_library(outpost_flags INTERFACE)
 target_compile_definitions(outpost_flags INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_DEPRECATED_WARNINGS)
 target_compile_options(outpost_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # As g++, whose -Wconversion leaves it out for C++.
+    target_compile_options(outpost_flags INTERFACE -Wno-sign-conversion)
+endif()
 if(OUTPOST_WERROR)
     target_compile_options(outpost_flags INTERFACE -Werror)
 endif()

@@ -21,8 +21,9 @@ Jt9Process::Jt9Process() : job(CreateJobObjectW(nullptr, nullptr))
     if (job)
         SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits,
                                 sizeof(limits));
-    setCreateProcessArgumentsModifier(
-        [](QProcess::CreateProcessArguments *process) { process->flags |= CREATE_NO_WINDOW; });
+    setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments *process) {
+        process->flags |= CREATE_NO_WINDOW | CREATE_SUSPENDED;
+    });
 }
 
 void Jt9Process::CloseJob::operator()(void *handle) const
@@ -30,18 +31,27 @@ void Jt9Process::CloseJob::operator()(void *handle) const
     CloseHandle(handle);
 }
 
+// It runs only once it belongs to the job, so that nothing that it starts can stay outside.
 bool Jt9Process::launch(const QString &program, const QStringList &arguments, int startMs)
 {
     start(program, arguments);
-    const HANDLE child =
-        OpenProcess(PROCESS_SET_QUOTA | PROCESS_TERMINATE, FALSE, static_cast<DWORD>(processId()));
+    const PROCESS_INFORMATION *child = handles();
     if (child != nullptr) {
         if (job)
-            AssignProcessToJobObject(job.get(), child);
-        CloseHandle(child);
+            AssignProcessToJobObject(job.get(), child->hProcess);
+        ResumeThread(child->hThread);
     }
     return waitForStarted(startMs);
 }
+
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED // nothing else tells the handle of the child's first thread
+    const _PROCESS_INFORMATION *
+    Jt9Process::handles() const
+{
+    return pid();
+}
+QT_WARNING_POP
 
 void Jt9Process::killFamily()
 {

@@ -24,6 +24,8 @@ private:
     struct CloseJob {
         void operator()(void *job) const;
     };
+    const _PROCESS_INFORMATION *handles() const; // of the running child; null when there is none
+
     std::unique_ptr<void, CloseJob> job;
 #else
 protected:

@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcessEnvironment>
-#include <QRegularExpression>
 
 #include "decode/jt9locator.h"
 #include "decode/jt9process.h"
@@ -95,15 +94,14 @@ QStringList Jt9Output::finish()
     return lines;
 }
 
-void Jt9Output::takeLines(const QByteArray &wholeLines)
+// Line by line: the conversion drops a byte order mark from the front of what it is given, which
+// must not hang on how the output happened to arrive.
+void Jt9Output::takeLines(QByteArray wholeLines)
 {
-    if (!wholeLines.contains('~'))
-        return; // nothing in it is worth converting
-    const QStringList parts =
-        QString::fromLocal8Bit(wholeLines)
-            .split(QRegularExpression(QStringLiteral("[\r\n]+")), Qt::SkipEmptyParts);
-    for (const QString &part : parts) {
-        const QString line = part.trimmed();
+    for (const QByteArray &part : wholeLines.replace('\r', '\n').split('\n')) {
+        if (!part.contains('~'))
+            continue; // not worth converting
+        const QString line = QString::fromLocal8Bit(part).trimmed();
         if (!line.contains(QLatin1Char('~')))
             continue;
         lines.append(line);

@@ -35,7 +35,7 @@ public:
     QStringList finish();              // also takes a last line without an end
 
 private:
-    void takeLines(const QByteArray &wholeLines);
+    void takeLines(QByteArray wholeLines);
 
     QByteArray partialLine;
     QStringList lines;

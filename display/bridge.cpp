@@ -4,6 +4,7 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <memory>
 #include <utility>
 
 #include "app/logline.h"
@@ -18,12 +19,21 @@ static constexpr qint64 clientReadBufferBytes = 64LL * 1024;
 // Out of descriptors, the listener stops accepting for good unless it is told to go on.
 static constexpr int acceptPauseMs = 1000;
 
+// The toolkit's listener keeps its first error for good: after a shortage it takes the empty queue
+// behind every client that came in for another one. Such an error is no news and needs no pause.
 static void resumeAfterAcceptErrors(QTcpServer *server)
 {
     auto *pause = new QTimer(server);
     pause->setSingleShot(true);
     pause->setInterval(acceptPauseMs);
-    QObject::connect(server, &QTcpServer::acceptError, pause, [server, pause] {
+    const auto hasAccepted = std::make_shared<bool>(false);
+    QObject::connect(server, &QTcpServer::newConnection, pause,
+                     [hasAccepted] { *hasAccepted = true; });
+    QObject::connect(server, &QTcpServer::acceptError, pause, [server, pause, hasAccepted] {
+        if (std::exchange(*hasAccepted, false)) {
+            server->resumeAccepting();
+            return;
+        }
         logLine(QStringLiteral("WSJT bridge client not accepted: %1").arg(server->errorString()));
         pause->start();
     });

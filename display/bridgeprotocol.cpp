@@ -1,7 +1,7 @@
 #include "display/bridgeprotocol.h"
 
 #include <QRegularExpression>
-#include <QStringList>
+#include <QStringBuilder>
 
 #include "decode/ft8decode.h"
 
@@ -32,19 +32,22 @@ std::optional<BridgeDecode> parseBridgeDecode(const QString &line, QString *peri
 
 QString bridgeDecodeKey(const BridgeDecode &decode)
 {
-    const QStringList parts{decode.time, decode.frequency, decode.message};
-    return parts.join(QLatin1Char('|')).toUpper();
+    const QLatin1Char bar('|');
+    const QString key = decode.time % bar % decode.frequency % bar % decode.message;
+    return key.toUpper();
 }
 
 QByteArray bridgePayload(const BridgeDecode &decode)
 {
-    const QStringList fields{decode.time, decode.snr, decode.dt, decode.frequency, decode.message};
-    return fields.join(QLatin1Char('\t')).toUtf8();
+    const QLatin1Char tab('\t');
+    const QString fields = decode.time % tab % decode.snr % tab % decode.dt % tab %
+                           decode.frequency % tab % decode.message;
+    return fields.toUtf8();
 }
 
 QByteArray bridgeLine(const BridgeDecode &decode)
 {
-    return "PELQOUTPOST2|" + bridgePayload(decode).toBase64() + '\n';
+    return "PELQOUTPOST2|" % bridgePayload(decode).toBase64() % '\n';
 }
 
 void RecentDecodeKeys::prune(qint64 nowMs)

@@ -41,8 +41,6 @@ void MainWindow::buildDecodeTable()
     decodeTable->setSelectionMode(QAbstractItemView::SingleSelection);
     decodeTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     decodeTable->verticalHeader()->hide();
-    // All cells of a row are one line of the same font: its height is that of the first one.
-    decodeTable->verticalHeader()->setResizeContentsPrecision(1);
     setSectionResizeMode(decodeTable, QHeaderView::ResizeToContents);
     setCentralWidget(decodeTable);
 }

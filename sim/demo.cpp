@@ -10,6 +10,7 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLoggingCategory>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -48,13 +49,14 @@ public:
 
     bool listen(QString *error);
     void connectStation();
-    int exitStatus() const;
+    int exitStatus();
 
 private:
     void enterReceiver(QWidget *dialog) const;
     void watchDialogs();
     void printNewRows();
     void finishWhenDone();
+    void leaveOutUnfinished();
     int decodesOf(qint64 startMs) const { return decodes.value(periodLabel(startMs)); }
 
     const DemoOptions options;
@@ -194,10 +196,19 @@ void Demo::finishWhenDone()
     }
 }
 
-int Demo::exitStatus() const
+// Whoever closes the window does not wait for what the decoder is still busy with.
+void Demo::leaveOutUnfinished()
 {
+    while (options.periods == 0 && !played.isEmpty() && decodesOf(played.last()) == 0) {
+        played.removeLast();
+    }
+}
+
+int Demo::exitStatus()
+{
+    leaveOutUnfinished();
     print(QStringLiteral("%1 periods, %2 decodes").arg(played.size()).arg(totalDecodes));
-    for (const qint64 startMs : played) {
+    for (const qint64 startMs : qAsConst(played)) {
         if (decodesOf(startMs) == 0) {
             return 1;
         }
@@ -261,6 +272,8 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication application(argc, argv);
+    // The decodes are to be read; QT_LOGGING_RULES="default.info=true" brings the trace back.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.info=false"));
     setStationFont();
     QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
     QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));

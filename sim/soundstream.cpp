@@ -100,7 +100,7 @@ Samples SoundStream::tone()
 {
     Samples samples;
     for (int i = 0; i < m_format.frameSamples(); ++i)
-        samples.append(qint16(16384 * std::sin(2 * M_PI * 1000 * i / kSampleRateHz)));
+        samples.append(qint16(16384 * std::sin(2 * kPi * 1000 * i / kSampleRateHz)));
     m_position += samples.size();
     return samples;
 }

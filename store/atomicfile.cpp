@@ -1,5 +1,7 @@
 #include "store/atomicfile.h"
 
+#include "store/lockedfile.h"
+
 #include <QSaveFile>
 
 namespace
@@ -13,12 +15,9 @@ bool reachesDisk(QSaveFile &file, const QByteArray &content)
            file.error() == QFileDevice::NoError;
 }
 
-} // namespace
-
-SaveResult saveAtomically(const QString &path, const QByteArray &content,
-                          QIODevice::OpenMode textFlag)
+// A failed commit takes the new content away, so every attempt writes it anew.
+SaveResult saveOnce(QSaveFile &file, const QByteArray &content, QIODevice::OpenMode textFlag)
 {
-    QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | textFlag))
         return {SaveResult::NotOpened, file.errorString()};
     if (!reachesDisk(file, content)) {
@@ -30,4 +29,18 @@ SaveResult saveAtomically(const QString &path, const QByteArray &content,
     if (!file.commit())
         return {SaveResult::NotCommitted, file.errorString()};
     return {};
+}
+
+} // namespace
+
+SaveResult saveAtomically(const QString &path, const QByteArray &content,
+                          QIODevice::OpenMode textFlag)
+{
+    SaveResult result;
+    whileLocked([&] {
+        QSaveFile file(path);
+        result = saveOnce(file, content, textFlag);
+        return file.error() != QFileDevice::RenameError;
+    });
+    return result;
 }

@@ -1,13 +1,20 @@
 #include "store/datafile.h"
 
+#include "store/lockedfile.h"
+
 #include <QDateTime>
-#include <QFile>
 #include <QJsonDocument>
+
+bool openForReading(QFile &file, QIODevice::OpenMode textFlag)
+{
+    whileLocked([&] { return file.open(QIODevice::ReadOnly | textFlag) || !file.exists(); });
+    return file.isOpen();
+}
 
 std::optional<QByteArray> readFile(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!openForReading(file))
         return std::nullopt;
     return file.readAll();
 }

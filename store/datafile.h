@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
@@ -9,6 +10,10 @@
 
 // What the data files have in common: JSON documents, written indented, with UTC times in the
 // ISO 8601 form.
+
+// Opens it for reading; false when it cannot be opened. A file that is only locked is waited for,
+// so that it is not taken for a missing one.
+bool openForReading(QFile &file, QIODevice::OpenMode textFlag = {});
 
 // The whole file; nothing when it cannot be opened.
 std::optional<QByteArray> readFile(const QString &path);

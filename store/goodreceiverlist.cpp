@@ -67,13 +67,14 @@ void MainWindow::recordGoodReceiver(int decodeCount)
 {
     const GoodReceiver receiver{profile.kiwiHost.trimmed(), profile.kiwiPort, frequencyMhz,
                                 decodeCount};
-    if (decodeCount <= 0 || receiver.host.isEmpty() ||
-        wasRemoved(receiverKey(receiver.host, receiver.port)))
+    if (decodeCount <= 0 || receiver.host.isEmpty())
         return;
     // A damaged list gives way to a fresh one.
     const QJsonArray list = savedReceivers().value_or(QJsonArray());
     if (containsReceiver(list, receiver.host, receiver.port))
         return; // the first recording stays as it is
+    if (wasRemoved(receiverKey(receiver.host, receiver.port)))
+        return;
     const SaveResult saved = saveReceivers(withReceiver(list, receiver, nowMs()));
     logLine(recordingText(saved, receiver));
 }

@@ -2,6 +2,7 @@
 
 #include "app/logline.h"
 #include "store/atomicfile.h"
+#include "store/datafile.h"
 #include "store/datapaths.h"
 #include "store/frequency.h"
 
@@ -39,7 +40,7 @@ bool MainWindow::loadProfile(const QString &path, bool showErrors)
     QWidget *boxParent = showErrors ? this : nullptr;
     const QString title = QStringLiteral("Profile Open Failed");
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!openForReading(file))
         return refuseProfile(boxParent, title, file.errorString());
     QString error;
     const std::optional<Profile> loaded = parseProfile(file.readAll(), profile, &error);
@@ -78,7 +79,7 @@ void MainWindow::loadStartupProfile()
 void MainWindow::loadFrequencyFile()
 {
     QFile file(frequencyFilePath());
-    if (file.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (openForReading(file, QIODevice::Text))
         frequencyMhz = parseFrequencyFile(file.readAll()).value_or(frequencyMhz);
 }
 

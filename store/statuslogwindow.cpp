@@ -82,7 +82,8 @@ void MainWindow::finishStatusSession()
         logLine(QStringLiteral("Status log save failed: %1").arg(saved.error));
     statusSession = {};
     refreshStatusBar();
-    rebuildStatusHistory();
+    if (statusLogView) // opening it reads the history anew
+        rebuildStatusHistory();
     refreshStatusLogView();
 }
 

@@ -86,6 +86,8 @@ private slots:
             << QByteArray("a ~ 1\nb ~ 2\0 c\na ~ 1\n", 19) << QStringList{a, b};
         QTest::newRow("invalid UTF-8")
             << QByteArray("a ~ 1\n\xff ~ x\n") << QStringList{a, QStringLiteral("\uFFFD ~ x")};
+        QTest::newRow("byte order marks before lines")
+            << QByteArray("\357\273\277a ~ 1\n\357\273\277b ~ 2\n") << QStringList{a, b};
         QTest::newRow("UTF-8") << QByteArray("\xc3\xa9 ~ x\n")
                                << QStringList{QStringLiteral("\u00e9 ~ x")};
     }

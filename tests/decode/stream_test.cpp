@@ -40,8 +40,8 @@ QByteArray keepingDecoder(const QString &folder)
 
 QStringList wavNames(qint64 startMs)
 {
-    const QString start = QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC)
-                              .toString(QStringLiteral("yyyyMMdd_HHmmss"));
+    const QString start = QLocale::c().toString(QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC),
+                                                QStringLiteral("yyyyMMdd_HHmmss"));
     QStringList names;
     for (const QString &worker : {QStringLiteral("S1_0_825"), QStringLiteral("S2_725_1550"),
                                   QStringLiteral("S3_1450_2275"), QStringLiteral("S4_2175_3000")}) {

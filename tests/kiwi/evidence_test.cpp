@@ -12,7 +12,8 @@ const QByteArray sound = adpcmFrame(QByteArray(1024, '\0'));
 QString fileName(qint64 startMs)
 {
     return QStringLiteral("/PELQ_KIWI_STAGE17C_LIVE_SND_EVIDENCE_%1.txt")
-        .arg(QDateTime::fromMSecsSinceEpoch(startMs).toString(QStringLiteral("yyyyMMdd_HHmmss")));
+        .arg(QLocale::c().toString(QDateTime::fromMSecsSinceEpoch(startMs),
+                                   QStringLiteral("yyyyMMdd_HHmmss")));
 }
 
 void sendSound(TestStation &station, const PuppetReceiver &receiver, int upTo)

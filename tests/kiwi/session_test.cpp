@@ -103,11 +103,11 @@ void SessionTest::everyStateHasItsTextAndItsLines()
         QTRY_COMPARE(hands.status(), QStringLiteral("Disconnected — verified SND stream ended"));
         QCOMPARE(summaryLine(*station.window),
                  QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 0"));
-        hands.press(QStringLiteral("Disconnect"));
+        hands.disconnect();
         QCOMPARE(hands.status(), QStringLiteral("Disconnected"));
     });
-    const QString report = QDateTime::fromMSecsSinceEpoch(station.clock.now())
-                               .toString(QStringLiteral("yyyyMMdd_HHmmss"));
+    const QString report = QLocale::c().toString(
+        QDateTime::fromMSecsSinceEpoch(station.clock.now()), QStringLiteral("yyyyMMdd_HHmmss"));
     QCOMPARE(inLines(station.trace.lines()),
              inLines(openingLines(receiver.port(), QStringLiteral("10.136000")) +
                      QStringList({QStringLiteral("REAL KIWI SND DATA VERIFIED at /kiwi/0/SND."),
@@ -226,7 +226,7 @@ void SessionTest::aDisconnectRightAfterAConnectOpensNoSocket()
     inReceiverDialog(*station.window, [&](ReceiverHands hands) {
         hands.enter(local, receiver.port(), QStringLiteral("14.074"));
         hands.apply();
-        hands.press(QStringLiteral("Disconnect"));
+        hands.disconnect();
         QCOMPARE(hands.status(), QStringLiteral("Disconnected"));
         QCoreApplication::processEvents();
     });
@@ -246,7 +246,7 @@ void SessionTest::disconnectsWhileConnecting()
         hands.apply();
         QTRY_COMPARE(hands.status(), QStringLiteral("Connecting — trying /kiwi/0/SND"));
         QTRY_COMPARE(sim.liveClients(), 1);
-        hands.press(QStringLiteral("Disconnect"));
+        hands.disconnect();
         QCOMPARE(hands.status(), QStringLiteral("Disconnected"));
         QTRY_COMPARE(sim.liveClients(), 0);
     });
@@ -337,7 +337,9 @@ void SessionTest::refusedOnEveryEndpointFails()
     });
     QStringList expected{requestLine(sim.port(), QStringLiteral("14.074000"))};
     for (const QString &endpoint : kiwiSndEndpoints()) {
-        expected.append(tryingLine(sim.port(), endpoint)); // the toolkit tells of the end first
+        expected.append(tryingLine(sim.port(), endpoint));
+        expected.append(
+            QStringLiteral("Kiwi WebSocket error at %1: Connection refused").arg(endpoint));
     }
     expected.append(QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
     QCOMPARE(inLines(station.trace.lines()), inLines(expected));

@@ -120,7 +120,7 @@ void StreamEndsTest::bigMessagesAndFragmentsAreTaken()
         hands.enter(QStringLiteral("127.0.0.1"), sim.port(), QStringLiteral("14.074"));
         hands.apply();
         QTRY_VERIFY(soundFrames(hands.status()) >= 3);
-        hands.press(QStringLiteral("Disconnect"));
+        hands.disconnect();
     });
     QVERIFY(!station.trace.contains(QStringLiteral("error")));
 }

@@ -14,7 +14,7 @@ private:
     {
         Samples samples;
         for (int i = 0; i < count; ++i)
-            samples.append(qint16(8000 * std::sin(2 * M_PI * 500 * i / kSampleRateHz)));
+            samples.append(qint16(8000 * std::sin(2 * kPi * 500 * i / kSampleRateHz)));
         return samples;
     }
 

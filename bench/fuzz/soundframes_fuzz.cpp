@@ -1,0 +1,195 @@
+#include <QCoreApplication>
+#include <QDir>
+#include <QTemporaryDir>
+
+#include "bench/fuzz/fuzzing.h"
+#include "bench/fuzz/referenceadpcm.h"
+#include "decode/kiwiaudiocapture.h"
+#include "kiwi/sndframe.h"
+
+namespace
+{
+// What the capture has to hold, sample by sample and without any shortcut.
+class Reference
+{
+public:
+    using Counters = KiwiAudioCapture::PeriodCounters;
+
+    SoundOutcome takeFrame(const QByteArray &frame, qint64 nowMs, bool folderIsSet)
+    {
+        if (!started && !folderIsSet)
+            return {true, false, QStringLiteral("Capture directory was not configured.")};
+        if (!started)
+            start(nowMs);
+        ++counters.framesSeen;
+        armed |= nowMs >= periodStartMs;
+        closed = false;
+        if ((frame.at(3) & 0x10) != 0)
+            takeCompressed(frame.mid(10));
+        else
+            takePlain(frame.mid(10));
+        return {closed, closed, {}};
+    }
+
+    bool started = false;
+    bool armed = false;
+    qint64 periodStartMs = 0;
+    Counters counters;
+    ImaAdpcmState adpcm;
+    int closedPeriods = 0;
+
+private:
+    void start(qint64 nowMs)
+    {
+        started = true;
+        armed = false;
+        counters = {};
+        adpcm = {};
+        periodStartMs = (nowMs / 15000 + 1) * 15000;
+        if (periodStartMs - nowMs < 2500)
+            periodStartMs += 15000;
+    }
+
+    void takeCompressed(const QByteArray &payload)
+    {
+        ++counters.compressedFrames;
+        for (const char byte : payload) {
+            const int both = static_cast<quint8>(byte);
+            takeSample(referenceSample(adpcm, both % 16));
+            takeSample(referenceSample(adpcm, both / 16));
+        }
+    }
+
+    void takePlain(const QByteArray &payload)
+    {
+        ++counters.plainFrames;
+        for (int i = 0; i + 1 < payload.size(); i += 2) {
+            const int low = static_cast<quint8>(payload.at(i));
+            const int high = static_cast<quint8>(payload.at(i + 1));
+            const int both = low + 256 * high;
+            takeSample(both < 32768 ? both : both - 65536);
+        }
+    }
+
+    void takeSample(int sample)
+    {
+        if (!armed)
+            return;
+        ++counters.samples;
+        counters.sumOfSquares += qint64(sample) * sample;
+        counters.peak = qMax(counters.peak, sample < 0 ? -sample : sample);
+        if (counters.samples < 180000)
+            return;
+        counters = {};
+        periodStartMs += 15000;
+        closed = true;
+        ++closedPeriods;
+    }
+
+    bool closed = false;
+};
+
+bool same(const Reference::Counters &a, const Reference::Counters &b)
+{
+    return a.framesSeen == b.framesSeen && a.compressedFrames == b.compressedFrames &&
+           a.plainFrames == b.plainFrames && a.samples == b.samples &&
+           a.sumOfSquares == b.sumOfSquares && a.peak == b.peak;
+}
+
+void compare(const KiwiAudioCapture &capture, const Reference &reference)
+{
+    require(capture.isStarted() == reference.started, "started as the reference");
+    require(capture.isArmed() == reference.armed, "armed as the reference");
+    require(capture.periodStart() == reference.periodStartMs, "the reference's period start");
+    require(same(capture.periodCounters(), reference.counters), "the reference's counters");
+    require(capture.adpcmState().adpcmIndex == reference.adpcm.adpcmIndex, "the reference's index");
+    require(capture.adpcmState().adpcmPredictor == reference.adpcm.adpcmPredictor,
+            "the reference's predictor");
+}
+
+// Mostly short ones, so that runs are quick; the longest are longer than a receiver's.
+int readPayloadBytes(FuzzInput &input)
+{
+    const int code = input.byte();
+    return code >= 240 && input.isOneIn(64) ? (code - 239) * 4096 : code;
+}
+
+// A frame of the input's own flags and length, whose payload repeats a few bytes of the input, so
+// that a short input can fill a period.
+QByteArray readFrame(FuzzInput &input)
+{
+    QByteArray frame = "SND" + input.take(1).leftJustified(7, '\0');
+    const int payloadBytes = readPayloadBytes(input);
+    const QByteArray pattern = input.take(1 + input.byte() % 32).leftJustified(1, '\x77');
+    while (frame.size() < 10 + payloadBytes)
+        frame += pattern;
+    frame.truncate(10 + payloadBytes);
+    return frame;
+}
+
+// Runs the commands of the input; returns how many periods were closed.
+int play(FuzzInput &input, const QString &folder)
+{
+    constexpr int mostPeriods = 2;
+    constexpr int mostBytes = 500000;
+    KiwiAudioCapture capture;
+    capture.setCaptureFolder(folder);
+    const auto noLines = [](const QString &, const QStringList &) {
+        require(false, "without a decoder there are no lines");
+    };
+    capture.setPeriodCallback(noLines);
+    capture.setWorkerCallback(noLines);
+
+    Reference reference;
+    bool folderIsSet = true;
+    qint64 nowMs = 1768573395000; // a quarter minute
+    int bytes = 0;
+    while (!input.atEnd() && bytes < mostBytes && reference.closedPeriods < mostPeriods) {
+        switch (input.byte() % 8) {
+        case 0:
+            capture.reset();
+            reference = Reference();
+            break;
+        case 1:
+            folderIsSet = input.byte() % 2 == 0;
+            capture.setCaptureFolder(folderIsSet ? folder : QStringLiteral(" \t"));
+            break;
+        case 2:
+            nowMs += input.word();
+            break;
+        case 3:
+            nowMs -= input.word(); // clocks are set back, too
+            break;
+        default:
+            const QByteArray frame = readFrame(input);
+            require(isSndFrame(frame), "the frame is a sound frame");
+            const SoundOutcome outcome = capture.takeFrame(frame, QStringLiteral("r"), nowMs);
+            const SoundOutcome expected = reference.takeFrame(frame, nowMs, folderIsSet);
+            require(outcome.attempted == expected.attempted, "attempted as the reference");
+            require(outcome.succeeded == expected.succeeded, "succeeded as the reference");
+            require(outcome.text == expected.text, "the reference's reason");
+            bytes += frame.size();
+        }
+        compare(capture, reference);
+    }
+    QCoreApplication::sendPostedEvents(&capture);
+    return reference.closedPeriods;
+}
+} // namespace
+
+int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    qunsetenv("PELQ_JT9_PATH");
+    static const QCoreApplication application(*argc, *argv);
+    return 0;
+}
+
+// Input: commands of one byte each with their arguments.
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    static const QTemporaryDir folder;
+    FuzzInput input(data, size);
+    if (play(input, folder.path()) > 0)
+        require(QDir(folder.path()).isEmpty(), "no worker's folder is left behind");
+    return 0;
+}

@@ -1,0 +1,320 @@
+// What the bridge's clients receive.
+
+#include <QtNetwork>
+#include <QtTest>
+
+#include "bridgeclient.h"
+#include "displaystation.h"
+#include "tests/fixture/operator.h"
+
+class BridgeTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void aClientIsGreetedWithEighteenBytesAlone();
+    void aDecodeGoesOutByteForByte();
+    void fieldsCarryTheDecodersOwnText_data();
+    void fieldsCarryTheDecodersOwnText();
+    void linesThatAreNoDecodeStayBehind();
+    void thePeriodLabelIsTheTimeOfEveryLine();
+    void aMalformedLabelGivesTheFirstPrintedTimeToAll_data();
+    void aMalformedLabelGivesTheFirstPrintedTimeToAll();
+    void nonAsciiTravelsAsUtf8();
+    void theSameDecodeGoesOutOnce_data();
+    void theSameDecodeGoesOutOnce();
+    void aDifferentDecodeGoesOut_data();
+    void aDifferentDecodeGoesOut();
+    void afterNinetySecondsItGoesOutAgain();
+    void aDuplicateDoesNotProlongTheNinetySeconds();
+    void withoutClientsNothingIsKeptForLater();
+    void whatReachedNobodyIsTriedAgain();
+    void aClientThatCameLaterMissesWhatWasSent();
+    void everyClientHearsEveryDecode();
+    void manyClients();
+    void whatWasSentIsRememberedOverAStop();
+    void theReceiverIsRecordedFirstWithAllLines();
+
+private:
+    std::unique_ptr<DisplayStation> station;
+    std::unique_ptr<BridgeClient> client;
+
+    void deliver(const QStringList &lines, const QString &label = QStringLiteral("10:15:30"))
+    {
+        (*station)->onDecodesDelivered(label, lines);
+    }
+    // What the client heard since it was greeted. Lines keep their order on the way, so that
+    // whatever was sent has arrived when this last one has.
+    QByteArray heardSinceGreeting()
+    {
+        static int count = 0;
+        const QString last = QStringLiteral("LAST %1").arg(++count);
+        deliver({jt9Line(last)});
+        const QByteArray lastLine = decodeLine({"101530", "-12", "0.3", "1234", last.toLatin1()});
+        if (!QTest::qWaitFor([&] { return client->heard.endsWith(lastLine); }))
+            return "the last line did not arrive";
+        const QByteArray heard = client->heard;
+        return heard.mid(BridgeClient::readyLine().size(),
+                         heard.size() - BridgeClient::readyLine().size() - lastLine.size());
+    }
+};
+
+static const QString example = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42");
+static const QByteArray exampleSent = "PELQOUTPOST2|MTAxNTMwCS0xMgkwLjMJMTIzNAlDUSBLMUFCQyBGTjQy\n";
+
+void BridgeTest::init()
+{
+    station = std::make_unique<DisplayStation>();
+    client = std::make_unique<BridgeClient>(station->bridgePort);
+    QVERIFY(client->waitForGreeting());
+}
+
+void BridgeTest::cleanup()
+{
+    client.reset();
+    station.reset();
+}
+
+void BridgeTest::aClientIsGreetedWithEighteenBytesAlone()
+{
+    deliver({example});
+    QTRY_COMPARE(client->heard.size(), 18 + exampleSent.size());
+    QCOMPARE(client->heard, "PELQBRIDGE2|READY\n" + exampleSent);
+}
+
+void BridgeTest::aDecodeGoesOutByteForByte()
+{
+    deliver({example});
+    QCOMPARE(heardSinceGreeting(), exampleSent);
+}
+
+void BridgeTest::fieldsCarryTheDecodersOwnText_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QByteArrayList>("fields");
+
+    QTest::newRow("blanks collapse")
+        << QStringLiteral("\t101530  -12 0.3\t1234  ~  CQ  K1ABC \t FN42 \r\n")
+        << QByteArrayList{"101530", "-12", "0.3", "1234", "CQ K1ABC FN42"};
+    QTest::newRow("numbers as printed")
+        << QStringLiteral("101530 +03 -0.0 0042 ~ cq ~ x")
+        << QByteArrayList{"101530", "+03", "-0.0", "0042", "cq ~ x"};
+    QTest::newRow("a long message is one line")
+        << QStringLiteral("101530 3 1 42 ~ ") + QString(200, QLatin1Char('A'))
+        << QByteArrayList{"101530", "3", "1", "42", QByteArray(200, 'A')};
+}
+
+void BridgeTest::fieldsCarryTheDecodersOwnText()
+{
+    QFETCH(QString, line);
+    QFETCH(QByteArrayList, fields);
+    deliver({line});
+    QCOMPARE(heardSinceGreeting(), decodeLine(fields));
+}
+
+void BridgeTest::linesThatAreNoDecodeStayBehind()
+{
+    deliver({QStringLiteral("<DecodeFinished>   0  17        0"), QString(),
+             QStringLiteral("101530 -12 0.3 1234 CQ K1ABC FN42"),
+             QStringLiteral("101530 -12 0.3 1234 ~ "), QStringLiteral("101530 0.3 1234 ~ CQ"),
+             QStringLiteral("10153 -12 0.3 1234 ~ CQ"), example});
+    QCOMPARE(heardSinceGreeting(), exampleSent);
+}
+
+void BridgeTest::thePeriodLabelIsTheTimeOfEveryLine()
+{
+    deliver({QStringLiteral("000000 -1 0.1 500 ~ CQ A1A"),
+             QStringLiteral("235959 -2 0.2 600 ~ CQ B1B")},
+            QStringLiteral(" 10:15:45 "));
+    QCOMPARE(heardSinceGreeting(), decodeLine({"101545", "-1", "0.1", "500", "CQ A1A"}) +
+                                       decodeLine({"101545", "-2", "0.2", "600", "CQ B1B"}));
+}
+
+void BridgeTest::aMalformedLabelGivesTheFirstPrintedTimeToAll_data()
+{
+    QTest::addColumn<QString>("label");
+
+    QTest::newRow("empty") << QString();
+    QTest::newRow("too short") << QStringLiteral("10:15");
+    QTest::newRow("too long") << QStringLiteral("10:15:30:00");
+}
+
+void BridgeTest::aMalformedLabelGivesTheFirstPrintedTimeToAll()
+{
+    QFETCH(QString, label);
+    deliver({QStringLiteral("999999 no decode"), QStringLiteral("111115 -1 0.1 500 ~ CQ A1A"),
+             QStringLiteral("222230 -2 0.2 600 ~ CQ B1B")},
+            label);
+    deliver({QStringLiteral("222230 -3 0.3 700 ~ CQ C1C")}, label);
+    QCOMPARE(heardSinceGreeting(), decodeLine({"111115", "-1", "0.1", "500", "CQ A1A"}) +
+                                       decodeLine({"111115", "-2", "0.2", "600", "CQ B1B"}) +
+                                       decodeLine({"222230", "-3", "0.3", "700", "CQ C1C"}));
+}
+
+void BridgeTest::nonAsciiTravelsAsUtf8()
+{
+    deliver({jt9Line(QStringLiteral("GRÜẞE 日本"))});
+    QCOMPARE(heardSinceGreeting(), decodeLine({"101530", "-12", "0.3", "1234",
+                                               "GR\xC3\x9C\xE1\xBA\x9E"
+                                               "E \xE6\x97\xA5\xE6\x9C\xAC"}));
+}
+
+void BridgeTest::theSameDecodeGoesOutOnce_data()
+{
+    QTest::addColumn<QString>("again");
+
+    QTest::newRow("the same line") << example;
+    QTest::newRow("other letter case") << QStringLiteral("101530 -12 0.3 1234 ~ cq k1abc Fn42");
+    QTest::newRow("other SNR and DT") << QStringLiteral("101530 5 -1.1 1234 ~ CQ K1ABC FN42");
+    QTest::newRow("other printed time") << QStringLiteral("101545 5 -1.1 1234 ~ CQ K1ABC FN42");
+    QTest::newRow("other blanks") << QStringLiteral("101530 5 0.3 1234 ~ CQ  K1ABC\tFN42 ");
+}
+
+void BridgeTest::theSameDecodeGoesOutOnce()
+{
+    QFETCH(QString, again);
+    deliver({example, again});
+    deliver({again});
+    station->nowMs += 90000;
+    deliver({again});
+    QCOMPARE(heardSinceGreeting(), exampleSent);
+}
+
+void BridgeTest::aDifferentDecodeGoesOut_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QByteArray>("sent");
+
+    const QString label = QStringLiteral("10:15:30");
+    QTest::newRow("other frequency")
+        << QStringLiteral("101530 -12 0.3 1235 ~ CQ K1ABC FN42") << label
+        << decodeLine({"101530", "-12", "0.3", "1235", "CQ K1ABC FN42"});
+    QTest::newRow("other message") << QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN43") << label
+                                   << decodeLine({"101530", "-12", "0.3", "1234", "CQ K1ABC FN43"});
+    QTest::newRow("other period") << example << QStringLiteral("10:15:45")
+                                  << decodeLine({"101545", "-12", "0.3", "1234", "CQ K1ABC FN42"});
+}
+
+void BridgeTest::aDifferentDecodeGoesOut()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, label);
+    QFETCH(QByteArray, sent);
+    deliver({example});
+    deliver({line}, label);
+    QCOMPARE(heardSinceGreeting(), exampleSent + sent);
+}
+
+void BridgeTest::afterNinetySecondsItGoesOutAgain()
+{
+    deliver({example});
+    station->nowMs += 90000;
+    deliver({example});
+    station->nowMs += 1;
+    deliver({example});
+    deliver({example});
+    QCOMPARE(heardSinceGreeting(), exampleSent + exampleSent);
+}
+
+void BridgeTest::aDuplicateDoesNotProlongTheNinetySeconds()
+{
+    deliver({example});
+    station->nowMs += 60000;
+    deliver({example});
+    station->nowMs += 30001;
+    deliver({example});
+    QCOMPARE(heardSinceGreeting(), exampleSent + exampleSent);
+}
+
+void BridgeTest::withoutClientsNothingIsKeptForLater()
+{
+    client->socket.close();
+    QTRY_VERIFY(summaryLine(**station).contains(QStringLiteral("Bridge Disconnected")));
+    deliver({example, jt9Line(QStringLiteral("CQ W1AW FN31"))});
+    client = std::make_unique<BridgeClient>(station->bridgePort);
+    QVERIFY(client->waitForGreeting());
+    deliver({example}); // was not remembered as sent
+    QCOMPARE(heardSinceGreeting(), exampleSent);
+}
+
+void BridgeTest::whatReachedNobodyIsTriedAgain()
+{
+    auto *server = (*station)->findChild<QTcpServer *>();
+    auto *atTheStation = server->findChild<QTcpSocket *>();
+    atTheStation->write("x"); // closing waits for this
+    atTheStation->disconnectFromHost();
+    QCOMPARE(atTheStation->state(), QAbstractSocket::ClosingState);
+    deliver({example});
+    QTRY_VERIFY(summaryLine(**station).contains(QStringLiteral("Bridge Disconnected")));
+    QCOMPARE(client->heard.count("PELQOUTPOST2"), 0);
+    client = std::make_unique<BridgeClient>(station->bridgePort);
+    QVERIFY(client->waitForGreeting());
+    deliver({example});
+    QCOMPARE(heardSinceGreeting(), exampleSent);
+}
+
+void BridgeTest::aClientThatCameLaterMissesWhatWasSent()
+{
+    deliver({example});
+    client = std::make_unique<BridgeClient>(station->bridgePort);
+    QVERIFY(client->waitForGreeting());
+    deliver({example});
+    QCOMPARE(heardSinceGreeting(), QByteArray());
+}
+
+void BridgeTest::everyClientHearsEveryDecode()
+{
+    const BridgeClient second(station->bridgePort);
+    QVERIFY(second.waitForGreeting());
+    deliver({example, jt9Line(QStringLiteral("CQ W1AW FN31"))});
+    const QByteArray sent =
+        exampleSent + decodeLine({"101530", "-12", "0.3", "1234", "CQ W1AW FN31"});
+    QTRY_COMPARE(second.heard, BridgeClient::readyLine() + sent);
+    QCOMPARE(heardSinceGreeting(), sent);
+}
+
+void BridgeTest::manyClients()
+{
+    std::vector<std::unique_ptr<BridgeClient>> clients;
+    for (int i = 0; i < 100; ++i)
+        clients.push_back(std::make_unique<BridgeClient>(station->bridgePort));
+    for (const auto &each : clients)
+        QVERIFY(each->waitForGreeting());
+    deliver({example});
+    for (const auto &each : clients)
+        QTRY_COMPARE(each->heard, BridgeClient::readyLine() + exampleSent);
+    clients.erase(clients.begin(), clients.begin() + 50);
+    deliver({jt9Line(QStringLiteral("CQ W1AW FN31"))});
+    for (const auto &each : clients)
+        QTRY_COMPARE(each->heard.count('\n'), 3);
+}
+
+void BridgeTest::whatWasSentIsRememberedOverAStop()
+{
+    deliver({example});
+    (*station)->stopBridgeFromMenu();
+    (*station)->startBridgeFromMenu();
+    client = std::make_unique<BridgeClient>(station->bridgePort);
+    QVERIFY(client->waitForGreeting());
+    deliver({example});
+    QCOMPARE(heardSinceGreeting(), QByteArray());
+}
+
+void BridgeTest::theReceiverIsRecordedFirstWithAllLines()
+{
+    const QString file = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    deliver({});
+    QVERIFY(!QFile::exists(file));
+    deliver({QStringLiteral("no decode"), example, example});
+    const QJsonArray receivers = QJsonDocument::fromJson(fileBytes(file)).array();
+    QCOMPARE(receivers.size(), 1);
+    QCOMPARE(receivers.first().toObject().value(QStringLiteral("LastDecodeCount")).toInt(), 3);
+    deliver({example}, QStringLiteral("10:15:45"));
+    QCOMPARE(QJsonDocument::fromJson(fileBytes(file)).array(), receivers);
+}
+
+OUTPOST_WINDOW_TEST_MAIN(BridgeTest)
+#include "bridge_test.moc"

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QTcpSocket>
+#include <QTest>
+
+// A program that listens to the bridge, and all that it has heard.
+class BridgeClient
+{
+public:
+    explicit BridgeClient(int port)
+    {
+        QObject::connect(&socket, &QTcpSocket::readyRead, &socket,
+                         [this] { heard += socket.readAll(); });
+        socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));
+    }
+
+    bool waitForGreeting() const
+    {
+        return QTest::qWaitFor([this] { return heard == readyLine(); });
+    }
+    static QByteArray readyLine() { return "PELQBRIDGE2|READY\n"; }
+
+    QTcpSocket socket;
+    QByteArray heard;
+};
+
+// The bridge's line for these fields, made without the program's help.
+inline QByteArray decodeLine(const QByteArrayList &fields)
+{
+    return "PELQOUTPOST2|" + fields.join('\t').toBase64() + '\n';
+}

@@ -1,0 +1,296 @@
+// Clients that misbehave, and a station that runs out of descriptors.
+
+#include <QtNetwork>
+#include <QtTest>
+
+#include "bridgeclient.h"
+#include "displaystation.h"
+#include "tests/fixture/logtrace.h"
+#include "tests/fixture/operator.h"
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+// A client whose kernel buffers stay small and that nobody reads from.
+class LazyClient
+{
+public:
+    explicit LazyClient(int port)
+    {
+        const int small = 2048;
+        setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<quint16>(port));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        isConnected =
+            connect(descriptor, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+    }
+    ~LazyClient() { close(descriptor); }
+    LazyClient(const LazyClient &) = delete;
+    LazyClient &operator=(const LazyClient &) = delete;
+
+    const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
+    bool isConnected = false;
+};
+
+// While it lives, this process can open no further descriptor.
+class DescriptorShortage
+{
+public:
+    DescriptorShortage()
+    {
+        getrlimit(RLIMIT_NOFILE, &before);
+        // The event loop cannot wait for more descriptors than the limit.
+        for (int i = 0; i < 300; ++i)
+            fillers.append(dup(STDERR_FILENO));
+        rlimit low = before;
+        low.rlim_cur = static_cast<rlim_t>(fillers.last()) + 1;
+        setrlimit(RLIMIT_NOFILE, &low);
+        for (int next = dup(STDERR_FILENO); next >= 0; next = dup(STDERR_FILENO))
+            fillers.append(next);
+    }
+    ~DescriptorShortage()
+    {
+        setrlimit(RLIMIT_NOFILE, &before);
+        for (const int filler : qAsConst(fillers))
+            close(filler);
+    }
+    DescriptorShortage(const DescriptorShortage &) = delete;
+    DescriptorShortage &operator=(const DescriptorShortage &) = delete;
+
+private:
+    rlimit before{};
+    QVector<int> fillers;
+};
+
+static const QString oneRemains =
+    QStringLiteral("WSJT bridge client disconnected; 1 client(s) remain.");
+
+class BridgeClientsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void theStationSendsWithoutDelay();
+    void aClientThatNeverReadsIsDroppedAtABound();
+    void whatDroppedTheOnlyClientIsTriedAgain();
+    void aClientThatReadsSlowlyIsKept();
+    void whatClientsSendIsThrownAway();
+    void aClientThatVanishesIsGone();
+    void aClientThatClosesIsGone();
+    void aClientThatIsGoneBeforeItIsGreeted();
+    void clientsComeInAgainAfterAShortageOfDescriptors();
+    void clientsComeInAfterAShortageFromTheStart();
+
+private:
+    std::unique_ptr<LogTrace> trace;
+    std::unique_ptr<DisplayStation> station;
+    std::unique_ptr<BridgeClient> client; // an ordinary one, besides the other
+    int delivered = 0;
+
+    QList<QTcpSocket *> atTheStation() const
+    {
+        return (*station)->findChild<QTcpServer *>()->findChildren<QTcpSocket *>();
+    }
+    // About 60 kB on the wire.
+    void deliverMuch()
+    {
+        QStringList lines;
+        for (int i = 0; i < 20; ++i)
+            lines.append(jt9Line(QString(2200, QLatin1Char('A')), ++delivered));
+        (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), lines);
+    }
+    // Whether the ordinary client hears the next decode.
+    bool isHeard()
+    {
+        const QByteArray line = "CQ " + QByteArray::number(++delivered);
+        (*station)->onDecodesDelivered(QStringLiteral("10:15:30"),
+                                       {jt9Line(QString::fromLatin1(line))});
+        const QByteArray sent = decodeLine({"101530", "-12", "0.3", "1234", line});
+        return QTest::qWaitFor([&] { return client->heard.endsWith(sent); });
+    }
+};
+
+void BridgeClientsTest::init()
+{
+    trace = std::make_unique<LogTrace>();
+    station = std::make_unique<DisplayStation>();
+    client = std::make_unique<BridgeClient>(station->bridgePort);
+    QVERIFY(client->waitForGreeting());
+}
+
+void BridgeClientsTest::cleanup()
+{
+    client.reset();
+    station.reset();
+    trace.reset();
+}
+
+void BridgeClientsTest::theStationSendsWithoutDelay()
+{
+    int noDelay = 0;
+    socklen_t size = sizeof noDelay;
+    const auto descriptor = static_cast<int>(atTheStation().first()->socketDescriptor());
+    QCOMPARE(getsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &noDelay, &size), 0);
+    QVERIFY(noDelay != 0);
+}
+
+void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
+{
+    const LazyClient lazy(station->bridgePort);
+    QVERIFY(lazy.isConnected);
+    QTRY_COMPARE(atTheStation().size(), 2);
+    const BridgeClient third(station->bridgePort); // behind it in the list
+    QVERIFY(third.waitForGreeting());
+    qint64 mostWaiting = 0;
+    const QString remain = QStringLiteral("WSJT bridge client disconnected; 2 client(s) remain.");
+    for (int i = 0; i < 400 && trace->count(remain) == 0; ++i) {
+        deliverMuch();
+        for (const QTcpSocket *socket : atTheStation())
+            mostWaiting = qMax(mostWaiting, socket->bytesToWrite());
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(trace->count(remain), 1);
+    QVERIFY(mostWaiting <= 4 * 1024 * 1024);
+    QVERIFY(mostWaiting > 1024 * 1024);
+    QVERIFY(isHeard());
+    QCOMPARE(client->heard.count('\n'), delivered + 1); // nobody else missed a line
+    QTRY_COMPARE(third.heard.size(), client->heard.size());
+}
+
+void BridgeClientsTest::whatDroppedTheOnlyClientIsTriedAgain()
+{
+    client->socket.close();
+    QTRY_VERIFY(atTheStation().isEmpty());
+    const LazyClient lazy(station->bridgePort);
+    QTRY_VERIFY(summaryLine(**station).contains(QStringLiteral("Bridge Connected")));
+    const QString attached = QStringLiteral("Bridge Connected");
+    for (int i = 0; i < 400 && summaryLine(**station).contains(attached); ++i)
+        deliverMuch();
+    QVERIFY(!summaryLine(**station).contains(attached));
+    client = std::make_unique<BridgeClient>(station->bridgePort);
+    QVERIFY(client->waitForGreeting());
+    delivered -= 20; // the same batch as the last
+    deliverMuch();
+    QVERIFY(isHeard());
+    QVERIFY(client->heard.count('\n') > 2);
+}
+
+void BridgeClientsTest::aClientThatReadsSlowlyIsKept()
+{
+    BridgeClient slow(station->bridgePort);
+    QVERIFY(slow.waitForGreeting());
+    slow.socket.setReadBufferSize(1);
+    slow.socket.blockSignals(true); // reads nothing for a while
+    for (int i = 0; i < 30; ++i)
+        deliverMuch(); // less than the bound
+    QVERIFY(isHeard());
+    slow.socket.blockSignals(false);
+    slow.socket.setReadBufferSize(0);
+    slow.heard += slow.socket.readAll();
+    QTRY_COMPARE(slow.heard.size(), client->heard.size());
+    QCOMPARE(slow.heard, client->heard);
+}
+
+void BridgeClientsTest::whatClientsSendIsThrownAway()
+{
+    const QByteArray megabyte(1024 * 1024, 'x');
+    qint64 mostKept = 0;
+    for (int i = 0; i < 20; ++i) {
+        client->socket.write(megabyte);
+        QTRY_VERIFY(client->socket.bytesToWrite() < megabyte.size());
+        mostKept = qMax(mostKept, atTheStation().first()->bytesAvailable());
+    }
+    QVERIFY(atTheStation().first()->readBufferSize() > 0); // 0 would be without bound
+    QTRY_COMPARE(client->socket.bytesToWrite(), 0);
+    QTRY_COMPARE(atTheStation().first()->bytesAvailable(), 0);
+    QVERIFY(mostKept <= 64 * 1024);
+    QVERIFY(isHeard());
+    client->socket.abort();
+    QTRY_VERIFY(atTheStation().isEmpty());
+}
+
+void BridgeClientsTest::aClientThatVanishesIsGone()
+{
+    BridgeClient other(station->bridgePort);
+    QVERIFY(other.waitForGreeting());
+    const linger reset{1, 0};
+    setsockopt(static_cast<int>(other.socket.socketDescriptor()), SOL_SOCKET, SO_LINGER, &reset,
+               sizeof reset);
+    other.socket.write(QByteArray(100000, 'x'));
+    other.socket.abort();
+    QTRY_COMPARE(trace->count(oneRemains), 1);
+    QTRY_COMPARE(atTheStation().size(), 1);
+    QVERIFY(isHeard());
+}
+
+void BridgeClientsTest::aClientThatClosesIsGone()
+{
+    BridgeClient other(station->bridgePort);
+    QVERIFY(other.waitForGreeting());
+    other.socket.disconnectFromHost();
+    QTRY_COMPARE(trace->count(oneRemains), 1);
+    QTRY_COMPARE(atTheStation().size(), 1);
+    QVERIFY(isHeard());
+}
+
+void BridgeClientsTest::aClientThatIsGoneBeforeItIsGreeted()
+{
+    {
+        const LazyClient hasty(station->bridgePort);
+        QVERIFY(hasty.isConnected);
+    }
+    QTRY_COMPARE(trace->count(oneRemains), 1);
+    QVERIFY(isHeard());
+}
+
+void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
+{
+    QTcpSocket waiting;
+    waiting.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
+    {
+        const DescriptorShortage shortage;
+        QVERIFY(waiting.waitForConnected());
+        QVERIFY(isHeard()); // the other client does not suffer
+        QCOMPARE(atTheStation().size(), 1);
+    }
+    QTRY_COMPARE(atTheStation().size(), 2);
+    QTRY_COMPARE(waiting.bytesAvailable(), 18);
+    QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
+}
+
+void BridgeClientsTest::clientsComeInAfterAShortageFromTheStart()
+{
+    (*station)->stopBridge();
+    QTRY_COMPARE(client->socket.state(), QAbstractSocket::UnconnectedState);
+    QTRY_VERIFY((*station)->findChildren<QTcpServer *>().isEmpty());
+    (*station)->startBridge(); // nobody has been accepted by this listener
+    QTcpSocket waiting;
+    waiting.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
+    {
+        const DescriptorShortage shortage;
+        QTRY_VERIFY(trace->contains(QStringLiteral("WSJT bridge client not accepted: ")));
+        QVERIFY(atTheStation().isEmpty());
+    }
+    QTRY_COMPARE(atTheStation().size(), 1);
+    QTRY_COMPARE(waiting.bytesAvailable(), 18);
+    QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
+    // From now on it is an ordinary listener again, which neither complains nor waits.
+    QElapsedTimer sinceShortage;
+    sinceShortage.start();
+    for (int i = 0; i < 5; ++i) {
+        const BridgeClient another(station->bridgePort);
+        QVERIFY(another.waitForGreeting());
+    }
+    QVERIFY(sinceShortage.elapsed() < 2000);
+    QCOMPARE(trace->lines().filter(QStringLiteral("not accepted")).size(), 1);
+}
+
+OUTPOST_WINDOW_TEST_MAIN(BridgeClientsTest)
+#include "bridgeclients_test.moc"

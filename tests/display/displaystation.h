@@ -1,0 +1,71 @@
+#pragma once
+
+#include "app/mainwindow.h"
+#include "store/settings.h"
+#include "tests/fixture/home.h"
+#include "tests/fixture/scripteddecoder.h"
+
+#include <QDateTime>
+#include <QJsonObject>
+
+// A shown window in a fresh home: its time of day stands still until a test moves it, its bridge
+// listens on a free port and its decoder decodes nothing.
+class DisplayStation
+{
+public:
+    explicit DisplayStation(const QStringList &storedHighlightCalls = {})
+    {
+        testHome().clear();
+        testHome().writeProfile(profile(bridgePort));
+        QSettings settings = stationSettings();
+        settings.clear();
+        settings.setValue(QStringLiteral("highlight/calls"), storedHighlightCalls);
+        settings.sync();
+        window = std::make_unique<MainWindow>(clock());
+        window->show();
+    }
+
+    MainWindow *operator->() const { return window.get(); }
+    MainWindow &operator*() const { return *window; }
+    std::function<qint64()> clock() const
+    {
+        return [this] { return nowMs; };
+    }
+    QJsonObject profile(int port) const
+    {
+        return {{QStringLiteral("Host"), QStringLiteral("receiver.test")},
+                {QStringLiteral("Port"), 8073},
+                {QStringLiteral("Jt9Path"), decoder.path()},
+                {QStringLiteral("BridgePort"), port}};
+    }
+
+    int bridgePort = freePort();
+    qint64 nowMs = anotherDayMs(); // UTC, at 10:15:44
+    std::unique_ptr<MainWindow> window;
+
+private:
+    // What the bridge sent for one station is old for the next one.
+    static qint64 anotherDayMs()
+    {
+        static QDateTime time(QDate(2026, 1, 30), QTime(10, 15, 44), Qt::UTC);
+        time = time.addDays(1);
+        return time.toMSecsSinceEpoch();
+    }
+
+    ScriptedDecoder decoder{"exit 0"};
+};
+
+inline QString jt9Line(const QString &message, int audioHz = 1234, const QString &snr = {})
+{
+    return QStringLiteral("101530 %1 0.3 %2 ~ %3")
+        .arg(snr.isEmpty() ? QStringLiteral("-12") : snr, QString::number(audioHz), message);
+}
+
+// So many decodes, all different.
+inline QStringList jt9Lines(int count)
+{
+    QStringList lines;
+    for (int i = 0; i < count; ++i)
+        lines.append(jt9Line(QStringLiteral("CQ K%1ABC FN42").arg(i % 10), 300 + i));
+    return lines;
+}

@@ -1,0 +1,312 @@
+"""A person, a receiver and a display for the built programs; nothing outside the build folder and
+temporary folders is touched. CTest names the build folder in OUTPOST_BUILD."""
+
+import base64
+import json
+import os
+import re
+import shutil
+import socket
+import subprocess
+import tempfile
+import threading
+import time
+from pathlib import Path
+
+BUILD = Path(os.environ["OUTPOST_BUILD"])
+PROGRAMS = BUILD / "bin"
+# The synthetic band takes 10 s to make; all station tests share it.
+CACHE = BUILD / "cache"
+CAPTURE = BUILD / "capture"
+SCREENSHOTS = BUILD / "screenshots"
+
+
+def wait_for(condition, what, seconds=20):
+    """The condition's first true value."""
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        value = condition()
+        if value:
+            return value
+        time.sleep(0.05)
+    raise AssertionError(f"no {what} within {seconds} s")
+
+
+def run_along(command):
+    """The command so that it ends with this test, however that ends."""
+    return ["setpriv", "--pdeathsig", "KILL", *(str(part) for part in command)]
+
+
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as server:
+        return server.getsockname()[1]
+
+
+class Home:
+    """A home of the test's own, thrown away at the end."""
+
+    def __init__(self):
+        self._folder = tempfile.TemporaryDirectory(prefix="station-")
+        self.path = Path(self._folder.name)
+        self.data = self.path / "data" / "PELQ" / "KiwiOutpost"
+        self.data.mkdir(parents=True)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self._folder.cleanup()
+
+    def environment(self, display):
+        changes = {
+            "HOME": self.path,
+            "XDG_DATA_HOME": self.path / "data",
+            "XDG_CONFIG_HOME": self.path / "config",
+            "XDG_CACHE_HOME": CACHE,
+            "XDG_RUNTIME_DIR": self.path,
+            "PELQ_KIWI_STAGE_CAPTURE_DIR": self.path,
+            "QT_FORCE_STDERR_LOGGING": "1",
+            "TZ": "UTC",
+        }
+        kept = {name: value for name, value in os.environ.items()
+                if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "PELQ_JT9_PATH")}
+        kept.update({name: str(value) for name, value in changes.items()})
+        kept.update({"DISPLAY": display} if display else {"QT_QPA_PLATFORM": "offscreen"})
+        return kept
+
+    def write_profile(self, **fields):
+        (self.data / "default-profile.json").write_text(json.dumps(fields))
+
+    def read_json(self, name):
+        return json.loads((self.data / name).read_text())
+
+
+class Program:
+    """A running program and what it has said so far, line by line."""
+
+    def __init__(self, command, environment, errors=subprocess.STDOUT):
+        self._process = subprocess.Popen(
+            run_along(command), env=environment, text=True,
+            stdout=subprocess.PIPE, stderr=errors, stdin=subprocess.DEVNULL)
+        self.lines = []
+        self._reader = threading.Thread(target=self._read, daemon=True)
+        self._reader.start()
+
+    def _read(self):
+        for line in self._process.stdout:
+            self.lines.append(line.rstrip("\n"))
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, failure, *_):
+        self.kill()
+        if failure:
+            print(*self.lines, sep="\n")
+
+    def kill(self):
+        self._process.kill()
+        self._process.wait()
+        self._reader.join()
+        self._process.stdout.close()
+
+    def exit_status(self, seconds):
+        status = self._process.wait(seconds)
+        self._reader.join()
+        return status
+
+    def wait_for_line(self, pattern, seconds=20):
+        """The first line in which the pattern is found, as a match."""
+        def find():
+            return next(filter(None, (re.search(pattern, line) for line in list(self.lines))), None)
+        return wait_for(find, f"line {pattern!r}", seconds)
+
+
+class Receiver(Program):
+    """The receiver simulator; `saved` holds the periods as its listeners heard them."""
+
+    def __init__(self, home, *options):
+        self._saved = home.path / "heard"
+        command = [PROGRAMS / "kiwi-sim", "--port", "0", "--save", self._saved, *options]
+        super().__init__(command, home.environment(None))
+        self.port = int(self.wait_for_line(r"^listening on 127\.0\.0\.1 port (\d+)", 60)[1])
+
+    def heard_period(self, number, seconds=60):
+        """The recording of the first listener's period, numbered from 0."""
+        def find():
+            return sorted(self._saved.glob("*.wav"))[number:number + 1]
+        return wait_for(find, f"period {number}", seconds)[0]
+
+
+def synthetic_band(home):
+    """The recordings of the simulator's band in order, made now when they are not in the cache."""
+    with Receiver(home):
+        folder = max(CACHE.glob("kiwi-sim/band-*"), key=lambda path: path.stat().st_mtime)
+    return sorted(folder.glob("period-*.wav"))
+
+
+class Display:
+    """A screen of its own with a window manager, a keyboard and a mouse."""
+
+    def __init__(self, home):
+        number, self._number_end = os.pipe()
+        self._server = subprocess.Popen(
+            run_along(["Xvfb", "-displayfd", self._number_end, "-screen", "0", "1024x768x24",
+                       "-nolisten", "tcp"]),
+            pass_fds=[self._number_end], stderr=subprocess.DEVNULL)
+        os.close(self._number_end)
+        with os.fdopen(number) as pipe:
+            self.name = ":" + pipe.readline().strip()
+        self._environment = home.environment(self.name)
+        self._manager = subprocess.Popen(run_along(["openbox"]), env=self._environment,
+                                         stderr=subprocess.DEVNULL)
+
+    def __enter__(self):
+        wait_for(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
+                 "window manager")
+        return self
+
+    def __exit__(self, *_):
+        for process in (self._manager, self._server):
+            process.terminate()
+            process.wait()
+
+    def run(self, *command):
+        return subprocess.run([str(part) for part in command], env=self._environment, text=True,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=20,
+                              check=False).stdout
+
+    def window(self, title, seconds=20):
+        """The visible window of exactly this title, raised and with the keyboard."""
+        def find():
+            return self.run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$").split()
+        window = wait_for(find, f"window {title!r}", seconds)[0]
+        self.run("xdotool", "windowactivate", "--sync", window)
+        return window
+
+    def close(self, window):
+        """Closes a dialog by Escape."""
+        self.run("xdotool", "windowactivate", "--sync", window)
+        self.press("Escape")
+        wait_for(lambda: "IsViewable" not in self.run("xwininfo", "-id", window), "closing")
+
+    def press(self, *keys):
+        self.run("xdotool", "key", "--delay", "40", *keys)
+
+    def fill(self, text):
+        """Replaces what the focused field holds."""
+        self.press("ctrl+a")
+        self.write(text)
+
+    def write(self, text):
+        self.run("xdotool", "type", "--delay", "20", text)
+
+    def click(self, window, x, y):
+        self.run("xdotool", "mousemove", "--sync", "--window", window, x, y, "click", "1")
+
+    def copied_text(self, window, x, y):
+        """What a person gets who clicks there, selects all and copies."""
+        def clipboard():
+            return self.run(BUILD / "tests" / "station_clipboard")
+
+        def copy():
+            self.click(window, x, y)
+            self.press("ctrl+a", "ctrl+c")
+            text = clipboard()
+            return text if text != before else None
+        before = clipboard()
+        return wait_for(copy, "copied text")
+
+    def screenshot(self, window, name):
+        """For a person to look at; taken as soon as the window has been painted."""
+        SCREENSHOTS.mkdir(exist_ok=True)
+        picture = SCREENSHOTS / f"{name}.png"
+
+        def taken():
+            self.run("import", "-window", window, picture)
+            return int(self.run("identify", "-format", "%k", picture)) > 16  # colours
+        wait_for(taken, f"picture of {name}")
+
+
+class Station(Program):
+    """The program, worked with keys and mouse."""
+
+    TITLE = r"PELQ Kiwi Outpost( \(FT8 Decode Complete\))?"
+
+    def __init__(self, home, display):
+        self.bridge_port = free_port()
+        self._display = display
+        home.write_profile(BridgePort=self.bridge_port)
+        super().__init__([PROGRAMS / "kiwi-outpost"], home.environment(display.name))
+        self.wait_for_line(f"Local WSJT bridge listening on 127.0.0.1:{self.bridge_port}.")
+        self.window()
+
+    def window(self):
+        return self._display.window(self.TITLE)
+
+    def log(self):
+        """The program's trace without the local time before each line."""
+        return [line[9:] for line in list(self.lines) if re.match(r"\d\d:\d\d:\d\d ", line)]
+
+    def wait_until_decoded(self, hhmmss):
+        """Until the period's decoders, of which one has reported, have put away their files."""
+        wait_for(lambda: not list(CAPTURE.glob(f"WORKER_*_{hhmmss}_*")), "end of decoding", 50)
+
+    def kill(self):
+        super().kill()
+        for left in CAPTURE.glob("WORKER_*"):
+            shutil.rmtree(left, ignore_errors=True)  # a decoder may still write
+
+    def open_view(self, entry, title):
+        """Settings > View, then the entry counted from 0; the window that it opens."""
+        self.window()
+        self._display.press("alt+s", "Up", "Right", *["Down"] * entry, "Return")
+        return self._display.window(title)
+
+    def open_receiver_dialog(self):
+        self.window()
+        self._display.press("alt+s", "Return")
+        return self._display.window("Kiwi Receiver")
+
+    def apply_and_connect(self, port, band):
+        """In the open receiver dialog: host, port, the first letters of the band, Enter."""
+        self._display.fill("127.0.0.1")
+        self._display.press("Tab")
+        self._display.fill(port)
+        self._display.press("Tab")
+        self._display.write(band)
+        self._display.press("Tab", "Return")
+        self.wait_for_line("Native Kiwi connection requested")
+
+
+class BridgeClient:
+    """A local program that listens on the bridge."""
+
+    READY = b"PELQBRIDGE2|READY\n"
+    TAG = "PELQOUTPOST2|"
+
+    def __init__(self, port):
+        self._socket = socket.create_connection(("127.0.0.1", port))
+        self._received = b""
+        self._reader = threading.Thread(target=self._read, daemon=True)
+        self._reader.start()
+        wait_for(lambda: self._received.startswith(self.READY), "ready line")
+
+    def _read(self):
+        for chunk in iter(lambda: self._socket.recv(4096), b""):
+            self._received += chunk
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self._socket.shutdown(socket.SHUT_RDWR)
+        self._reader.join()
+        self._socket.close()
+
+    def decodes(self):
+        """The fields time, SNR, DT, Hz and message of each whole decode line, as they came."""
+        lines = self._received[len(self.READY):].decode("ascii").split("\n")[:-1]
+        assert all(line.startswith(self.TAG) for line in lines), lines
+        return [tuple(base64.b64decode(line[len(self.TAG):], validate=True).decode().split("\t"))
+                for line in lines]

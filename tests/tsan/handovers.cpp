@@ -1,0 +1,104 @@
+#include <QMetaObject>
+#include <QObject>
+#include <QRunnable>
+#include <QThreadPool>
+
+#include <sanitizer/tsan_interface.h>
+
+// The toolkit's library is not built with ThreadSanitizer, which therefore does not see the locks
+// inside that make its hand-overs safe: a task to the pool, a finished task to who waits for the
+// pool, a call to another thread's event loop. The linker puts these functions in their place
+// (--wrap); they tell the sanitizer of just these hand-overs and leave everything else to it.
+
+using QtPrivate::QSlotObjectBase;
+
+namespace
+{
+class HandedTask : public QRunnable
+{
+public:
+    HandedTask(QThreadPool *taskPool, QRunnable *handedTask) : pool(taskPool), task(handedTask)
+    {
+        __tsan_release(this);
+    }
+    ~HandedTask() override { finish(); }
+    Q_DISABLE_COPY(HandedTask)
+
+    void run() override
+    {
+        __tsan_acquire(this);
+        task->run();
+        finish();
+        __tsan_release(pool);
+    }
+
+private:
+    void finish()
+    {
+        if (task != nullptr && task->autoDelete())
+            delete task;
+        task = nullptr;
+    }
+
+    QThreadPool *const pool;
+    QRunnable *task;
+};
+
+class HandedCall : public QSlotObjectBase
+{
+public:
+    explicit HandedCall(QSlotObjectBase *handedCall) : QSlotObjectBase(&run), call(handedCall)
+    {
+        __tsan_release(this);
+    }
+
+private:
+    static void run(int operation, QSlotObjectBase *self, QObject *receiver, void **arguments,
+                    bool *equal)
+    {
+        auto *handed = static_cast<HandedCall *>(self);
+        __tsan_acquire(handed);
+        if (operation == Call)
+            handed->call->call(receiver, arguments);
+        else if (operation == Compare)
+            *equal = false;
+        if (operation != Destroy)
+            return;
+        handed->call->destroyIfLastRef();
+        delete handed;
+    }
+
+    QSlotObjectBase *const call;
+};
+} // namespace
+
+// The toolkit's functions and the ones in their place; the names are those that the linker knows.
+#define START "_ZN11QThreadPool5startEP9QRunnablei"
+#define WAIT "_ZN11QThreadPool11waitForDoneEi"
+#define INVOKE                                                                                     \
+    "_ZN11QMetaObject16invokeMethodImplEP7QObjectPN9QtPrivate15QSlotObjectBaseEN2Qt14"             \
+    "ConnectionTypeEPv"
+void toolkitStart(QThreadPool *pool, QRunnable *task, int priority) asm("__real_" START);
+bool toolkitWait(QThreadPool *pool, int timeoutMs) asm("__real_" WAIT);
+bool toolkitInvoke(QObject *, QSlotObjectBase *, Qt::ConnectionType, void *) asm("__real_" INVOKE);
+void handedStart(QThreadPool *pool, QRunnable *task, int priority) asm("__wrap_" START);
+bool handedWait(QThreadPool *pool, int timeoutMs) asm("__wrap_" WAIT);
+bool handedInvoke(QObject *, QSlotObjectBase *, Qt::ConnectionType, void *) asm("__wrap_" INVOKE);
+
+void handedStart(QThreadPool *pool, QRunnable *task, int priority)
+{
+    toolkitStart(pool, new HandedTask(pool, task), priority);
+}
+
+bool handedWait(QThreadPool *pool, int timeoutMs)
+{
+    const bool done = toolkitWait(pool, timeoutMs);
+    if (done)
+        __tsan_acquire(pool);
+    return done;
+}
+
+bool handedInvoke(QObject *object, QSlotObjectBase *call, Qt::ConnectionType type, void *result)
+{
+    return toolkitInvoke(object, new HandedCall(call), type, result);
+}

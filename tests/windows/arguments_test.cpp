@@ -1,0 +1,36 @@
+// The road of the command line to main, and the exit code's road back.
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class ArgumentsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void reachMainInTheEightBitEncoding()
+    {
+        const QTemporaryDir folder;
+        const QString umlaut = QStringLiteral("J\u00fcrgen");
+        const QString left = folder.filePath(umlaut);
+        const QStringList arguments = {left, QStringLiteral("two words"), QString(),
+                                       QStringLiteral("a\"b"), QStringLiteral("C:\\x y\\")};
+        QProcess program;
+        program.start(QStringLiteral(ENTRY_POINT), arguments);
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 7);
+
+        QFile file(left);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QByteArray expected;
+        for (const QString &argument : arguments)
+            expected += argument.toLocal8Bit() + '\n';
+        QCOMPARE(file.readAll(), expected + "end");
+    }
+};
+
+QTEST_GUILESS_MAIN(ArgumentsTest)
+#include "arguments_test.moc"

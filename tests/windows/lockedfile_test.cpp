@@ -1,0 +1,121 @@
+// Data files that another program keeps open for a while, or for long.
+
+#include "store/atomicfile.h"
+#include "store/datafile.h"
+#include "store/lockedfile.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace
+{
+constexpr int shortlyMs = lockedFileMs / 3;
+constexpr int longMs = 60000; // it is ended before
+
+// Another program that has the file open.
+class Holder
+{
+public:
+    Holder(const QString &path, int forMs, const QStringList &more = {})
+    {
+        program.start(QStringLiteral(FILE_HOLDER),
+                      QStringList{path, QString::number(forMs)} + more);
+        holds = program.waitForReadyRead() && program.readAll().startsWith("held");
+    }
+    ~Holder()
+    {
+        program.kill();
+        program.waitForFinished();
+    }
+    Q_DISABLE_COPY(Holder)
+
+    bool holds = false;
+
+private:
+    QProcess program;
+};
+} // namespace
+
+class LockedFileTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        folder = std::make_unique<QTemporaryDir>();
+        target = folder->filePath(QStringLiteral("J\u00fcrgen's profile.json"));
+        QVERIFY(saveAtomically(target, "old"));
+    }
+
+    void aFileHeldForAMomentIsReplaced()
+    {
+        const Holder holder(target, shortlyMs);
+        QVERIFY(holder.holds);
+        const SaveResult saved = saveAtomically(target, "new");
+        QVERIFY2(saved, qPrintable(saved.error));
+        QCOMPARE(readFile(target).value(), QByteArray("new"));
+        QCOMPARE(names(), QStringList(QFileInfo(target).fileName()));
+    }
+
+    void aFileHeldForLongStaysAsItWas()
+    {
+        const Holder holder(target, longMs);
+        QVERIFY(holder.holds);
+        QElapsedTimer timer;
+        timer.start();
+        const SaveResult saved = saveAtomically(target, "new");
+        QVERIFY(timer.elapsed() >= lockedFileMs);
+        QVERIFY(timer.elapsed() < 10 * lockedFileMs);
+        QCOMPARE(saved.outcome, SaveResult::NotCommitted);
+        QVERIFY(!saved.error.isEmpty());
+        QCOMPARE(readFile(target).value(), QByteArray("old"));
+        QCOMPARE(names(), QStringList(QFileInfo(target).fileName()));
+    }
+
+    void aLockedFileIsNotTakenForAMissingOne()
+    {
+        const Holder holder(target, shortlyMs, {QStringLiteral("exclusive")});
+        QVERIFY(holder.holds);
+        QCOMPARE(readFile(target).value_or(QByteArray()), QByteArray("old"));
+    }
+
+    void aFileLockedForLongIsNeitherReadNorReplaced()
+    {
+        {
+            const Holder holder(target, longMs, {QStringLiteral("exclusive")});
+            QVERIFY(holder.holds);
+            QVERIFY(!readFile(target).has_value());
+            QCOMPARE(saveAtomically(target, "new").outcome, SaveResult::NotCommitted);
+        }
+        QCOMPARE(readFile(target).value(), QByteArray("old"));
+    }
+
+    void aMissingFileIsNotWaitedFor()
+    {
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!readFile(folder->filePath(QStringLiteral("never written"))).has_value());
+        QCOMPARE(saveAtomically(folder->filePath(QStringLiteral("no/folder")), "new").outcome,
+                 SaveResult::NotOpened);
+        QVERIFY(timer.elapsed() < lockedFileMs);
+    }
+
+private:
+    QStringList names() const
+    {
+        return QDir(folder->path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    QString target;
+};
+
+QTEST_GUILESS_MAIN(LockedFileTest)
+#include "lockedfile_test.moc"

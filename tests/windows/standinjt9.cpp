@@ -1,0 +1,151 @@
+// Stands in for the decoder in tests: does, line by line, what "orders.txt" beside it says.
+//
+//   print TEXT    prints a line
+//   record        leaves beside itself what it was given, in "<low Hz>.txt", and the WAV file
+//   read          reads standard input to its end
+//   complain N    writes N thousand bytes to standard error
+//   child         starts a child that stays until it is killed, and leaves its id in "child.txt",
+//                 the own one in "self.txt"
+//   hang          stays until it is killed
+//   crash         dies of a forbidden access
+//   exit N        ends with that exit code
+
+#include <windows.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <string>
+
+namespace
+{
+std::wstring ownPath()
+{
+    wchar_t path[32768];
+    GetModuleFileNameW(nullptr, path, 32768);
+    return path;
+}
+
+std::wstring beside(const std::wstring &name)
+{
+    const std::wstring path = ownPath();
+    return path.substr(0, path.find_last_of(L"\\/") + 1) + name;
+}
+
+std::string utf8(const std::wstring &text)
+{
+    std::string bytes(4 * text.size() + 1, '\0');
+    const int length =
+        WideCharToMultiByte(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), bytes.data(),
+                            static_cast<int>(bytes.size()), nullptr, nullptr);
+    bytes.resize(static_cast<size_t>(length));
+    return bytes;
+}
+
+std::string variable(const wchar_t *name)
+{
+    wchar_t value[32768] = L"";
+    GetEnvironmentVariableW(name, value, 32768);
+    return utf8(value);
+}
+
+std::string currentFolder()
+{
+    wchar_t folder[32768] = L"";
+    GetCurrentDirectoryW(32768, folder);
+    return utf8(folder);
+}
+
+// Under a name of its own until it is whole, so that nobody reads half of it.
+void leave(const std::wstring &name, const std::string &text)
+{
+    const std::wstring part = beside(name + L".part");
+    FILE *file = _wfopen(part.c_str(), L"wb");
+    fwrite(text.data(), 1, text.size(), file);
+    fclose(file);
+    MoveFileExW(part.c_str(), beside(name).c_str(), MOVEFILE_REPLACE_EXISTING);
+}
+
+void record(int argc, wchar_t **argv)
+{
+    std::string text;
+    for (int i = 1; i < argc; ++i)
+        text += "argument " + utf8(argv[i]) + '\n';
+    for (const wchar_t *name : {L"PATH", L"HOME", L"LOCALAPPDATA", L"APPDATA", L"OUTPOST_KEPT"})
+        text += utf8(name) + ' ' + variable(name) + '\n';
+    text += "folder " + currentFolder() + '\n';
+    text += std::string("window ") + (GetConsoleWindow() != nullptr ? "yes" : "no") + '\n';
+    const std::wstring low = argc > 5 ? argv[5] : L"none";
+    if (argc > 8)
+        CopyFileW(argv[8], beside(low + L".wav").c_str(), FALSE);
+    leave(low + L".txt", text);
+}
+
+void startChild()
+{
+    std::wstring command = L"\"" + ownPath() + L"\" stay";
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION child = {};
+    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                       &startup, &child)) {
+        leave(L"child.txt", std::to_string(child.dwProcessId));
+        leave(L"self.txt", std::to_string(GetCurrentProcessId()));
+    }
+}
+
+void complain(int thousandBytes)
+{
+    std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16); // else the null device gets each byte alone
+    const std::string line = std::string(999, '~') + '\n';
+    for (int i = 0; i < thousandBytes; ++i)
+        std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+void crash()
+{
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    TerminateProcess(GetCurrentProcess(), STATUS_ACCESS_VIOLATION);
+}
+
+// Returns the exit code when the order is to exit, else -1.
+int obey(const std::string &order, const std::string &operand, int argc, wchar_t **argv)
+{
+    if (order == "print")
+        std::cout << operand << std::endl;
+    else if (order == "record")
+        record(argc, argv);
+    else if (order == "read")
+        std::cin.ignore(1 << 30, std::char_traits<char>::eof());
+    else if (order == "complain")
+        complain(std::stoi(operand));
+    else if (order == "child")
+        startChild();
+    else if (order == "hang")
+        Sleep(INFINITE);
+    else if (order == "crash")
+        crash();
+    else
+        return std::stoi(operand);
+    return -1;
+}
+} // namespace
+
+int wmain(int argc, wchar_t **argv)
+{
+    if (argc == 2 && std::wstring(argv[1]) == L"stay")
+        Sleep(INFINITE);
+    FILE *file = _wfopen(beside(L"orders.txt").c_str(), L"r");
+    char line[1024];
+    while (file != nullptr && fgets(line, sizeof line, file) != nullptr) {
+        std::string order = line;
+        order.erase(order.find_last_not_of("\r\n") + 1);
+        const size_t blank = order.find(' ');
+        const std::string operand =
+            blank == std::string::npos ? std::string() : order.substr(blank + 1);
+        const int exitCode = obey(order.substr(0, blank), operand, argc, argv);
+        if (exitCode >= 0)
+            return exitCode;
+    }
+    return 0;
+}
