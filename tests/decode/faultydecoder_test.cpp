@@ -1,0 +1,238 @@
+// Decoders that fail, and a capture folder that does: the period in question brings nothing, the
+// next one is decoded as ever, and nothing stays behind.
+
+#include "tests/fixture/aftermath.h"
+#include "tests/fixture/teststation.h"
+#include "tests/store/privatemounts.h"
+
+#include "store/datapaths.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QtTest>
+
+class FaultyDecoderTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void theNextPeriodIsDecodedAsEver_data();
+    void theNextPeriodIsDecodedAsEver();
+    void aDecoderThatIsThereAgainDecodesAgain_data();
+    void aDecoderThatIsThereAgainDecodesAgain();
+    void aFolderThatIsThereAgainIsUsedAgain_data();
+    void aFolderThatIsThereAgainIsUsedAgain();
+    void theWindowMayGoWhileADecoderRuns();
+};
+
+namespace
+{
+// Entered before main(), and so before any thread starts.
+const bool privateMounts = enterPrivateMounts();
+
+// What a debug build on a loaded machine may take beyond what it had, in kB. Of 400 MB of output
+// it would be more if any of it were kept.
+constexpr qint64 mostExtraKb = 100 * 1024;
+
+const QByteArray goodDecoder =
+    "[ $5 = 0 ] && echo \"$(basename $(dirname \"$8\") | cut -d_ -f3) -12 0.3 1234 ~ CQ K1ABC "
+    "FN42\"\nexit 0\n";
+
+// Fails in the first period and works from then on.
+QByteArray faultyOnce(const QByteArray &fault)
+{
+    return "case \"$8\" in *_142315_*)\n" + fault + "\n;; esac\n" + goodDecoder;
+}
+
+QString folder()
+{
+    return captureFolder(QCoreApplication::applicationDirPath(),
+                         QStandardPaths::writableLocation(QStandardPaths::CacheLocation));
+}
+
+void sendPeriod(const PuppetReceiver &receiver)
+{
+    receiver.sendBinary(adpcmFrame(QByteArray(90000, '\0')));
+}
+
+QStringList shownPeriods(const TestStation &station)
+{
+    QStringList labels;
+    for (const QStringList &row : allRows(*decodeTableOf(*station.window))) {
+        labels.append(row.first());
+    }
+    return labels;
+}
+
+void judge(Aftermath &aftermath)
+{
+    QCOMPARE(aftermath.whatStayed(), QStringList());
+    aftermath.print(QTest::currentDataTag() != nullptr ? QTest::currentDataTag()
+                                                       : QTest::currentTestFunction());
+    QVERIFY(aftermath.staysWithin(mostExtraKb));
+}
+} // namespace
+
+void FaultyDecoderTest::initTestCase()
+{
+    QVERIFY2(privateMounts, "this test could not have mounts of its own");
+    adoptOrphans();
+    // What the toolkit makes once and keeps is made before the first comparison.
+    PuppetReceiver receiver;
+    TestStation station(goodDecoder);
+    station.hearPeriod(receiver);
+    QTRY_COMPARE(shownPeriods(station).size(), 1);
+}
+
+void FaultyDecoderTest::theNextPeriodIsDecodedAsEver_data()
+{
+    QTest::addColumn<QByteArray>("fault");
+    const QByteArray decode = "echo '142315 -12 0.3 1234 ~ CQ LOST';";
+    QTest::newRow("exits 1") << decode + "exit 1";
+    QTest::newRow("crashes") << decode + "kill -SEGV $$";
+    QTest::newRow("is killed") << decode + "kill -KILL $$";
+    QTest::newRow("prints 100 MB without a line")
+        << QByteArray("head -c 100000000 /dev/zero | tr '\\0' x; exit 0");
+    QTest::newRow("prints 100 MB of lines")
+        << QByteArray("yes 'no decode in this line' | head -c 100000000; exit 0");
+    QTest::newRow("prints 100 MB of NUL") << QByteArray("head -c 100000000 /dev/zero; exit 0");
+    QTest::newRow("prints invalid UTF-8") << QByteArray("printf '\\377\\376\\n\\300\\n'; exit 0");
+    QTest::newRow("floods its error output")
+        << QByteArray("head -c 100000000 /dev/zero >&2; exit 0");
+    QTest::newRow("leaves a child") << QByteArray("sleep 1000 & exit 0");
+    QTest::newRow("leaves a child that holds nothing")
+        << QByteArray("sleep 1000 </dev/null >/dev/null 2>&1 & exit 0");
+    QTest::newRow("leaves files") << QByteArray(
+        "mkdir -p \"$HOME/a/b\"; ln -s / \"$HOME/a/root\"; head -c 1000000 /dev/zero "
+        ">\"$HOME/a/b/c\"; chmod 0 \"$HOME/a/b\"; exit 0");
+    QTest::newRow("removes its folder") << QByteArray("rm -rf \"$HOME\"; exit 0");
+    if (qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS")) {
+        QTest::newRow("hangs for 45 s") << QByteArray("sleep 1000");
+    }
+}
+
+void FaultyDecoderTest::theNextPeriodIsDecodedAsEver()
+{
+    QFETCH(QByteArray, fault);
+    PuppetReceiver receiver;
+    Aftermath aftermath;
+    auto station = std::make_unique<TestStation>(faultyOnce(fault));
+    station->hearPeriod(receiver);
+    sendPeriod(receiver);
+    QTRY_COMPARE_WITH_TIMEOUT(shownPeriods(*station), QStringList(QStringLiteral("14:23:30")),
+                              60000);
+    QCOMPARE(captureLeftovers(), QStringList());
+    station.reset();
+    QTRY_COMPARE(receiver.liveLinks(), 0);
+    judge(aftermath);
+}
+
+void FaultyDecoderTest::aDecoderThatIsThereAgainDecodesAgain_data()
+{
+    QTest::addColumn<QByteArray>("spoil");
+    QTest::newRow("removed") << QByteArray("rm $1");
+    QTest::newRow("not executable") << QByteArray("chmod 644 $1");
+    QTest::newRow("a folder in its place") << QByteArray("rm $1; mkdir $1");
+    QTest::newRow("empty") << QByteArray(": >$1");
+    QTest::newRow("of another machine") << QByteArray("printf '\\177ELFxxxxxxxxxxxx' >$1");
+    QTest::newRow("no interpreter") << QByteArray("echo '#!/nowhere/sh' >$1");
+    QTest::newRow("a copy alone") << QByteArray("rm $(dirname $1)/wsjtx");
+}
+
+void FaultyDecoderTest::aDecoderThatIsThereAgainDecodesAgain()
+{
+    QFETCH(QByteArray, spoil);
+    PuppetReceiver receiver;
+    Aftermath aftermath;
+    auto station = std::make_unique<TestStation>(goodDecoder);
+    const QString shell = QStringLiteral("sh");
+    const QString path = station->decoder.path();
+    const auto run = [&](const QString &script) {
+        QProcess::execute(shell, {QStringLiteral("-c"), script, shell, path});
+    };
+    run(QStringLiteral("cp -a $(dirname $1) $(dirname $1).kept"));
+    run(QString::fromLatin1(spoil));
+    station->hearPeriod(receiver);
+    QTRY_COMPARE(captureLeftovers(), QStringList());
+    QCOMPARE(shownPeriods(*station), QStringList());
+    run(QStringLiteral("rm -rf $(dirname $1); mv $(dirname $1).kept $(dirname $1)"));
+    sendPeriod(receiver);
+    sendPeriod(receiver);
+    QTRY_VERIFY(shownPeriods(*station).contains(QStringLiteral("14:23:45")));
+    station.reset();
+    QTRY_COMPARE(receiver.liveLinks(), 0);
+    judge(aftermath);
+}
+
+void FaultyDecoderTest::aFolderThatIsThereAgainIsUsedAgain_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::newRow("removed") << QStringLiteral("removed");
+    QTest::newRow("a file in its place") << QStringLiteral("file");
+    QTest::newRow("full") << QStringLiteral("full");
+    QTest::newRow("read-only") << QStringLiteral("read-only");
+}
+
+void FaultyDecoderTest::aFolderThatIsThereAgainIsUsedAgain()
+{
+    QFETCH(QString, fault);
+    PuppetReceiver receiver;
+    Aftermath aftermath;
+    auto station = std::make_unique<TestStation>(goodDecoder);
+    station->hear(receiver);
+    const QString inUse = folder(); // with a file in its place, the next start would use another
+    std::unique_ptr<MemoryMount> disk;
+    if (fault == QLatin1String("full") || fault == QLatin1String("read-only")) {
+        disk = std::make_unique<MemoryMount>(inUse, "size=200k");
+        QVERIFY(disk->isMounted());
+        QVERIFY(fault == QLatin1String("full") || disk->makeReadOnly());
+    } else {
+        QVERIFY(QDir(inUse).removeRecursively());
+        if (fault == QLatin1String("file")) {
+            putFile(inUse, "in the way");
+        }
+    }
+    station->clock.set(MadeUpClock::boundaryMs());
+    sendPeriod(receiver);
+    if (fault == QLatin1String("removed")) {
+        QTRY_COMPARE(shownPeriods(*station), QStringList(QStringLiteral("14:23:15")));
+    } else {
+        QTRY_COMPARE(station->window->windowTitle(),
+                     QStringLiteral("PELQ Kiwi Outpost (FT8 Decode Complete)"));
+        QTRY_COMPARE(captureLeftovers(), QStringList());
+        QCOMPARE(shownPeriods(*station), QStringList());
+    }
+    if (fault == QLatin1String("file")) {
+        QVERIFY(QFile::remove(inUse));
+    }
+    disk.reset();
+    // A worker of the first period that comes late may have found the folder; the third has it.
+    sendPeriod(receiver);
+    sendPeriod(receiver);
+    QTRY_VERIFY(shownPeriods(*station).contains(QStringLiteral("14:23:45")));
+    station.reset();
+    QTRY_COMPARE(receiver.liveLinks(), 0);
+    judge(aftermath);
+}
+
+// It waits for the decoders that run; those that wait for their turn never start.
+void FaultyDecoderTest::theWindowMayGoWhileADecoderRuns()
+{
+    PuppetReceiver receiver;
+    Aftermath aftermath;
+    auto station = std::make_unique<TestStation>("echo $8 >>\"$(dirname $0)/../runs\"; sleep 0.7");
+    const QString runs = station->decoder.file(QStringLiteral("runs"));
+    station->hearPeriod(receiver);
+    sendPeriod(receiver);
+    QTRY_COMPARE(fileBytes(runs).count('\n'), 4);
+    station->window.reset();
+    QCOMPARE(fileBytes(runs).count('\n'), 4);
+    station.reset();
+    QTRY_COMPARE(receiver.liveLinks(), 0);
+    judge(aftermath);
+}
+
+OUTPOST_WINDOW_TEST_MAIN(FaultyDecoderTest)
+#include "faultydecoder_test.moc"
