@@ -15,7 +15,7 @@
 
 namespace
 {
-const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
+const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42; wait 100");
 const DecodeBand band = {725, 1550};
 
 // Whether the process with this id, as text, is running.
@@ -243,6 +243,7 @@ private slots:
         use(decoder);
         KiwiAudioCapture capture;
         capture.setCaptureFolder(work->filePath(QStringLiteral("capture")));
+        QCOMPARE(capture.start(QStringLiteral("/kiwi/0/SND"), 0), QString()); // makes the folder
         int batches = 0;
         QStringList merged;
         capture.setWorkerCallback([&](const QString &, const QStringList &) { ++batches; });
