@@ -15,7 +15,7 @@
 
 namespace
 {
-const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42; wait 100");
+const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
 const DecodeBand band = {725, 1550};
 
 // Whether the process with this id, as text, is running.
