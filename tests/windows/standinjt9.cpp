@@ -6,6 +6,7 @@
 //   complain N    writes N thousand bytes to standard error
 //   child         starts a child that stays until it is killed, and leaves its id in "child.txt",
 //                 the own one in "self.txt"
+//   wait MS       waits as long
 //   hang          stays until it is killed
 //   crash         dies of a forbidden access
 //   exit N        ends with that exit code
@@ -121,6 +122,8 @@ int obey(const std::string &order, const std::string &operand, int argc, wchar_t
         complain(std::stoi(operand));
     else if (order == "child")
         startChild();
+    else if (order == "wait")
+        Sleep(static_cast<DWORD>(std::stoi(operand)));
     else if (order == "hang")
         Sleep(INFINITE);
     else if (order == "crash")
