@@ -11,6 +11,7 @@ void quitOnTermination() {}
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
@@ -21,8 +22,24 @@ int wakeUp[2]; // a pipe: a signal's handler may write, and do little else
 
 void onSignal(int)
 {
+    const int interruptedErrno = errno;
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], &byte, 1);
+    errno = interruptedErrno;
+}
+
+// What the station was started to ignore, as under nohup, it goes on ignoring.
+void handle(int number)
+{
+    struct sigaction before = {};
+    ::sigaction(number, nullptr, &before);
+    if (before.sa_handler == SIG_IGN) {
+        return;
+    }
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND); // a second one ends it at once
+    ::sigaction(number, &action, nullptr);
 }
 } // namespace
 
@@ -38,11 +55,7 @@ void quitOnTermination()
         QCoreApplication::quit();
     });
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-        struct sigaction action = {};
-        action.sa_handler = onSignal;
-        action.sa_flags =
-            static_cast<int>(SA_RESTART | SA_RESETHAND); // a second request ends it at once
-        ::sigaction(number, &action, nullptr);
+        handle(number);
     }
 }
 

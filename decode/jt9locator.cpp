@@ -34,6 +34,13 @@ QString comparable(const QString &path)
     return QString(path).replace(QLatin1Char('\\'), QLatin1Char('/')).toLower();
 }
 
+// Off Windows "C:/..." would be a path below whatever folder the program was started in.
+bool isOfThisSystem(const QString &path)
+{
+    const bool hasDriveLetter = path.size() > 1 && path.at(1) == QLatin1Char(':');
+    return !nativeFormCounts || !hasDriveLetter;
+}
+
 bool anyBeside(const QFileInfo &decoder, const QStringList &names)
 {
     const QDir folder = decoder.absoluteDir();
@@ -128,13 +135,12 @@ QString findInstalledJt9(const Jt9Places &places)
 {
     QStringList paths = places.candidates;
     for (const QString &root : places.roots) {
-        if (QDir::isAbsolutePath(root) && QFileInfo(root).isDir())
+        if (isOfThisSystem(root) && QFileInfo(root).isDir())
             paths += newestFirstUnder(root);
     }
     const QStringList candidates = distinctPaths(paths + places.lastCandidates);
-    // Off Windows "C:/..." would be a path below whatever folder the program was started in.
     const auto found = std::find_if(candidates.begin(), candidates.end(), [](const QString &path) {
-        return QDir::isAbsolutePath(path) && isInstalledJt9(path);
+        return isOfThisSystem(path) && isInstalledJt9(path);
     });
     return found == candidates.end() ? QString() : *found;
 }

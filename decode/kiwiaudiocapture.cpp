@@ -158,17 +158,20 @@ bool KiwiAudioCapture::takePlain(const QByteArray &frame)
     return periodClosed;
 }
 
-void KiwiAudioCapture::closePeriod()
+bool KiwiAudioCapture::closePeriod()
 {
     const QByteArray samples = std::exchange(periodSamples, emptyPeriod());
     const qint64 closedStartMs = std::exchange(periodStartMs, periodStartMs + periodMs);
     counters = {};
     started = true;
     armed = true;
-    if (pendingPeriods.size() >= mostPendingPeriods)
-        return logLine(QStringLiteral("The decoder is too slow: the period of %1 is passed over.")
-                           .arg(periodLabel(closedStartMs)));
+    if (pendingPeriods.size() >= mostPendingPeriods) {
+        logLine(QStringLiteral("The decoder is too slow: the period of %1 is passed over.")
+                    .arg(periodLabel(closedStartMs)));
+        return false;
+    }
     queueDecodeSlices(closedStartMs, samples);
+    return true;
 }
 
 void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &samples)

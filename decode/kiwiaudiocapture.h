@@ -62,7 +62,7 @@ public:
     // Returns an empty text, or why the capture stays not started.
     QString start(const QString &receiverLabel, qint64 nowMs);
     void countFrame(qint64 nowMs);
-    // Returns true when this sample completed a period (which is then queued for decoding).
+    // Returns true when this sample completed a period that was handed to the workers.
     bool appendSample(qint16 sample);
     void queueDecodeSlices(long long periodStartMs, const QByteArray &samples);
 
@@ -93,7 +93,7 @@ private:
     bool takeSample(qint16 sample) { return started && armed && appendSample(sample); }
     bool takeAdpcm(const QByteArray &frame);
     bool takePlain(const QByteArray &frame);
-    void closePeriod();
+    bool closePeriod(); // false: passed over
     void deliver(int queuedAtReset, qint64 finishedStartMs, const QStringList &lines);
     void drainInOrder();
 
@@ -125,6 +125,5 @@ inline bool KiwiAudioCapture::appendSample(qint16 sample)
     counters.sumOfSquares += qint64{value} * value;
     if (++counters.samples < samplesPerPeriod)
         return false;
-    closePeriod();
-    return true;
+    return closePeriod();
 }

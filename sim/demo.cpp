@@ -3,6 +3,7 @@
 
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
+#include "app/timetext.h"
 #include "sim/kiwisim.h"
 
 #include <QApplication>
@@ -39,7 +40,7 @@ void print(const QString &line)
 
 QString periodLabel(qint64 startMs)
 {
-    return QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC).toString(QStringLiteral("HH:mm:ss"));
+    return timeText(QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC), QStringLiteral("HH:mm:ss"));
 }
 
 class Demo

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QLocale>
 #include <cstdio>
 
 namespace
@@ -117,8 +118,9 @@ void printPlan()
 
 void savePeriod(const QDir &folder, const SentPeriod &period)
 {
-    const QString start = QDateTime::fromMSecsSinceEpoch(period.startMs, Qt::UTC)
-                              .toString(QStringLiteral("yyyyMMdd_HHmmss"));
+    // In ASCII digits whatever the user's language.
+    const QString start = QLocale::c().toString(
+        QDateTime::fromMSecsSinceEpoch(period.startMs, Qt::UTC), QStringLiteral("yyyyMMdd_HHmmss"));
     const QString name = QStringLiteral("%1-client-%2.wav").arg(start).arg(period.client);
     QString error;
     if (!sim::writePeriodWav(folder.filePath(name), period.samples, &error))

@@ -82,8 +82,7 @@ void MainWindow::finishStatusSession()
         logLine(QStringLiteral("Status log save failed: %1").arg(saved.error));
     statusSession = {};
     refreshStatusBar();
-    if (statusLogView) // opening it reads the history anew
-        rebuildStatusHistory();
+    rebuildStatusHistory();
     refreshStatusLogView();
 }
 

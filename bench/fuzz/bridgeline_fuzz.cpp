@@ -63,11 +63,12 @@ private:
 };
 } // namespace
 
-// Input: a line with the period's label, then jt9's lines.
+// Input: a line with the period's label, then jt9's lines. The label is the station's own and holds
+// no TAB.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzInput input(data, size);
-    const QString label = QString::fromUtf8(input.line());
+    const QString label = QString::fromUtf8(input.line().replace('\t', ' '));
     QString time = bridgePeriodTime(label);
     QString expectedTime = label.trimmed();
     expectedTime.replace(QLatin1String(":"), QString());
@@ -88,7 +89,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (!decode)
             continue;
         checkDecode(*decode, *expected, time);
-        nowMs += 1000 * bytes.size();
+        nowMs += qint64{1000} * bytes.size();
         keys.meet(bridgeDecodeKey(*decode), nowMs);
     }
     return 0;

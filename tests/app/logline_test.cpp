@@ -29,7 +29,8 @@ private slots:
 void LogLineTest::localTimeABlankAndTheText()
 {
     const QtMessageHandler before = qInstallMessageHandler(remember);
-    const QString earliest = QLocale::c().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss"));
+    const QString earliest =
+        QLocale::c().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss"));
     logLine(QStringLiteral("say \"hello\" — 14.074000 MHz"));
     const QString latest = QLocale::c().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss"));
     qInstallMessageHandler(before);

@@ -381,8 +381,10 @@ private slots:
         arm();
         constexpr int mostPending = 40;
         constexpr int closed = mostPending + 3;
+        int handedOver = 0;
         for (int i = 0; i < closed * KiwiAudioCapture::samplesPerPeriod; ++i)
-            capture->appendSample(0);
+            handedOver += capture->appendSample(0) ? 1 : 0;
+        QCOMPARE(handedOver, mostPending);
         QCOMPARE(capture->periodStart(), boundaryMs + closed * KiwiAudioCapture::periodMs);
         capture->setPeriodCallback([this](const QString &label, const QStringList &lines) {
             periods.append({label, lines});

@@ -1,0 +1,134 @@
+// 100 decodes to the clients of the bridge, beside bare writes of the same bytes to their sockets.
+
+#include "bench/windowbenches.h"
+
+#include "bench/compare.h"
+
+#include "app/mainwindow.h"
+#include "display/bridgeprotocol.h"
+#include "fixture/home.h"
+
+#include <QApplication>
+#include <QTcpSocket>
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace
+{
+constexpr int decodes = 100;
+const QString periodLabel = QStringLiteral("10:15:30");
+
+int connectTo(int port)
+{
+    const int client = ::socket(AF_INET, SOCK_STREAM, 0);
+    const int roomBytes = 1 << 20;
+    ::setsockopt(client, SOL_SOCKET, SO_RCVBUF, &roomBytes, sizeof(roomBytes));
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<quint16>(port));
+    if (::connect(client, reinterpret_cast<sockaddr *>(&address), sizeof(address)) != 0)
+        qFatal("no connection to the bridge");
+    return client;
+}
+
+void takeBytes(int client, qint64 bytes)
+{
+    char buffer[65536];
+    while (bytes > 0) {
+        const ssize_t got = ::recv(client, buffer, sizeof(buffer), 0);
+        if (got <= 0)
+            qFatal("a bridge client was dropped");
+        bytes -= got;
+    }
+}
+
+QVector<QByteArray> bridgeLines(const QStringList &lines)
+{
+    QString time = bridgePeriodTime(periodLabel);
+    QVector<QByteArray> sent;
+    for (const QString &line : lines)
+        sent.append(bridgeLine(*parseBridgeDecode(line, &time)));
+    return sent;
+}
+
+class Clients
+{
+public:
+    Clients(const MainWindow &window, int port, int count);
+    ~Clients();
+    void takeAll(qint64 bytesEach) const;
+    QVector<int> serverSide; // descriptors
+
+private:
+    QVector<int> clients;
+};
+
+Clients::Clients(const MainWindow &window, int port, int count)
+{
+    while (clients.size() < count) {
+        clients.append(connectTo(port));
+        while (window.findChildren<QTcpSocket *>().size() < clients.size())
+            QCoreApplication::processEvents();
+    }
+    for (const QTcpSocket *socket : window.findChildren<QTcpSocket *>())
+        serverSide.append(static_cast<int>(socket->socketDescriptor()));
+    takeAll(bridgeReadyLine().size());
+}
+
+Clients::~Clients()
+{
+    for (const int client : clients)
+        ::close(client);
+}
+
+void Clients::takeAll(qint64 bytesEach) const
+{
+    for (const int client : clients)
+        takeBytes(client, bytesEach);
+}
+
+void broadcast(benchmark::State &state)
+{
+    const int port = freePort();
+    testHome().writeProfile({{QStringLiteral("BridgePort"), port}});
+    static qint64 nowMs = 0; // what was sent lately is remembered from window to window
+    MainWindow window([] { return nowMs; });
+    const Clients clients(window, port, static_cast<int>(state.range(0)));
+    const QStringList lines = benchLines(decodes);
+    const QVector<QByteArray> bytes = bridgeLines(lines);
+    qint64 bytesEach = 0;
+    for (const QByteArray &line : bytes)
+        bytesEach += line.size();
+
+    bool sent = false;
+    const auto prepare = [&] {
+        if (sent)
+            clients.takeAll(bytesEach);
+        sent = true;
+        nowMs += 2 * RecentDecodeKeys::keepMs;
+        QCoreApplication::processEvents();
+    };
+    const auto own = [&] { window.broadcastDecodes(periodLabel, lines); };
+    const auto reference = [&] {
+        for (const QByteArray &line : bytes) {
+            for (const int client : clients.serverSide) {
+                if (::send(client, line.constData(), static_cast<size_t>(line.size()), 0) < 0)
+                    qFatal("a bare write failed");
+            }
+        }
+    };
+    compare(state, prepare, own, reference);
+    clients.takeAll(bytesEach);
+}
+} // namespace
+
+void registerBroadcastBench(int rounds)
+{
+    auto *bench = benchmark::RegisterBenchmark("broadcast", broadcast);
+    for (const int clients : {1, 10, 100, 1000})
+        bench->Arg(clients);
+    bench->UseManualTime()->Iterations(rounds);
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QStringList>
+
+// Each registers its benchmarks with Google Benchmark, `rounds` rounds each.
+void registerTableBench(int rounds);
+void registerBroadcastBench(int rounds);
+void registerStoreBench(int rounds);
+
+// So many jt9 lines of a crowded period, all different.
+QStringList benchLines(int count);
