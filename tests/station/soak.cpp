@@ -125,7 +125,8 @@ private:
     void showAndClose(const QString &entry, const QString &title);
     QString lastPeriodShown() const;
 
-    qint64 nowMs = QDateTime(QDate(2026, 1, 16), QTime(0, 0), Qt::UTC).toMSecsSinceEpoch();
+    // The day ends soon, in the short form too.
+    qint64 nowMs = QDateTime(QDate(2026, 1, 16), QTime(23, 55), Qt::UTC).toMSecsSinceEpoch();
     int sentBytes = 0; // of the period that is being sent
     const QByteArray sound = noise(periodBytes);
     Receiver receiver;
@@ -190,7 +191,12 @@ void Soak::sendPeriod()
         sentBytes += framePayloadBytes;
     }
     sentBytes -= periodBytes;
-    waitFor([&] { return lastPeriodShown() == label; }, "a period");
+    if (!QTest::qWaitFor([&] { return lastPeriodShown() == label; }, longestWaitMs)) {
+        std::fprintf(stderr, "soak: %s\n%s\n%s\n", qPrintable(window->kiwiStatusText()),
+                     qPrintable(lastPeriodShown()),
+                     qPrintable(trace.lines().join(QLatin1Char('\n'))));
+        giveUp(qPrintable(QStringLiteral("the period of ") + label));
+    }
     nowMs += periodMs;
 }
 

@@ -1,0 +1,153 @@
+// The program is killed while it saves: each data file is then the old one or the new one, whole.
+
+#include "tests/fixture/memoryhome.h"
+
+#include "store/atomicfile.h"
+#include "store/goodreceivers.h"
+#include "store/profile.h"
+#include "store/settings.h"
+#include "store/statuslog.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+#include <random>
+#include <sys/wait.h>
+#include <unistd.h>
+
+class KilledSavesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void aFileIsTheOldOneOrTheNewOne_data();
+    void aFileIsTheOldOneOrTheNewOne();
+    void theSettingsAreTheOldOnesOrTheNewOnes();
+
+private:
+    std::unique_ptr<QTemporaryDir> folder;
+};
+
+namespace
+{
+int kills()
+{
+    return qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS") ? 1000 : 50;
+}
+
+// Runs `save` with 0, 1, 2, … in a process of its own, and kills it at a moment that nobody can
+// foresee, from before its first save to well after it.
+void killWhile(const std::function<void(int)> &save, qint64 saveMicroseconds)
+{
+    static std::mt19937 random(std::random_device{}());
+    const auto latest = static_cast<useconds_t>(500 + 4 * saveMicroseconds);
+    const pid_t saver = fork();
+    if (saver == 0) {
+        for (int i = 0;; ++i) {
+            save(i);
+        }
+    }
+    usleep(std::uniform_int_distribution<useconds_t>(0, latest)(random));
+    kill(saver, SIGKILL);
+    waitpid(saver, nullptr, 0);
+}
+
+qint64 microsecondsOf(const std::function<void()> &save)
+{
+    QElapsedTimer timer;
+    timer.start();
+    save();
+    return timer.nsecsElapsed() / 1000;
+}
+
+QByteArray bytesOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray profileAt(int port)
+{
+    Profile profile;
+    profile.kiwiPort = port;
+    return profileJson(profile);
+}
+
+QByteArray receiverList(int receivers)
+{
+    QJsonArray list;
+    for (int i = 0; i < receivers; ++i) {
+        list = withReceiver(list, {QStringLiteral("kiwi%1").arg(i), 8073, 14.074, 5}, 0);
+    }
+    return QJsonDocument(list).toJson();
+}
+
+QByteArray statusLog(int sessions)
+{
+    QJsonObject log;
+    for (int i = 0; i < sessions; ++i) {
+        log = withFinishedSession(log, {true, QStringLiteral("kiwi"), 8073, 14.074, 0, 5}, 60000);
+    }
+    return QJsonDocument(log).toJson();
+}
+} // namespace
+
+void KilledSavesTest::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+}
+
+void KilledSavesTest::aFileIsTheOldOneOrTheNewOne_data()
+{
+    QTest::addColumn<QByteArray>("oldContent");
+    QTest::addColumn<QByteArray>("newContent");
+    QTest::newRow("profile") << profileAt(8073) << profileAt(65000);
+    QTest::newRow("frequency") << QByteArray("14.074000") << QByteArray("144.174000");
+    QTest::newRow("good receivers") << receiverList(200) << receiverList(201);
+    QTest::newRow("status log") << statusLog(1000) << statusLog(1001);
+}
+
+void KilledSavesTest::aFileIsTheOldOneOrTheNewOne()
+{
+    QFETCH(QByteArray, oldContent);
+    QFETCH(QByteArray, newContent);
+    const QString path = folder->filePath(QStringLiteral("file"));
+    const qint64 duration = microsecondsOf([&] { saveAtomically(path, oldContent); });
+    int newOnes = 0;
+    for (int i = 0; i < kills(); ++i) {
+        killWhile([&](int save) { saveAtomically(path, save % 2 == 0 ? newContent : oldContent); },
+                  duration);
+        const QByteArray found = bytesOf(path);
+        QVERIFY2(found == oldContent || found == newContent, found.left(100).constData());
+        newOnes += found == newContent ? 1 : 0;
+    }
+    QVERIFY(newOnes > 0 && newOnes < kills()); // or else no save was ever interrupted
+}
+
+// The toolkit's own file, written in its own way, with a lock file beside it.
+void KilledSavesTest::theSettingsAreTheOldOnesOrTheNewOnes()
+{
+    const QString path = folder->filePath(QStringLiteral("settings.conf"));
+    const QString key = QStringLiteral("highlight/calls");
+    const QStringList oldCalls = {QStringLiteral("K1ABC"), QStringLiteral("FN42")};
+    const QStringList newCalls(QStringLiteral("LU8XGZ"));
+    const auto save = [&](const QStringList &calls) {
+        QSettings settings(path, QSettings::IniFormat);
+        settings.setValue(key, calls);
+    };
+    const qint64 duration = microsecondsOf([&] { save(oldCalls); });
+    for (int i = 0; i < kills(); ++i) {
+        killWhile([&](int number) { save(number % 2 == 0 ? newCalls : oldCalls); }, duration);
+        const QStringList found = QSettings(path, QSettings::IniFormat).value(key).toStringList();
+        QVERIFY2(found == oldCalls || found == newCalls, qPrintable(found.join(QLatin1Char(' '))));
+    }
+    save(oldCalls);
+    QCOMPARE(QSettings(path, QSettings::IniFormat).value(key).toStringList(), oldCalls);
+}
+
+QTEST_GUILESS_MAIN(KilledSavesTest)
+#include "killedsaves_test.moc"
