@@ -259,11 +259,13 @@ void MainWindowTest::endsWhileAPeriodIsDecoded()
     const QTemporaryDir seen;
     const QString begun = seen.filePath(QStringLiteral("begun"));
     const PuppetReceiver receiver;
-    TestStation station("touch '" + QFile::encodeName(begun) + "'; sleep 0.5; echo '" +
-                        cqLine.toLatin1() + "'");
+    const QString ended = seen.filePath(QStringLiteral("ended"));
+    TestStation station("touch '" + QFile::encodeName(begun) + "'; sleep 2; echo '" +
+                        cqLine.toLatin1() + "'; touch '" + QFile::encodeName(ended) + "'");
     station.hearPeriod(receiver);
     QTRY_VERIFY(QFile::exists(begun));
     station.trace.clear();
+    QVERIFY(!QFile::exists(ended));
     station.window.reset();
     QCOMPARE(station.trace.lines(), QStringList{QStringLiteral("Local WSJT bridge stopped.")});
     QCoreApplication::processEvents(); // nothing is delivered any more

@@ -267,9 +267,9 @@ private slots:
                            "echo '~ x'; wait"));
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(run({5000, 500, 5000}), QStringList());
+        QCOMPARE(run({5000, 500, 60000}), QStringList());
         QVERIFY(timer.elapsed() >= 500);
-        QVERIFY(timer.elapsed() < 5000);
+        QVERIFY(timer.elapsed() < 60000);
         QVERIFY(!decoder.readLeft(QStringLiteral("child")).isEmpty());
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("child"))));
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("self"))));
@@ -290,7 +290,7 @@ private slots:
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
-        QVERIFY(timer.elapsed() < 5000);
+        QVERIFY(timer.elapsed() < Jt9Limits().finishMs);
         QVERIFY(!decoder.readLeft(QStringLiteral("child")).isEmpty());
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("child"))));
     }

@@ -35,7 +35,7 @@ private slots:
     void everyClientHearsEveryDecode();
     void manyClients();
     void whatWasSentIsRememberedOverAStop();
-    void theReceiverIsRecordedFirstWithAllLines();
+    void theReceiverIsRecordedWithAllLines();
 
 private:
     std::unique_ptr<DisplayStation> station;
@@ -303,7 +303,7 @@ void BridgeTest::whatWasSentIsRememberedOverAStop()
     QCOMPARE(heardSinceGreeting(), QByteArray());
 }
 
-void BridgeTest::theReceiverIsRecordedFirstWithAllLines()
+void BridgeTest::theReceiverIsRecordedWithAllLines()
 {
     const QString file = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
     deliver({});

@@ -67,6 +67,29 @@ private:
     QVector<int> fillers;
 };
 
+// Counts how often the event loop tells the listener that somebody waits.
+class WakeUps : public QObject
+{
+public:
+    explicit WakeUps(const QTcpServer &server) : descriptor(server.socketDescriptor())
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const auto *notifier = qobject_cast<QSocketNotifier *>(watched);
+        if (event->type() == QEvent::SockAct && notifier && notifier->socket() == descriptor)
+            ++count;
+        return false;
+    }
+
+private:
+    const qintptr descriptor;
+};
+
 static const QString oneRemains =
     QStringLiteral("WSJT bridge client disconnected; 1 client(s) remain.");
 
@@ -79,6 +102,7 @@ private slots:
     void cleanup();
     void theStationSendsWithoutDelay();
     void aClientThatNeverReadsIsDroppedAtABound();
+    void theReceiverIsRecordedBeforeAnyClientIsDropped();
     void whatDroppedTheOnlyClientIsTriedAgain();
     void aClientThatReadsSlowlyIsKept();
     void whatClientsSendIsThrownAway();
@@ -164,6 +188,21 @@ void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
     QTRY_COMPARE(third.heard.size(), client->heard.size());
 }
 
+void BridgeClientsTest::theReceiverIsRecordedBeforeAnyClientIsDropped()
+{
+    const QString file = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const LazyClient lazy(station->bridgePort);
+    QTRY_COMPARE(atTheStation().size(), 2);
+    for (int i = 0; i < 400 && trace->count(oneRemains) == 0; ++i) {
+        QFile::remove(file); // so that every batch records the receiver
+        trace->clear();
+        deliverMuch();
+    }
+    QCOMPARE(
+        trace->lines(),
+        (QStringList{QStringLiteral("Good receiver recorded: receiver.test:8073"), oneRemains}));
+}
+
 void BridgeClientsTest::whatDroppedTheOnlyClientIsTriedAgain()
 {
     client->socket.close();
@@ -201,16 +240,13 @@ void BridgeClientsTest::aClientThatReadsSlowlyIsKept()
 void BridgeClientsTest::whatClientsSendIsThrownAway()
 {
     const QByteArray megabyte(1024 * 1024, 'x');
-    qint64 mostKept = 0;
     for (int i = 0; i < 20; ++i) {
         client->socket.write(megabyte);
         QTRY_VERIFY(client->socket.bytesToWrite() < megabyte.size());
-        mostKept = qMax(mostKept, atTheStation().first()->bytesAvailable());
     }
     QVERIFY(atTheStation().first()->readBufferSize() > 0); // 0 would be without bound
     QTRY_COMPARE(client->socket.bytesToWrite(), 0);
     QTRY_COMPARE(atTheStation().first()->bytesAvailable(), 0);
-    QVERIFY(mostKept <= 64 * 1024);
     QVERIFY(isHeard());
     client->socket.abort();
     QTRY_VERIFY(atTheStation().isEmpty());
@@ -257,7 +293,9 @@ void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
     {
         const DescriptorShortage shortage;
         QVERIFY(waiting.waitForConnected());
-        QVERIFY(isHeard()); // the other client does not suffer
+        const WakeUps wakeUps(*(*station)->findChild<QTcpServer *>());
+        QTRY_VERIFY(wakeUps.count >= 2); // it has tried in vain, and tries again
+        QVERIFY(isHeard());              // the other client does not suffer
         QCOMPARE(atTheStation().size(), 1);
     }
     QTRY_COMPARE(atTheStation().size(), 2);
@@ -282,13 +320,13 @@ void BridgeClientsTest::clientsComeInAfterAShortageFromTheStart()
     QTRY_COMPARE(waiting.bytesAvailable(), 18);
     QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
     // From now on it is an ordinary listener again, which neither complains nor waits.
-    QElapsedTimer sinceShortage;
-    sinceShortage.start();
+    const auto *pause = (*station)->findChild<QTcpServer *>()->findChild<QTimer *>(
+        QString(), Qt::FindDirectChildrenOnly);
     for (int i = 0; i < 5; ++i) {
         const BridgeClient another(station->bridgePort);
         QVERIFY(another.waitForGreeting());
+        QVERIFY(!pause->isActive());
     }
-    QVERIFY(sinceShortage.elapsed() < 2000);
     QCOMPARE(trace->lines().filter(QStringLiteral("not accepted")).size(), 1);
 }
 

@@ -37,6 +37,7 @@ private slots:
     void aTakenPortIsTracedAndLeavesItStopped();
     void aFailedStartMayBeRepeated();
     void startingWhileListeningChangesNothing();
+    void aListenerThatHasClosedIsReplaced();
     void stoppingDropsEveryClientSilently();
     void stoppingWhileStoppedIsTracedToo();
     void itStartsAgainAfterAStop();
@@ -184,6 +185,28 @@ void BridgeStartTest::startingWhileListeningChangesNothing()
     (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), jt9Lines(1));
     QTRY_COMPARE(client.heard.count('\n'), 2);
     QVERIFY(bridgeStatus().contains(QStringLiteral("— 1 client(s)")));
+}
+
+// What counts is whether anybody can come in, not whether there is a listener.
+void BridgeStartTest::aListenerThatHasClosedIsReplaced()
+{
+    const BridgeClient client(station->bridgePort);
+    QVERIFY(client.waitForGreeting());
+    (*station)->findChild<QTcpServer *>()->close();
+    QVERIFY(bridgeStatus().startsWith(QStringLiteral("Bridge: Stopped\n")));
+    (*station)->showStationDisplay();
+    QVERIFY(openDialog(QStringLiteral("PELQ Kiwi Outpost Station Display"))
+                ->findChild<QLabel *>()
+                ->text()
+                .endsWith(QStringLiteral("bridge: Stopped")));
+    const SeenBox attachment = answerBox([this] { chooseBridge("Test WSJT Attachment"); });
+    QCOMPARE(attachment.text, QStringLiteral("The local WSJT bridge is stopped."));
+    trace->clear();
+    chooseBridge("Start Local WSJT Bridge");
+    QCOMPARE(bridgeTrace(), listeningOn(station->bridgePort));
+    QTRY_COMPARE((*station)->findChildren<QTcpServer *>().size(), 1);
+    const BridgeClient another(station->bridgePort);
+    QVERIFY(another.waitForGreeting());
 }
 
 void BridgeStartTest::stoppingDropsEveryClientSilently()

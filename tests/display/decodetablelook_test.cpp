@@ -39,7 +39,9 @@ private slots:
     void theWindowShrinksWithItsColumns();
     void theHeightStaysAsItWas();
     void rowsAreAsHighAsTheirText();
+    void theTallestCellSetsItsRowsHeight();
     void theNewestRowIsInView();
+    void aHighlightedNewestRowIsInViewToo();
     void theNewestRowIsSelected();
     void aHighlightedNewestRowIsNotCovered();
     void anOlderHighlightedRowDoesNotMatter();
@@ -57,6 +59,11 @@ private:
     void append(const char *label, const QStringList &lines)
     {
         (*station)->appendDecodes(QString::fromLatin1(label), lines);
+    }
+    bool isAtTheBottom() const
+    {
+        const QScrollBar *bar = table->verticalScrollBar();
+        return bar->maximum() > 0 && bar->value() == bar->maximum();
     }
     int widthOfMenus() const { return (*station)->menuBar()->sizeHint().width() + 20; }
 };
@@ -126,21 +133,40 @@ void DecodeTableLookTest::rowsAreAsHighAsTheirText()
         QCOMPARE(heights.at(row), table->rowHeight(row));
 }
 
+void DecodeTableLookTest::theTallestCellSetsItsRowsHeight()
+{
+    append("10:15:30", jt9Lines(3));
+    QFont large = table->font();
+    large.setPixelSize(3 * table->fontMetrics().height());
+    table->item(1, 4)->setFont(large);
+    append("10:15:45", jt9Lines(1));
+    QVERIFY(table->rowHeight(1) >= QFontMetrics(large).height());
+    QVERIFY(table->rowHeight(0) < QFontMetrics(large).height());
+}
+
 void DecodeTableLookTest::theNewestRowIsInView()
 {
     append("10:15:30", jt9Lines(60));
-    const auto atTheBottom = [this] {
-        const QScrollBar *bar = table->verticalScrollBar();
-        return bar->maximum() > 0 && bar->value() == bar->maximum();
-    };
-    QVERIFY(atTheBottom());
+    QVERIFY(isAtTheBottom());
     table->scrollToTop();
     append("10:15:45", jt9Lines(1));
-    QVERIFY(atTheBottom());
+    QVERIFY(isAtTheBottom());
     QTest::qWait(0); // and after all that was posted
-    QVERIFY(atTheBottom());
+    QVERIFY(isAtTheBottom());
     const QRect newest = table->visualItemRect(table->item(60, 0));
     QVERIFY(table->viewport()->rect().contains(newest.center()));
+}
+
+// No row is selected then, which alone would bring it into view.
+void DecodeTableLookTest::aHighlightedNewestRowIsInViewToo()
+{
+    append("10:15:30", jt9Lines(60));
+    table->scrollToTop();
+    append("10:15:45", {jt9Line(QStringLiteral("CQ W1AW FN31"))});
+    QVERIFY(table->selectedItems().isEmpty());
+    QVERIFY(isAtTheBottom());
+    QTest::qWait(0);
+    QVERIFY(isAtTheBottom());
 }
 
 void DecodeTableLookTest::theNewestRowIsSelected()

@@ -37,6 +37,7 @@ private slots:
     void theBridgeLine();
     void itRefreshesEveryFiveSeconds();
     void itCopiesAllRowsAsTextOnly();
+    void updatesAreSuspendedWhileItCopies();
     void aMissingCellIsCopiedAsEmptyText();
     void aClosedWindowIsLeftAlone();
 
@@ -306,6 +307,18 @@ void StationDisplayTest::itCopiesAllRowsAsTextOnly()
     (*station)->clearDecodes();
     choose(**station, entry);
     QCOMPARE(table()->rowCount(), 0);
+}
+
+void StationDisplayTest::updatesAreSuspendedWhileItCopies()
+{
+    QList<bool> updates;
+    const auto note = [&] { updates.append(table()->updatesEnabled()); };
+    connect(table()->model(), &QAbstractItemModel::rowsInserted, table(), note);
+    connect(table()->model(), &QAbstractItemModel::dataChanged, table(), note);
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), jt9Lines(2));
+    QVERIFY(!updates.isEmpty());
+    QVERIFY(!updates.contains(true));
+    QVERIFY(table()->updatesEnabled());
 }
 
 void StationDisplayTest::aMissingCellIsCopiedAsEmptyText()

@@ -4,6 +4,22 @@
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
 
+// Gives the window another size as soon as it is made, before it is first filled.
+class EarlyHand : public QObject
+{
+public:
+    EarlyHand() { qApp->installEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *dialog = qobject_cast<QDialog *>(watched);
+        if (event->type() == QEvent::WindowTitleChange && dialog)
+            dialog->resize(900, 900);
+        return false;
+    }
+};
+
 class StationDisplaySizeTest : public QObject
 {
     Q_OBJECT
@@ -181,6 +197,10 @@ void StationDisplaySizeTest::theWindowIsAsWideAsALongReceiverName()
 
 void StationDisplaySizeTest::theFirstSizeFitsTheContents()
 {
+    dialog->close();
+    QTRY_VERIFY(!dialog);
+    const EarlyHand hand;
+    show();
     QTest::qWait(0);
     const QSize shown = dialog->size();
     dialog->adjustSize();

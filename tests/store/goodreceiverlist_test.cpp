@@ -145,6 +145,7 @@ private slots:
     void removingWhatIsGoneSaysSo_data();
     void removingWhatIsGoneSaysSo();
     void aHostWithBlanksIsShownAsStored();
+    void aHostWithBlanksCannotBeRemoved();
 
 private:
     void writeProfile(const QString &host, int port = 8073) const;
@@ -550,6 +551,17 @@ void GoodReceiverListTest::aHostWithBlanksIsShownAsStored()
                  QStringLiteral("  kiwi :8073 — 7.074000 MHz — 3 decode(s)"));
         QCOMPARE(form.host->text(), QStringLiteral("  kiwi "));
     });
+}
+
+// The item's host is trimmed, the file's is not.
+void GoodReceiverListTest::aHostWithBlanksCannotBeRemoved()
+{
+    saveList({entry(QStringLiteral("  kiwi "), 8073)});
+    const QByteArray before = fileBytes(listFile());
+    const MainWindow window;
+    QCOMPARE(removeOnly(window, 1), QStringLiteral("That receiver was already absent."));
+    QCOMPARE(fileBytes(listFile()), before);
+    QCOMPARE(removedOnDisk(), QStringList(QStringLiteral("absent")));
 }
 
 OUTPOST_WINDOW_TEST_MAIN(GoodReceiverListTest)

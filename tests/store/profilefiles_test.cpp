@@ -91,6 +91,7 @@ private slots:
     void saveWritesTheFrequency();
     void saveAsAsksForAFile();
     void saveAsAddsNoExtensionAndMakesTheFolder();
+    void saveAsMakesTheFolderOfTheFrequency();
     void saveAsCancelledDoesNothing();
     void saveTellsThatTheFolderCannotBeMade();
     void saveTellsWhyTheFileCannotBeOpened();
@@ -430,6 +431,15 @@ void ProfileFilesTest::saveAsAddsNoExtensionAndMakesTheFolder()
 
     choose(window, entry("Save Profile"));
     QCOMPARE(trace.lines().last(), QStringLiteral("Profile saved: ") + path);
+}
+
+void ProfileFilesTest::saveAsMakesTheFolderOfTheFrequency()
+{
+    const MainWindow window;
+    QVERIFY(QDir(QFileInfo(frequencyFile()).path()).removeRecursively());
+    chooseFile(testHome().path(QStringLiteral("elsewhere.json")),
+               [&] { choose(window, entry("Save Profile As...")); });
+    QCOMPARE(fileBytes(frequencyFile()), QByteArray("14.074000"));
 }
 
 void ProfileFilesTest::saveAsCancelledDoesNothing()
