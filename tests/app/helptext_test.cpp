@@ -15,6 +15,7 @@ private slots:
     void fixedLines_data();
     void fixedLines();
     void sixNumberedSteps();
+    void sectionsBetweenTheStepsAndAbout();
     void aboutHasFiveLines();
 };
 
@@ -31,6 +32,9 @@ void HelpTextTest::headingNamesProgramAndVersion()
     QVERIFY(helpHeading().startsWith(QStringLiteral("<h2>PELQ Kiwi Outpost v1.03</h2><p>")));
     QVERIFY(helpHeading().endsWith(QStringLiteral(".</p>")));
     QCOMPARE(helpHeading().count(QStringLiteral("<p>")), 1);
+    QVERIFY(helpHeading().contains(QStringLiteral("KiwiSDR web receiver")));
+    QVERIFY(helpHeading().contains(QStringLiteral("FT8 receive source")));
+    QVERIFY(helpHeading().contains(QStringLiteral("local WSJT bridge")));
 }
 
 void HelpTextTest::sameVersionInTheAboutSection()
@@ -73,27 +77,6 @@ void HelpTextTest::fixedLines_data()
                        "an installed WSJT-X application or installed WSJT-X fork."),
         QStringLiteral("6. Allow one complete 15-second FT8 period for decodes to begin "
                        "appearing."),
-        QStringLiteral("Each decoded FT8 message is displayed with its UTC time, signal strength, "
-                       "timing offset, audio frequency and decoded message. The lower status line "
-                       "shows the Kiwi connection, bridge status and total decodes."),
-        QStringLiteral("Use Settings > Bridge > Start Local WSJT Bridge to enable local decode "
-                       "delivery. The bridge listens on 127.0.0.1:27777. Use Bridge Status to "
-                       "check the listener and attached clients."),
-        QStringLiteral("- PELQ Kiwi Outpost is receive-only. It does not control a transmitter."),
-        QStringLiteral("- Kiwi audio capture remains continuous while FT8 decoding is running."),
-        QStringLiteral("- jt9.exe is an external decoder supplied by a separately installed "
-                       "WSJT-X application. It is not included with PELQ Kiwi Outpost."),
-        QStringLiteral("- Keep the computer clock synchronized for correct FT8 timing."),
-        QStringLiteral("No Kiwi connection:"),
-        QStringLiteral("Verify the serial number, host, port, proxy selection and internet "
-                       "connection."),
-        QStringLiteral("No FT8 decodes:"),
-        QStringLiteral("Verify the selected band and frequency, confirm that an installed jt9.exe "
-                       "is selected, check for band activity and wait through a complete "
-                       "15-second FT8 period."),
-        QStringLiteral("Bridge not working:"),
-        QStringLiteral("Open Bridge Status and confirm that the listener is active on "
-                       "127.0.0.1:27777."),
     };
     for (const QString &line : fixed) {
         QTest::newRow(qPrintable(line.left(40))) << line;
@@ -118,12 +101,52 @@ void HelpTextTest::sixNumberedSteps()
     QVERIFY(second.contains(QStringLiteral("Apply or OK")));
 }
 
+void HelpTextTest::sectionsBetweenTheStepsAndAbout()
+{
+    const QString expected = QStringLiteral(
+        "DECODE DISPLAY\n"
+        "\n"
+        "Each decoded FT8 message is displayed with its UTC time, signal strength, timing "
+        "offset, audio frequency and decoded message. The lower status line shows the Kiwi "
+        "connection, bridge status and total decodes.\n"
+        "\n"
+        "LOCAL WSJT BRIDGE\n"
+        "\n"
+        "Use Settings > Bridge > Start Local WSJT Bridge to enable local decode delivery. The "
+        "bridge listens on 127.0.0.1:27777. Use Bridge Status to check the listener and "
+        "attached clients.\n"
+        "\n"
+        "IMPORTANT OPERATING NOTES\n"
+        "\n"
+        "- PELQ Kiwi Outpost is receive-only. It does not control a transmitter.\n"
+        "- Kiwi audio capture remains continuous while FT8 decoding is running.\n"
+        "- jt9.exe is an external decoder supplied by a separately installed WSJT-X "
+        "application. It is not included with PELQ Kiwi Outpost.\n"
+        "- Keep the computer clock synchronized for correct FT8 timing.\n"
+        "\n"
+        "TROUBLESHOOTING\n"
+        "\n"
+        "No Kiwi connection:\n"
+        "Verify the serial number, host, port, proxy selection and internet connection.\n"
+        "\n"
+        "No FT8 decodes:\n"
+        "Verify the selected band and frequency, confirm that an installed jt9.exe is selected, "
+        "check for band activity and wait through a complete 15-second FT8 period.\n"
+        "\n"
+        "Bridge not working:\n"
+        "Open Bridge Status and confirm that the listener is active on 127.0.0.1:27777.\n"
+        "\n");
+    const int first = helpText().indexOf(QLatin1String("DECODE DISPLAY"));
+    QCOMPARE(helpText().mid(first, helpText().indexOf(QLatin1String("ABOUT")) - first), expected);
+}
+
 void HelpTextTest::aboutHasFiveLines()
 {
     const QStringList all = lines();
     const QStringList about = all.mid(all.indexOf(QStringLiteral("ABOUT")) + 2);
     QCOMPARE(about.size(), 5);
     QVERIFY(about.at(1).contains(QStringLiteral(QT_VERSION_STR)));
+    QCOMPARE(about.filter(QStringLiteral("runtime")).size(), 1);
 }
 
 QTEST_APPLESS_MAIN(HelpTextTest)

@@ -44,10 +44,13 @@ private slots:
     void titleAndSizes();
     void theTableFillsTheWindow();
     void theClearButtonStandsInTheMenuBarsCorner();
+    void theClearButtonIs20PixelsHighAtLeast();
     void theClearButtonClearsTheTableAndNothingElse();
     void theStatusBarHoldsOneLabel();
     void theSummaryIsFittedInto335Pixels_data();
     void theSummaryIsFittedInto335Pixels();
+    void aSummaryThatCannotFitIsWrittenIn6Point5_data();
+    void aSummaryThatCannotFitIsWrittenIn6Point5();
     void startsTheBridgeAtOnceAndFindsTheDecoderFromTheEventLoop();
     void theDecodersDepthComesFromTheSettings_data();
     void theDecodersDepthComesFromTheSettings();
@@ -89,6 +92,18 @@ void MainWindowTest::theClearButtonStandsInTheMenuBarsCorner()
     const int height = qMax(20, bar->sizeHint().height() - 2);
     QCOMPARE(clear->minimumHeight(), height);
     QCOMPARE(clear->maximumHeight(), height);
+}
+
+void MainWindowTest::theClearButtonIs20PixelsHighAtLeast()
+{
+    const QFont before = QApplication::font();
+    QFont font = before;
+    font.setPixelSize(12);
+    QApplication::setFont(font);
+    const TestStation station;
+    QApplication::setFont(before);
+    QCOMPARE(clearButton(*station.window)->minimumHeight(), 20);
+    QCOMPARE(clearButton(*station.window)->maximumHeight(), 20);
 }
 
 void MainWindowTest::theClearButtonClearsTheTableAndNothingElse()
@@ -179,6 +194,26 @@ void MainWindowTest::theSummaryIsFittedInto335Pixels()
     const int height = qMax(18, QFontMetrics(fitted).height() + 6);
     QCOMPARE(bar->minimumHeight(), height);
     QCOMPARE(bar->maximumHeight(), height);
+}
+
+void MainWindowTest::aSummaryThatCannotFitIsWrittenIn6Point5_data()
+{
+    QTest::addColumn<qreal>("startPoints");
+    QTest::newRow("in whole steps") << 9.0;
+    QTest::newRow("the last step cut short") << 7.6;
+}
+
+void MainWindowTest::aSummaryThatCannotFitIsWrittenIn6Point5()
+{
+    QFETCH(qreal, startPoints);
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPointSizeF(startPoints);
+    font.setLetterSpacing(QFont::AbsoluteSpacing, 10);
+    const QFont before = QApplication::font();
+    QApplication::setFont(font);
+    const TestStation station;
+    QApplication::setFont(before);
+    QCOMPARE(summaryLabel(*station.window)->font().pointSizeF(), 6.5);
 }
 
 void MainWindowTest::startsTheBridgeAtOnceAndFindsTheDecoderFromTheEventLoop()

@@ -98,6 +98,10 @@ private slots:
         row("the first known one is compared",
             "000001 -9 0.1 1000 ~ CQ A|000001 -9 0.1 1020 ~ CQ A|000001 -5 0.1 1010 ~ CQ A",
             "000001 -5 0.1 1010 ~ CQ A|000001 -9 0.1 1020 ~ CQ A");
+        row("the stronger takes the place of the one that it beats",
+            "000001 -9 0.1 1000 ~ CQ A|000001 -9 0.1 1020 ~ CQ A|000001 -5 0.1 1010 ~ CQ A|"
+            "000001 -4 0.1 1015 ~ CQ A",
+            "000001 -4 0.1 1015 ~ CQ A|000001 -9 0.1 1020 ~ CQ A");
         row("by frequency as a number, then by message",
             "000001 1 0.1 1000 ~ CQ B|000001 2 0.1 1000 ~ CQ A|000001 3 0.1 900 ~ CQ C",
             "000001 3 0.1 900 ~ CQ C|000001 2 0.1 1000 ~ CQ A|000001 1 0.1 1000 ~ CQ B");

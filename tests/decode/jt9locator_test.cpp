@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcessEnvironment>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -114,8 +115,10 @@ private slots:
 
     void aFolderIsNoDecoder()
     {
-        const QString path = makeInstallation(QStringLiteral("a/jt9.exe")) + QStringLiteral("/..");
-        QVERIFY(!isInstalledJt9(path));
+        makeFile(QStringLiteral("a/Qt5Core.dll"));
+        makeFile(QStringLiteral("a/wsjtx.exe"));
+        QVERIFY(QDir(root->path()).mkpath(QStringLiteral("a/jt9.exe")));
+        QVERIFY(!isInstalledJt9(root->filePath(QStringLiteral("a/jt9.exe"))));
     }
 
     void refusesACopyInABuildFolderThoughFilesLieBesideIt()
@@ -190,6 +193,25 @@ private slots:
                                    root->filePath(QStringLiteral("r2"))};
         QCOMPARE(findInstalledJt9({{}, roots, {}}), old);
     }
+
+#ifndef Q_OS_WIN
+    void aPathWithADriveLetterIsNeverUsedOffWindows()
+    {
+        const QString before = QDir::currentPath();
+        const auto restore = qScopeGuard([&] { QDir::setCurrent(before); });
+        const QString decoder = QStringLiteral("C:/WSJT/wsjtx/bin/jt9.exe");
+        makeInstallation(decoder);
+        makeInstallation(QStringLiteral("WSJT/wsjtx/bin/jt9.exe"));
+        QVERIFY(QDir::setCurrent(root->path()));
+        QVERIFY(isInstalledJt9(decoder)); // as a file below the current folder
+        QCOMPARE(findInstalledJt9({{decoder}, {}, {}}), QString());
+        QCOMPARE(findInstalledJt9({{}, {}, { decoder }}), QString());
+        QCOMPARE(findInstalledJt9({{}, {QStringLiteral("C:/WSJT")}, {}}), QString());
+        const QString relative = decoder.mid(3);
+        QCOMPARE(findInstalledJt9({{decoder, relative}, {}, {}}), relative);
+        QCOMPARE(findInstalledJt9({{}, {QStringLiteral("WSJT")}, {}}), root->filePath(relative));
+    }
+#endif
 
     void thisSystemsPlacesInOrder()
     {

@@ -14,6 +14,7 @@
 #include "decode/decodeband.h"
 #include "kiwi/imaadpcm.h"
 #include "tests/decode/scripteddecoder.h"
+#include "tests/fixture/logtrace.h"
 
 namespace
 {
@@ -378,13 +379,20 @@ private slots:
     {
         const ScriptedDecoder decoder(QStringLiteral("flock -s $here/gate true; echo \"~ $slot\""));
         const Gate gate(decoder.left(QStringLiteral("gate")));
+        const LogTrace log;
         arm();
         constexpr int mostPending = 40;
         constexpr int closed = mostPending + 3;
         int handedOver = 0;
-        for (int i = 0; i < closed * KiwiAudioCapture::samplesPerPeriod; ++i)
+        for (int i = 0; i < closed * KiwiAudioCapture::samplesPerPeriod - 1; ++i)
             handedOver += capture->appendSample(0) ? 1 : 0;
         QCOMPARE(handedOver, mostPending);
+        QVERIFY(!take(plainFrame("ab"), boundaryMs).attempted); // the last period's last sample
+        const QString passedOver =
+            QStringLiteral("The decoder is too slow: the period of %1 is passed over.");
+        QCOMPARE(log.lines(), QStringList({passedOver.arg(QLatin1String("14:33:15")),
+                                           passedOver.arg(QLatin1String("14:33:30")),
+                                           passedOver.arg(QLatin1String("14:33:45"))}));
         QCOMPARE(capture->periodStart(), boundaryMs + closed * KiwiAudioCapture::periodMs);
         capture->setPeriodCallback([this](const QString &label, const QStringList &lines) {
             periods.append({label, lines});

@@ -110,6 +110,9 @@ class Program:
         self._reader.join()
         self._process.stdout.close()
 
+    def send(self, number):
+        self._process.send_signal(number)
+
     def exit_status(self, seconds):
         status = self._process.wait(seconds)
         self._reader.join()

@@ -1,0 +1,74 @@
+"""The ways in which the program is asked to end while a receiver is heard."""
+
+import contextlib
+import signal
+import unittest
+
+from recording import write_silence
+from station import Display, Home, Receiver, Station
+
+VIEWS = ["PELQ Kiwi Outpost Status Log", "PELQ Kiwi Outpost Station Display",
+         "PELQ Kiwi Outpost Bridge Status"]
+REQUESTS = [signal.SIGTERM, signal.SIGINT, signal.SIGHUP]
+
+
+class Ending(unittest.TestCase):
+    def setUp(self):
+        """The station inherits what is ignored; these tests may themselves run under nohup."""
+        for number in REQUESTS:
+            self.addCleanup(signal.signal, number, signal.signal(number, signal.SIG_DFL))
+
+    @contextlib.contextmanager
+    def connected_station(self, keeps_dialog=False):
+        """A station that has heard the first sound."""
+        with contextlib.ExitStack() as stack:
+            home = stack.enter_context(Home())
+            write_silence(home.path / "silence.wav")
+            receiver = stack.enter_context(Receiver(home, home.path / "silence.wav"))
+            display = stack.enter_context(Display(home))
+            station = stack.enter_context(Station(home, display))
+            dialog = station.open_receiver_dialog()
+            station.apply_and_connect(receiver.port, "20")
+            station.wait_for_line("REAL KIWI SND DATA VERIFIED at /kiwi/0/SND.")
+            if not keeps_dialog:
+                display.close(dialog)
+            yield home, station, display, receiver.port
+
+    def check_end(self, home, station, port):
+        self.assertEqual(station.exit_status(10), 0)
+        self.assertEqual(station.log()[-1], "Local WSJT bridge stopped.")
+        [session] = home.read_json("receiver-status-log.json")["Sessions"]
+        self.assertEqual((session["Host"], session["Port"]), ("127.0.0.1", port))
+
+    def test_exit_from_the_menu_with_every_window_open(self):
+        with self.connected_station() as (home, station, display, port):
+            for entry, title in enumerate(VIEWS):
+                station.open_view(entry, title)
+            station.window()
+            display.press("alt+f", "Up", "Return")
+            self.check_end(home, station, port)
+
+    def test_requests_to_end(self):
+        for number in REQUESTS:
+            with self.subTest(number.name), \
+                    self.connected_station() as (home, station, _, port):
+                station.send(number)
+                self.check_end(home, station, port)
+
+    def test_a_request_to_end_while_the_receiver_dialog_is_open(self):
+        with self.connected_station(keeps_dialog=True) as (home, station, _, port):
+            station.send(signal.SIGTERM)
+            self.check_end(home, station, port)
+
+    def test_a_hang_up_that_it_was_started_to_ignore_does_not_end_it(self):
+        signal.signal(signal.SIGHUP, signal.SIG_IGN)
+        with self.connected_station() as (home, station, display, port):
+            station.send(signal.SIGHUP)
+            window = station.open_view(1, VIEWS[1])  # still at the operator's hands
+            display.close(window)
+            station.send(signal.SIGTERM)
+            self.check_end(home, station, port)
+
+
+if __name__ == "__main__":
+    unittest.main()
