@@ -96,7 +96,7 @@ void Listener::remind(qint64 nowMs)
     else if (is(Fault::TextOnly))
         sendRaw(wsFrame(Text, "MSG rx_chans=8"));
     else if (is(Fault::OtherTagsOnly))
-        sendBinary(m_nextFaultMs % 2 ? "W/F \1\2\3\4" : "EXT name=value");
+        sendBinary(m_framesSent++ % 2 ? "W/F \1\2\3\4" : "EXT name=value");
 }
 
 qint64 Listener::dueMs() const

@@ -7,6 +7,7 @@
 
 #include <QTableWidget>
 #include <QTcpSocket>
+#include <QWebSocket>
 #include <QtTest>
 
 namespace
@@ -56,6 +57,7 @@ class SessionTest : public QObject
 private slots:
     void everyStateHasItsTextAndItsLines();
     void theReceiverGetsSevenCommandsInOrder();
+    void theRequestNamesTheReceiverAndNoOrigin();
     void theFieldsOfTheDialogAreUsedAsEntered();
     void nothingConnectsAtStart();
     void connectingWhileConnectedIsSilent();
@@ -136,6 +138,17 @@ void SessionTest::theReceiverGetsSevenCommandsInOrder()
              QStringLiteral("SET mod=usb low_cut=300 high_cut=3000 freq=14074.000"),
              QStringLiteral("SET agc=1 hang=0 thresh=-100 slope=6 decay=1000 manGain=50")}));
     QCOMPARE(receiver.paths(), QStringList{first});
+}
+
+void SessionTest::theRequestNamesTheReceiverAndNoOrigin()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    station.connectTo(receiver.port());
+    QTRY_COMPARE(receiver.paths().size(), 1);
+    QCOMPARE(receiver.request().rawHeader("Host"),
+             "127.0.0.1:" + QByteArray::number(receiver.port()));
+    QVERIFY(receiver.request().rawHeader("Origin").isEmpty());
 }
 
 void SessionTest::theFieldsOfTheDialogAreUsedAsEntered()
@@ -288,6 +301,7 @@ void SessionTest::disconnectsWhileConnected()
     QCOMPARE(summaryLine(*station.window),
              QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 0"));
     QTRY_COMPARE(receiver.liveLinks(), 0);
+    QTRY_COMPARE(station.window->findChildren<QWebSocket *>().size(), 0);
     QCOMPARE(receiver.paths().size(), 1);
     QVERIFY(QFile::exists(testHome().dataFile(QStringLiteral("receiver-status-log.json"))));
     inReceiverDialog(*station.window, [](ReceiverHands hands) {
@@ -343,6 +357,7 @@ void SessionTest::refusedOnEveryEndpointFails()
     }
     expected.append(QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
     QCOMPARE(inLines(station.trace.lines()), inLines(expected));
+    QTRY_COMPARE(station.window->findChildren<QWebSocket *>().size(), 0);
     // The failure stands only as long as the dialog: its text follows from the state.
     inReceiverDialog(*station.window, [](ReceiverHands hands) {
         QCOMPARE(hands.status(), QStringLiteral("Disconnected"));

@@ -16,6 +16,7 @@ private slots:
     void aStreamThatStallsStaysConnected();
     void bigMessagesAndFragmentsAreTaken_data();
     void bigMessagesAndFragmentsAreTaken();
+    void aMessageOf4MiBIsTakenAndOneByteMoreEndsTheStream();
 };
 
 namespace
@@ -123,6 +124,24 @@ void StreamEndsTest::bigMessagesAndFragmentsAreTaken()
         hands.disconnect();
     });
     QVERIFY(!station.trace.contains(QStringLiteral("error")));
+}
+
+void StreamEndsTest::aMessageOf4MiBIsTakenAndOneByteMoreEndsTheStream()
+{
+    const QByteArray biggest = "W/F" + QByteArray(4 * 1024 * 1024 - 3, 'x');
+    const PuppetReceiver receiver;
+    TestStation station;
+    station.hear(receiver);
+    inReceiverDialog(*station.window, [&](ReceiverHands hands) {
+        receiver.sendBinary(biggest);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            hands.status().endsWith(QStringLiteral("\nOther: 1   Last: 4194304 bytes")), 20000);
+        receiver.sendBinary(adpcmFrame({}));
+        QTRY_COMPARE(soundFrames(hands.status()), 2);
+        receiver.sendBinary(biggest + 'x');
+        QTRY_COMPARE_WITH_TIMEOUT(
+            hands.status(), QStringLiteral("Disconnected — verified SND stream ended"), 20000);
+    });
 }
 
 OUTPOST_WINDOW_TEST_MAIN(StreamEndsTest)
