@@ -5,6 +5,7 @@
 #include "bench/compare.h"
 
 #include "app/mainwindow.h"
+#include "app/timetext.h"
 #include "display/decoderow.h"
 #include "fixture/operator.h"
 
@@ -84,7 +85,7 @@ void BareTable::append(const QVector<DecodeCells> &rows)
 
 QString label(int period)
 {
-    return QTime(0, 0).addSecs(15 * period).toString(QStringLiteral("HH:mm:ss"));
+    return timeText(QTime(0, 0).addSecs(15 * period), QStringLiteral("HH:mm:ss"));
 }
 
 class PaintCount : public QObject

@@ -292,7 +292,7 @@ static void addStates()
     QTest::newRow("in endless headers")
         << QStringLiteral("endless-headers") << QStringLiteral("Connecting — trying /kiwi/0/SND");
     QTest::newRow("refused by the proxy")
-        << QStringLiteral("http-404") << QStringLiteral("Connecting — trying /kiwi/0/SND");
+        << QStringLiteral("http-404") << QStringLiteral("Failed — no Kiwi SND endpoint");
     QTest::newRow("open") << QStringLiteral("open-silent")
                           << QStringLiteral("WebSocket open — waiting for SND at /kiwi/0/SND");
     QTest::newRow("in messages") << QStringLiteral("msg-only")

@@ -14,6 +14,7 @@
 
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
+#include "app/timetext.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -185,7 +186,7 @@ void Soak::connectReceiver()
 void Soak::sendPeriod()
 {
     const QString label =
-        QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC).toString(QStringLiteral("HH:mm:ss"));
+        timeText(QDateTime::fromMSecsSinceEpoch(nowMs, Qt::UTC), QStringLiteral("HH:mm:ss"));
     while (sentBytes < periodBytes) {
         receiver.send(adpcmFrame(sound.left(framePayloadBytes)));
         sentBytes += framePayloadBytes;
