@@ -37,8 +37,9 @@ NativeEnd nativeListener(quint16 port)
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address);
-    ::send(socket, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL);
+    if (::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
+        ::send(socket, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL) != bytes.size())
+        qFatal("cannot speak to the simulator");
     NativeEnd end;
     QByteArray buffer(65536, Qt::Uninitialized);
     QElapsedTimer timer;
