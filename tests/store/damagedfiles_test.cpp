@@ -95,7 +95,7 @@ QString shownLog(MainWindow &window)
 {
     window.showStatusLogWindow();
     QDialog *dialog = openDialog(QStringLiteral("PELQ Kiwi Outpost Status Log"));
-    const QString text = dialog->findChild<QPlainTextEdit *>()->toPlainText();
+    QString text = dialog->findChild<QPlainTextEdit *>()->toPlainText();
     delete dialog;
     return text;
 }

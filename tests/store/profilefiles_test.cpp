@@ -136,7 +136,7 @@ QJsonObject ProfileFilesTest::ordinaryProfile() const
 
 QString ProfileFilesTest::anotherProfile(const QJsonObject &keys) const
 {
-    const QString path = testHome().path(QStringLiteral("profiles/another.json"));
+    QString path = testHome().path(QStringLiteral("profiles/another.json"));
     putFile(path, QJsonDocument(keys).toJson());
     return path;
 }

@@ -66,7 +66,7 @@ public:
 private:
     static QString dataFolder()
     {
-        const QString folder = QFileInfo(profileFile()).path();
+        QString folder = QFileInfo(profileFile()).path();
         QDir().mkpath(folder);
         return folder;
     }
