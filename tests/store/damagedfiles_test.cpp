@@ -43,6 +43,12 @@ private:
 
 namespace
 {
+#ifdef __SANITIZE_ADDRESS__
+constexpr int mostKeptKb = 400 * 1024; // the sanitizer keeps freed memory on purpose
+#else
+constexpr int mostKeptKb = 100 * 1024;
+#endif
+
 QString profileFile()
 {
     return testHome().dataFile(QStringLiteral("default-profile.json"));
@@ -261,7 +267,7 @@ void DamagedFilesTest::hugeFilesAreLivedWith()
                 QTest::currentDataTag(), static_cast<long long>(after.peakKb - before.residentKb),
                 static_cast<long long>(after.residentKb - before.residentKb),
                 static_cast<long long>(timer.elapsed()));
-    QVERIFY(after.residentKb - before.residentKb < 100 * 1024);
+    QVERIFY(after.residentKb - before.residentKb < mostKeptKb);
 }
 
 OUTPOST_WINDOW_TEST_MAIN(DamagedFilesTest)
