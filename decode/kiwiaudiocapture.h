@@ -73,7 +73,7 @@ public:
         qint64 compressedFrames = 0; // ADPCM
         qint64 plainFrames = 0;      // 16-bit samples
         qint64 samples = 0;
-        qint64 sumOfSquares = 0; // exact: a full period is below 2^48
+        qint64 sumOfSquares = 0; // exact: that of a full period is below 2^48
         int peak = 0;            // largest magnitude of a sample, 0..32768
     };
 
