@@ -7,8 +7,9 @@
 
 // The toolkit's library is not built with ThreadSanitizer, which therefore does not see the locks
 // inside that make its hand-overs safe: a task to the pool, a finished task to who waits for the
-// pool, a call to another thread's event loop. The linker puts these functions in their place
-// (--wrap); they tell the sanitizer of just these hand-overs and leave everything else to it.
+// pool, a call to another thread's event loop, and that call's end to the thread that lets go of it
+// last, which may be the caller. The linker puts these functions in their place (--wrap); they tell
+// the sanitizer of just these hand-overs and leave everything else to it.
 
 using QtPrivate::QSlotObjectBase;
 
@@ -62,8 +63,10 @@ private:
             handed->call->call(receiver, arguments);
         else if (operation == Compare)
             *equal = false;
-        if (operation != Destroy)
+        if (operation != Destroy) {
+            __tsan_release(handed);
             return;
+        }
         handed->call->destroyIfLastRef();
         delete handed;
     }
