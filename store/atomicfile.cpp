@@ -34,10 +34,10 @@ SaveResult saveOnce(QSaveFile &file, const QByteArray &content, QIODevice::OpenM
 } // namespace
 
 SaveResult saveAtomically(const QString &path, const QByteArray &content,
-                          QIODevice::OpenMode textFlag)
+                          QIODevice::OpenMode textFlag, int waitMs)
 {
     SaveResult result;
-    whileLocked([&] {
+    whileLocked(waitMs, [&] {
         QSaveFile file(path);
         result = saveOnce(file, content, textFlag);
         return file.error() != QFileDevice::RenameError;

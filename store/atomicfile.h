@@ -4,6 +4,8 @@
 #include <QIODevice>
 #include <QString>
 
+#include "store/lockedfile.h"
+
 // What became of a save. Unless it was saved, the old file stays as it was, or stays missing.
 struct SaveResult {
     enum Outcome { Saved, NotOpened, NotCommitted };
@@ -16,7 +18,7 @@ struct SaveResult {
 
 // Replaces the file at `path` by `content`, whole or not at all. The folder must exist. Content
 // that does not all reach the disk counts as not committed, and so does a file that another
-// program keeps from being replaced (waited for, see store/lockedfile.h). `textFlag` is
-// QIODevice::Text for files with the platform's line ends, else nothing.
+// program keeps from being replaced for longer than `waitMs` (see store/lockedfile.h). `textFlag`
+// is QIODevice::Text for files with the platform's line ends, else nothing.
 SaveResult saveAtomically(const QString &path, const QByteArray &content,
-                          QIODevice::OpenMode textFlag = {});
+                          QIODevice::OpenMode textFlag = {}, int waitMs = lockedFileMs);

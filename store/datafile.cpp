@@ -7,7 +7,8 @@
 
 bool openForReading(QFile &file, QIODevice::OpenMode textFlag)
 {
-    whileLocked([&] { return file.open(QIODevice::ReadOnly | textFlag) || !file.exists(); });
+    whileLocked(lockedFileMs,
+                [&] { return file.open(QIODevice::ReadOnly | textFlag) || !file.exists(); });
     return file.isOpen();
 }
 

@@ -17,16 +17,15 @@
 namespace
 {
 
-// Nothing when the file is missing or is not a list.
-std::optional<QJsonArray> savedReceivers()
+// A damaged list gives way to a fresh one.
+QJsonArray receiversIn(const std::optional<QByteArray> &file)
 {
-    const std::optional<QByteArray> file = readFile(goodReceiversPath());
-    return file ? parseJsonArray(*file) : std::nullopt;
+    return parseJsonArray(file.value_or(QByteArray())).value_or(QJsonArray());
 }
 
-SaveResult saveReceivers(const QJsonArray &list)
+SaveResult saveReceivers(const QJsonArray &list, int waitMs = lockedFileMs)
 {
-    return saveAtomically(goodReceiversPath(), QJsonDocument(list).toJson());
+    return saveAtomically(goodReceiversPath(), QJsonDocument(list).toJson(), {}, waitMs);
 }
 
 bool wasRemoved(const ReceiverKey &key)
@@ -69,13 +68,14 @@ void MainWindow::recordGoodReceiver(int decodeCount)
                                 decodeCount};
     if (decodeCount <= 0 || receiver.host.isEmpty())
         return;
-    // A damaged list gives way to a fresh one.
-    const QJsonArray list = savedReceivers().value_or(QJsonArray());
+    const std::optional<QByteArray> file = readFile(goodReceiversPath());
+    const QJsonArray list = receiversIn(file);
     if (containsReceiver(list, receiver.host, receiver.port))
         return; // the first recording stays as it is
     if (wasRemoved(receiverKey(receiver.host, receiver.port)))
         return;
-    const SaveResult saved = saveReceivers(withReceiver(list, receiver, nowMs()));
+    const SaveResult saved =
+        saveReceivers(withReceiver(list, receiver, nowMs()), waitToReplaceMs(file.has_value()));
     logLine(recordingText(saved, receiver));
 }
 
@@ -83,7 +83,7 @@ void MainWindow::fillGoodReceiversCombo(QComboBox *combo)
 {
     combo->clear();
     combo->addItem(QStringLiteral("Select a saved good receiver"));
-    const auto receivers = readGoodReceivers(savedReceivers().value_or(QJsonArray()));
+    const auto receivers = readGoodReceivers(receiversIn(readFile(goodReceiversPath())));
     for (const GoodReceiver &receiver : receivers)
         combo->addItem(goodReceiverText(receiver),
                        QVariantMap{{QStringLiteral("Host"), receiver.host},

@@ -20,10 +20,9 @@ namespace
 constexpr int refreshIntervalMs = 5000;
 
 // A damaged log gives way to a fresh one.
-QJsonObject savedStatusLog()
+QJsonObject statusLogIn(const std::optional<QByteArray> &file)
 {
-    const QByteArray file = readFile(statusLogPath()).value_or(QByteArray());
-    return parseJsonObject(file).value_or(QJsonObject());
+    return parseJsonObject(file.value_or(QByteArray())).value_or(QJsonObject());
 }
 
 QPlainTextEdit *newLogView(QDialog *dialog)
@@ -76,8 +75,10 @@ void MainWindow::finishStatusSession()
         return;
     const qint64 endMs = nowMs();
     QDir().mkpath(dataFolder());
-    const QJsonObject log = withFinishedSession(savedStatusLog(), statusSession, endMs);
-    const SaveResult saved = saveAtomically(statusLogPath(), QJsonDocument(log).toJson());
+    const std::optional<QByteArray> file = readFile(statusLogPath());
+    const QJsonObject log = withFinishedSession(statusLogIn(file), statusSession, endMs);
+    const SaveResult saved = saveAtomically(statusLogPath(), QJsonDocument(log).toJson(), {},
+                                            waitToReplaceMs(file.has_value()));
     if (!saved)
         logLine(QStringLiteral("Status log save failed: %1").arg(saved.error));
     statusSession = {};

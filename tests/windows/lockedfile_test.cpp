@@ -3,10 +3,10 @@
 #include "store/atomicfile.h"
 #include "store/datafile.h"
 #include "store/lockedfile.h"
+#include "tests/windows/fileholder.h"
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -16,29 +16,6 @@ namespace
 {
 constexpr int shortlyMs = lockedFileMs / 3;
 constexpr int longMs = 60000; // it is ended before
-
-// Another program that has the file open.
-class Holder
-{
-public:
-    Holder(const QString &path, int forMs, const QStringList &more = {})
-    {
-        program.start(QStringLiteral(FILE_HOLDER),
-                      QStringList{path, QString::number(forMs)} + more);
-        holds = program.waitForReadyRead() && program.readAll().startsWith("held");
-    }
-    ~Holder()
-    {
-        program.kill();
-        program.waitForFinished();
-    }
-    Q_DISABLE_COPY(Holder)
-
-    bool holds = false;
-
-private:
-    QProcess program;
-};
 } // namespace
 
 class LockedFileTest : public QObject
@@ -55,7 +32,7 @@ private slots:
 
     void aFileHeldForAMomentIsReplaced()
     {
-        const Holder holder(target, shortlyMs);
+        const FileHolder holder(target, shortlyMs);
         QVERIFY(holder.holds);
         const SaveResult saved = saveAtomically(target, "new");
         QVERIFY2(saved, qPrintable(saved.error));
@@ -65,7 +42,7 @@ private slots:
 
     void aFileHeldForLongStaysAsItWas()
     {
-        const Holder holder(target, longMs);
+        const FileHolder holder(target, longMs);
         QVERIFY(holder.holds);
         QElapsedTimer timer;
         timer.start();
@@ -80,7 +57,7 @@ private slots:
 
     void aLockedFileIsNotTakenForAMissingOne()
     {
-        const Holder holder(target, shortlyMs, {QStringLiteral("exclusive")});
+        const FileHolder holder(target, shortlyMs, {QStringLiteral("exclusive")});
         QVERIFY(holder.holds);
         QCOMPARE(readFile(target).value_or(QByteArray()), QByteArray("old"));
     }
@@ -88,7 +65,7 @@ private slots:
     void aFileLockedForLongIsNeitherReadNorReplaced()
     {
         {
-            const Holder holder(target, longMs, {QStringLiteral("exclusive")});
+            const FileHolder holder(target, longMs, {QStringLiteral("exclusive")});
             QVERIFY(holder.holds);
             QVERIFY(!readFile(target).has_value());
             QCOMPARE(saveAtomically(target, "new").outcome, SaveResult::NotCommitted);
