@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <memory>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -609,12 +610,18 @@ private slots:
 
     void destructionWaitsForRunningDecodersAndDeliversNothing()
     {
-        const ScriptedDecoder decoder(
-            QStringLiteral("echo + >> $here/log; sleep 0.3; echo - >> $here/log; echo '~ x'"));
+        const ScriptedDecoder decoder(QStringLiteral(
+            "echo + >> $here/log; flock -s $here/gate true; echo - >> $here/log; echo '~ x'"));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
         capture->queueDecodeSlices(boundaryMs, silence);
         capture->queueDecodeSlices(boundaryMs + 15000, silence);
         QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")).count('+'), 4);
+        std::thread opener([&gate] {
+            QThread::msleep(300); // by then the destruction has begun to wait
+            gate.open();
+        });
         capture.reset();
+        opener.join();
         const QByteArray log = decoder.readLeft(QStringLiteral("log"));
         QCOMPARE(log.count('-'), 4);
         QCOMPARE(log.count('+'), 4); // the queued ones never ran
