@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "kiwi/linkstate.h"
 #include "store/profile.h"
@@ -156,7 +157,6 @@ private:
 
     // ---- display/highlight.cpp ----
     void loadHighlightCalls();
-    void saveHighlightCalls();
 
     // ---- display/bridge.cpp ----
     bool bridgeListening() const;
@@ -179,6 +179,8 @@ private:
     void fillGoodReceiversCombo(QComboBox *combo);
     void removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
                                     QLabel *statusLabel);
+    QStringList removedReceivers() const;
+    void saveRemovedReceivers(const QStringList &keys);
     void applyReceiver(const QString &hostText, const QString &portText, const QString &mhzText);
 
     // ---- store/statuslogwindow.cpp ----
@@ -227,7 +229,8 @@ private:
     Profile profile;
     QString profilePath; // last opened or saved
     double frequencyMhz = 14.074;
-    QLabel *receiverStatusLabel = nullptr; // the receiver dialog's, while it is open
+    std::optional<QStringList> unsavedRemovedKeys; // none while the settings have them
+    QLabel *receiverStatusLabel = nullptr;         // the receiver dialog's, while it is open
     StatusSession statusSession;
     QDialog *statusLogDialog = nullptr;
     QPlainTextEdit *statusLogView = nullptr;

@@ -85,9 +85,7 @@ void MainWindow::chooseDecodeDepth(int depth)
     if (capture) {
         capture->setDecodeDepth(depth);
     }
-    QSettings settings = stationSettings();
-    settings.setValue(QStringLiteral("decoder/depth"), depth);
-    settings.sync();
+    saveSetting(QStringLiteral("decoder/depth"), depth);
 }
 
 void MainWindow::buildBridgeMenu(QMenu *settings)

@@ -14,13 +14,6 @@ void MainWindow::loadHighlightCalls()
     highlightCalls = validHighlightCalls(stationSettings().value(callsKey).toStringList());
 }
 
-void MainWindow::saveHighlightCalls()
-{
-    QSettings settings = stationSettings();
-    settings.setValue(callsKey, highlightCalls);
-    settings.sync();
-}
-
 bool MainWindow::matchesHighlightedCall(const QString &text) const
 {
     return containsCall(text, highlightCalls);
@@ -73,7 +66,7 @@ void MainWindow::editHighlightCalls()
                  QStringLiteral("Enter no more than 10 callsigns."));
         } else {
             highlightCalls = edit.calls;
-            saveHighlightCalls();
+            saveSetting(callsKey, highlightCalls);
             reapplyHighlights();
             return;
         }

@@ -28,17 +28,6 @@ SaveResult saveReceivers(const QJsonArray &list, int waitMs = lockedFileMs)
     return saveAtomically(goodReceiversPath(), QJsonDocument(list).toJson(), {}, waitMs);
 }
 
-bool wasRemoved(const ReceiverKey &key)
-{
-    return containsKey(removedKeys(stationSettings()), key);
-}
-
-void rememberRemoved(const ReceiverKey &key)
-{
-    QSettings settings = stationSettings();
-    storeRemovedKeys(settings, withKey(removedKeys(settings), key));
-}
-
 QString recordingText(const SaveResult &saved, const GoodReceiver &receiver)
 {
     switch (saved.outcome) {
@@ -72,7 +61,7 @@ void MainWindow::recordGoodReceiver(int decodeCount)
     const QJsonArray list = receiversIn(file);
     if (containsReceiver(list, receiver.host, receiver.port))
         return; // the first recording stays as it is
-    if (wasRemoved(receiverKey(receiver.host, receiver.port)))
+    if (containsKey(removedReceivers(), receiverKey(receiver.host, receiver.port)))
         return;
     const SaveResult saved =
         saveReceivers(withReceiver(list, receiver, nowMs()), waitToReplaceMs(file.has_value()));
@@ -114,11 +103,24 @@ void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *remov
     const SaveResult saved = saveReceivers(kept);
     if (!saved)
         return statusLabel->setText(removalFailureText(saved));
-    rememberRemoved(receiverKey(host, port));
+    saveRemovedReceivers(withKey(removedReceivers(), receiverKey(host, port)));
     fillGoodReceiversCombo(combo);
     combo->setCurrentIndex(0);
     removeButton->setEnabled(false);
     const QString receiver = QStringLiteral("%1:%2").arg(host, QString::number(port));
     statusLabel->setText(QStringLiteral("Removed saved receiver: %1").arg(receiver));
     logLine(QStringLiteral("Saved receiver removed: %1").arg(receiver));
+}
+
+// What could not be saved counts until the program ends, and is saved with the next change.
+QStringList MainWindow::removedReceivers() const
+{
+    return unsavedRemovedKeys.value_or(removedKeys(stationSettings()));
+}
+
+void MainWindow::saveRemovedReceivers(const QStringList &keys)
+{
+    unsavedRemovedKeys.reset();
+    if (!saveSetting(removedKeysSetting(), keys))
+        unsavedRemovedKeys = keys;
 }

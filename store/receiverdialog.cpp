@@ -3,7 +3,6 @@
 #include "store/frequency.h"
 #include "store/receiverinput.h"
 #include "store/receiverkey.h"
-#include "store/settings.h"
 
 #include <QComboBox>
 #include <QDialog>
@@ -96,13 +95,6 @@ void onGoodReceiverChosen(const ReceiverForm &form, int index)
     selectBand(form.band, mhz);
 }
 
-// Applying a receiver once removed lets it be recorded as a good receiver again.
-void forgetRemoved(const ReceiverKey &key)
-{
-    QSettings settings = stationSettings();
-    storeRemovedKeys(settings, withoutKey(removedKeys(settings), key));
-}
-
 // A long host name must not push the rest out of the dialog.
 QComboBox *newGoodReceiversCombo()
 {
@@ -188,7 +180,8 @@ void MainWindow::applyReceiver(const QString &hostText, const QString &portText,
     const ReceiverInput input = readReceiverInput(hostText, portText, mhzText);
     if (!input.refusal.isEmpty())
         return receiverStatusLabel->setText(input.refusal);
-    forgetRemoved(receiverKey(input.host, input.port));
+    // Once removed, it may be recorded as a good receiver again.
+    saveRemovedReceivers(withoutKey(removedReceivers(), receiverKey(input.host, input.port)));
     profile.kiwiHost = input.host;
     profile.kiwiPort = input.port;
     frequencyMhz = input.frequencyMhz;

@@ -9,11 +9,6 @@
 namespace
 {
 
-QString removedKeysSetting()
-{
-    return QStringLiteral("receivers/removedKeys");
-}
-
 bool sameText(const QString &left, const QString &right)
 {
     return left.compare(right, Qt::CaseInsensitive) == 0;
@@ -51,13 +46,12 @@ QStringList withoutKey(QStringList keys, const ReceiverKey &key)
     return keys;
 }
 
+QString removedKeysSetting()
+{
+    return QStringLiteral("receivers/removedKeys");
+}
+
 QStringList removedKeys(const QSettings &settings)
 {
     return settings.value(removedKeysSetting()).toStringList();
-}
-
-void storeRemovedKeys(QSettings &settings, const QStringList &keys)
-{
-    settings.setValue(removedKeysSetting(), keys);
-    settings.sync();
 }

@@ -20,6 +20,6 @@ bool containsKey(const QStringList &keys, const ReceiverKey &key);
 QStringList withKey(QStringList keys, const ReceiverKey &key);
 QStringList withoutKey(QStringList keys, const ReceiverKey &key); // every element that equals it
 
-// "receivers/removedKeys" of the given store. Storing flushes the store.
+// The setting "receivers/removedKeys", and the keys that a store has in it.
+QString removedKeysSetting();
 QStringList removedKeys(const QSettings &settings);
-void storeRemovedKeys(QSettings &settings, const QStringList &keys);

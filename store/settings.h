@@ -9,6 +9,9 @@ inline QSettings stationSettings()
     return QSettings(QStringLiteral("PELQ"), QStringLiteral("PELQ Kiwi Outpost"));
 }
 
+// Replaces one setting, and all of them stay as they were when that fails, which is logged.
+bool saveSetting(const QString &key, const QVariant &value);
+
 // jt9's decode depth, 1 to 3, from "decoder/depth"; anything else stored there counts as 2.
 inline int storedDecodeDepth(const QSettings &settings)
 {

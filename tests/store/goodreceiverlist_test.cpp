@@ -50,8 +50,7 @@ QStringList removedOnDisk()
 
 void removeBefore(const QStringList &keys)
 {
-    QSettings settings = stationSettings();
-    storeRemovedKeys(settings, keys);
+    saveSetting(removedKeysSetting(), keys);
 }
 
 QJsonObject entry(const QString &host, int port)

@@ -45,15 +45,22 @@ void killWhile(const std::function<void(int)> &save, qint64 saveMicroseconds)
 {
     static std::mt19937 random(std::random_device{}());
     const auto latest = static_cast<useconds_t>(500 + 4 * saveMicroseconds);
+    int begun[2] = {};
+    QVERIFY(pipe(begun) == 0);
     const pid_t saver = fork();
     if (saver == 0) {
+        QVERIFY(write(begun[1], "", 1) == 1);
         for (int i = 0;; ++i) {
             save(i);
         }
     }
+    char byte = 0;
+    QVERIFY(read(begun[0], &byte, 1) == 1);
     usleep(std::uniform_int_distribution<useconds_t>(0, latest)(random));
     kill(saver, SIGKILL);
     waitpid(saver, nullptr, 0);
+    close(begun[0]);
+    close(begun[1]);
 }
 
 qint64 microsecondsOf(const std::function<void()> &save)
@@ -128,25 +135,22 @@ void KilledSavesTest::aFileIsTheOldOneOrTheNewOne()
     QVERIFY(newOnes > 0 && newOnes < kills()); // or else no save was ever interrupted
 }
 
-// The toolkit's own file, written in its own way, with a lock file beside it.
+// Written in the toolkit's own way, with a lock file beside it and a folder for the draft.
 void KilledSavesTest::theSettingsAreTheOldOnesOrTheNewOnes()
 {
-    const QString path = folder->filePath(QStringLiteral("settings.conf"));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder->path()));
     const QString key = QStringLiteral("highlight/calls");
     const QStringList oldCalls = {QStringLiteral("K1ABC"), QStringLiteral("FN42")};
     const QStringList newCalls(QStringLiteral("LU8XGZ"));
-    const auto save = [&](const QStringList &calls) {
-        QSettings settings(path, QSettings::IniFormat);
-        settings.setValue(key, calls);
-    };
+    const auto save = [&](const QStringList &calls) { saveSetting(key, calls); };
     const qint64 duration = microsecondsOf([&] { save(oldCalls); });
     for (int i = 0; i < kills(); ++i) {
         killWhile([&](int number) { save(number % 2 == 0 ? newCalls : oldCalls); }, duration);
-        const QStringList found = QSettings(path, QSettings::IniFormat).value(key).toStringList();
+        const QStringList found = stationSettings().value(key).toStringList();
         QVERIFY2(found == oldCalls || found == newCalls, qPrintable(found.join(QLatin1Char(' '))));
     }
     save(oldCalls);
-    QCOMPARE(QSettings(path, QSettings::IniFormat).value(key).toStringList(), oldCalls);
+    QCOMPARE(stationSettings().value(key).toStringList(), oldCalls);
 }
 
 QTEST_GUILESS_MAIN(KilledSavesTest)

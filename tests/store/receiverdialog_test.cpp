@@ -42,8 +42,7 @@ QStringList removedOnDisk()
 
 void removeBefore(const QStringList &keys)
 {
-    QSettings settings = stationSettings();
-    storeRemovedKeys(settings, keys);
+    saveSetting(removedKeysSetting(), keys);
 }
 
 void saveGoodReceivers(const QJsonArray &list)

@@ -3,6 +3,7 @@
 #include "store/atomicfile.h"
 #include "store/datafile.h"
 #include "store/datapaths.h"
+#include "store/settings.h"
 #include "tests/store/privatemounts.h"
 
 #include <QDir>
@@ -27,6 +28,8 @@ private slots:
     void aFullDiskLeavesNoNewFile();
     void savesAgainOnceThereIsRoom();
     void aReadOnlyDiskCannotBeOpened();
+    void settingsAreTheOldOnesOrTheNewOnesHoweverFullTheDisk_data();
+    void settingsAreTheOldOnesOrTheNewOnesHoweverFullTheDisk();
     void theCaptureFolderLeavesAReadOnlyDisk();
     void installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite_data();
     void installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite();
@@ -115,6 +118,47 @@ void UnwritableTest::aReadOnlyDiskCannotBeOpened()
     QCOMPARE(readFile(target).value(), QByteArray("the old content"));
 }
 
+void UnwritableTest::settingsAreTheOldOnesOrTheNewOnesHoweverFullTheDisk_data()
+{
+    QTest::addColumn<int>("calls");
+    QTest::newRow("one page of settings") << 2;
+    QTest::newRow("many pages of settings") << 3000;
+}
+
+// Page by page from no room at all up to the first save that has enough.
+void UnwritableTest::settingsAreTheOldOnesOrTheNewOnesHoweverFullTheDisk()
+{
+    QFETCH(int, calls);
+    const QString path = stationSettings().fileName();
+    const QString configFolder = QFileInfo(path).path();
+    QVERIFY(QDir().mkpath(configFolder));
+    const MemoryMount disk(configFolder, "size=256k");
+    QVERIFY(disk.isMounted());
+    QStringList kept;
+    for (int i = 0; i < calls; ++i)
+        kept.append(QStringLiteral("K%1ABC").arg(i));
+    QVERIFY(saveSetting(QStringLiteral("highlight/calls"), kept));
+    QVERIFY(saveSetting(QStringLiteral("zone/of others"), 1));
+    const QByteArray before = readFile(path).value();
+    fillUp(configFolder);
+    QFile filler(configFolder + QStringLiteral("/filler"));
+
+    int refusals = 0;
+    while (!saveSetting(QStringLiteral("decoder/depth"), 3)) {
+        QCOMPARE(readFile(path).value(), before);
+        QCOMPARE(QDir(configFolder).entryList(QDir::AllEntries | QDir::Hidden).size(), 4);
+        refusals += 1;
+        QVERIFY(filler.resize(filler.size() - 4096));
+    }
+    QVERIFY(refusals > 2);
+    const QString copy = folder.filePath(QString::number(calls)); // unknown to any cache
+    QVERIFY(QFile::copy(path, copy));
+    const QSettings found(copy, QSettings::IniFormat);
+    QCOMPARE(found.allKeys().size(), 3);
+    QCOMPARE(found.value(QStringLiteral("decoder/depth")).toInt(), 3);
+    QCOMPARE(found.value(QStringLiteral("highlight/calls")).toStringList(), kept);
+}
+
 void UnwritableTest::theCaptureFolderLeavesAReadOnlyDisk()
 {
     MemoryMount disk(folder.path(), "size=256k");
@@ -149,6 +193,8 @@ void UnwritableTest::installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite()
 int main(int argc, char *argv[])
 {
     privateMounts = enterPrivateMounts();
+    const QTemporaryDir config;
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
     QCoreApplication application(argc, argv);
     UnwritableTest test;
     return QTest::qExec(&test, argc, argv);

@@ -2,6 +2,8 @@
 // own.
 
 #include "app/mainwindow.h"
+#include "store/receiverkey.h"
+#include "store/settings.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
@@ -41,36 +43,40 @@ QString profileFile()
     return testHome().dataFile(QStringLiteral("default-profile.json"));
 }
 
-// The program's data folder on a small disk of its own, for as long as this lives.
-class DataDisk
+QString settingsFile()
+{
+    return stationSettings().fileName();
+}
+
+// The folder of a file on a small disk of its own, for as long as this lives.
+class SmallDisk
 {
 public:
-    DataDisk() : disk(dataFolder(), "size=256k") {}
-    ~DataDisk() { QDir(dataFolder()).removeRecursively(); }
-    Q_DISABLE_COPY(DataDisk)
+    explicit SmallDisk(const QString &file)
+        : folder(QFileInfo(file).path()), disk((QDir().mkpath(folder), folder), "size=256k")
+    {
+    }
+    ~SmallDisk() { QDir(folder).removeRecursively(); }
+    Q_DISABLE_COPY(SmallDisk)
 
     bool isMounted() const { return disk.isMounted(); }
     bool makeReadOnly() { return disk.makeReadOnly(); }
-    // Leaves no room for anything more.
-    bool fillUp()
+    // Leaves no room for anything more than so many pages.
+    bool fillUp(int freePages = 0)
     {
-        QFile filler(dataFolder() + QStringLiteral("/filler"));
+        QFile filler(folder + QStringLiteral("/filler"));
         if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
             return false;
         const QByteArray page(4096, 'f');
         while (filler.write(page) == page.size()) {
         }
-        return filler.error() == QFileDevice::ResourceError;
+        return filler.error() == QFileDevice::ResourceError &&
+               filler.resize(filler.size() - freePages * page.size());
     }
+    bool makeRoom() { return QFile::remove(folder + QStringLiteral("/filler")); }
 
 private:
-    static QString dataFolder()
-    {
-        QString folder = QFileInfo(profileFile()).path();
-        QDir().mkpath(folder);
-        return folder;
-    }
-
+    const QString folder;
     MemoryMount disk;
 };
 
@@ -107,6 +113,10 @@ private slots:
     void removingFailsOnAFullDisk();
     void removingFailsOnAReadOnlyDisk();
     void aFullDiskKeepsTheStatusLog();
+    void aRemovalThatCannotBeSavedCountsAllTheSame_data();
+    void aRemovalThatCannotBeSavedCountsAllTheSame();
+    void applyingAReceiverKeepsTheSettings_data();
+    void applyingAReceiverKeepsTheSettings();
 
 private:
     void writeProfile() const;
@@ -133,7 +143,7 @@ void UnwritableFilesTest::writeProfile() const
 
 void UnwritableFilesTest::aFullDiskKeepsTheSavedProfile()
 {
-    DataDisk disk;
+    SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
     const QByteArray before = fileBytes(profileFile());
@@ -151,7 +161,7 @@ void UnwritableFilesTest::aFullDiskKeepsTheSavedProfile()
 
 void UnwritableFilesTest::aReadOnlyDiskRefusesTheProfile()
 {
-    DataDisk disk;
+    SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
     const MainWindow window;
@@ -166,7 +176,7 @@ void UnwritableFilesTest::aReadOnlyDiskRefusesTheProfile()
 // What was applied is used all the same; both files stay as they were.
 void UnwritableFilesTest::applyIsSilentAboutAFullDisk()
 {
-    DataDisk disk;
+    SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
     const QString frequencyFile = testHome().dataFile(QStringLiteral("kiwi-frequency.txt"));
@@ -189,7 +199,7 @@ void UnwritableFilesTest::applyIsSilentAboutAFullDisk()
 
 void UnwritableFilesTest::aFullDiskKeepsTheGoodReceivers()
 {
-    DataDisk disk;
+    SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
     putFile(listFile(), "[]");
@@ -204,7 +214,7 @@ void UnwritableFilesTest::aFullDiskKeepsTheGoodReceivers()
 
 void UnwritableFilesTest::aReadOnlyDiskRecordsNoReceiver()
 {
-    DataDisk disk;
+    SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
     MainWindow window;
@@ -217,7 +227,7 @@ void UnwritableFilesTest::aReadOnlyDiskRecordsNoReceiver()
 
 void UnwritableFilesTest::removingFailsOnAFullDisk()
 {
-    DataDisk disk;
+    SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
     const QByteArray list = "[{\"Host\": \"kiwi\"}, {\"Host\": \"other\"}]";
@@ -234,7 +244,7 @@ void UnwritableFilesTest::removingFailsOnAFullDisk()
 
 void UnwritableFilesTest::removingFailsOnAReadOnlyDisk()
 {
-    DataDisk disk;
+    SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
     putFile(listFile(), "[{\"Host\": \"kiwi\"}]");
@@ -247,7 +257,7 @@ void UnwritableFilesTest::removingFailsOnAReadOnlyDisk()
 
 void UnwritableFilesTest::aFullDiskKeepsTheStatusLog()
 {
-    DataDisk disk;
+    SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
     putFile(logFile(), "{\"Sessions\": [{\"Host\": \"earlier\"}]}");
@@ -260,6 +270,109 @@ void UnwritableFilesTest::aFullDiskKeepsTheStatusLog()
     QCOMPARE(trace.lines(),
              QStringList(QStringLiteral("Status log save failed: No space left on device")));
     QCOMPARE(fileBytes(logFile()), before);
+}
+
+namespace
+{
+
+const QString removedSetting = QStringLiteral("receivers/removedKeys");
+const QString callsSetting = QStringLiteral("highlight/calls");
+const QStringList keptCalls = {QStringLiteral("K1ABC"), QStringLiteral("LU8XGZ")};
+
+void addSettingsFaults()
+{
+    QTest::addColumn<int>("freePages"); // -1: read-only
+    QTest::newRow("full") << 0;
+    QTest::newRow("room for a lock") << 1;
+    QTest::newRow("room for a lock and a draft") << 2;
+    QTest::newRow("read-only") << -1;
+}
+
+bool spoil(SmallDisk &disk, int freePages)
+{
+    return freePages < 0 ? disk.makeReadOnly() : disk.fillUp(freePages);
+}
+
+QStringList settingsFailure()
+{
+    return {QStringLiteral("Settings save failed: %1").arg(settingsFile())};
+}
+
+void apply(const MainWindow &window, const QString &host)
+{
+    inReceiverDialog(window, [&](const ReceiverForm &form) {
+        form.host->setText(host);
+        form.port->setText(QStringLiteral("1"));
+        QTest::mouseClick(form.apply, Qt::LeftButton);
+    });
+}
+
+} // namespace
+
+void UnwritableFilesTest::aRemovalThatCannotBeSavedCountsAllTheSame_data()
+{
+    addSettingsFaults();
+}
+
+// Until the program ends; and it is saved with the next change that can be saved.
+void UnwritableFilesTest::aRemovalThatCannotBeSavedCountsAllTheSame()
+{
+    QFETCH(int, freePages);
+    SmallDisk disk(settingsFile());
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    putFile(listFile(), "[{\"Host\": \"kiwi\"}]");
+    QVERIFY(saveSetting(callsSetting, keptCalls));
+    const QByteArray before = fileBytes(settingsFile());
+    MainWindow window;
+    const LogTrace trace;
+    QVERIFY(spoil(disk, freePages));
+    inReceiverDialog(window, [&](const ReceiverForm &form) {
+        form.goodReceivers->setCurrentIndex(1);
+        QTest::mouseClick(form.remove, Qt::LeftButton);
+        QCOMPARE(form.status->text(), QStringLiteral("Removed saved receiver: kiwi:8073"));
+    });
+    QCOMPARE(trace.lines().filter(QStringLiteral("ave")),
+             settingsFailure() << QStringLiteral("Saved receiver removed: kiwi:8073"));
+    QCOMPARE(fileBytes(settingsFile()), before);
+    QCOMPARE(settingOnDisk(callsSetting), keptCalls);
+    window.recordGoodReceiver(3);
+    QCOMPARE(fileBytes(listFile()).simplified(), QByteArray("[ ]"));
+
+    if (freePages < 0) {
+        return; // it stays read-only
+    }
+    QVERIFY(disk.makeRoom());
+    apply(window, QStringLiteral("other"));
+    QCOMPARE(settingOnDisk(removedSetting), QStringList(QStringLiteral("kiwi:8073")));
+    QCOMPARE(settingOnDisk(callsSetting), keptCalls);
+}
+
+void UnwritableFilesTest::applyingAReceiverKeepsTheSettings_data()
+{
+    addSettingsFaults();
+}
+
+// What was applied is used all the same, and recorded again.
+void UnwritableFilesTest::applyingAReceiverKeepsTheSettings()
+{
+    QFETCH(int, freePages);
+    SmallDisk disk(settingsFile());
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    QVERIFY(saveSetting(callsSetting, keptCalls));
+    QVERIFY(saveSetting(removedSetting, QStringLiteral("127.0.0.1:1")));
+    const QByteArray before = fileBytes(settingsFile());
+    MainWindow window;
+    const LogTrace trace;
+    QVERIFY(spoil(disk, freePages));
+    apply(window, QStringLiteral("127.0.0.1"));
+    QCOMPARE(trace.lines().filter(QStringLiteral("Settings")), settingsFailure());
+    QVERIFY(trace.contains(QStringLiteral("requested: 127.0.0.1:1, 14.074000 MHz.")));
+    QCOMPARE(fileBytes(settingsFile()), before);
+    QCOMPARE(settingOnDisk(callsSetting), keptCalls);
+    window.recordGoodReceiver(3);
+    QVERIFY(fileBytes(listFile()).contains("127.0.0.1"));
 }
 
 OUTPOST_WINDOW_TEST_MAIN(UnwritableFilesTest)
