@@ -37,6 +37,7 @@ private slots:
     void textAloneIsGivenUpAfter6000MsOnEveryEndpoint();
     void linksThatNeverOpenAreGivenUpAfter5000Ms();
     void theTimeForSoundBeginsWhenTheLinkIsOpen();
+    void settingTheClockNeitherShortensNorLengthensTheWait();
 };
 
 void WatchdogTest::textAloneIsGivenUpAfter6000MsOnEveryEndpoint()
@@ -108,6 +109,25 @@ void WatchdogTest::theTimeForSoundBeginsWhenTheLinkIsOpen()
         station.trace.contains(QStringLiteral("REAL KIWI SND DATA VERIFIED at /kiwi/0/SND.")),
         10000);
     QVERIFY(!station.trace.contains(QStringLiteral("No verified")));
+}
+
+void WatchdogTest::settingTheClockNeitherShortensNorLengthensTheWait()
+{
+    constexpr qint64 hourMs = 3600 * 1000;
+    const PuppetReceiver silent;
+    TestStation station;
+    station.connectTo(silent.port());
+    int endpoint = 0;
+    for (const qint64 stepMs : {hourMs, -25 * hourMs}) {
+        const QString path = kiwiSndEndpoints().at(endpoint++);
+        const QString opened = QStringLiteral("Kiwi WebSocket open: %1. Waiting").arg(path);
+        QTRY_VERIFY(station.trace.contains(opened));
+        station.clock.set(station.clock.now() + stepMs);
+        QTRY_VERIFY_WITH_TIMEOUT(station.trace.contains(givenUpLine(path)), 9000);
+        const qint64 waitedMs =
+            station.trace.arrivalMs(givenUpLine(path)) - station.trace.arrivalMs(opened);
+        QVERIFY2(waitedMs > 5600, qPrintable(QString::number(waitedMs)));
+    }
 }
 
 OUTPOST_WINDOW_TEST_MAIN(WatchdogTest)
