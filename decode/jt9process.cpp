@@ -3,6 +3,7 @@
 #ifdef Q_OS_WIN
 #include <qt_windows.h>
 #else
+#include <QDir>
 #include <csignal>
 #include <unistd.h>
 #endif
@@ -79,8 +80,25 @@ bool Jt9Process::launch(const QString &program, const QStringList &arguments, in
 void Jt9Process::killFamily()
 {
     kill();
-    if (groupId > 1) // 0 and 1 would name this program's own group, and every process
-        ::kill(static_cast<pid_t>(-groupId), SIGKILL);
+    if (groupId <= 1) // 0 and 1 would name this program's own group, and every process
+        return;
+    ::kill(static_cast<pid_t>(-groupId), SIGKILL);
+    killStrays();
+}
+
+// What left the group (setsid) still has the environment of this run, whose folder no other run
+// and no other program has as LOCALAPPDATA. Systems without such a list of processes keep it.
+void Jt9Process::killStrays() const
+{
+    const QByteArray end(1, '\0');
+    const QByteArray mark = end + "LOCALAPPDATA=" + workingDirectory().toLocal8Bit() + end;
+    const QDir processes(QStringLiteral("/proc"));
+    for (const QString &id : processes.entryList(QDir::Dirs, QDir::Unsorted)) {
+        QFile environment(processes.filePath(id + QStringLiteral("/environ")));
+        if (id.toInt() > 1 && environment.open(QIODevice::ReadOnly) &&
+            (end + environment.readAll()).contains(mark))
+            ::kill(id.toInt(), SIGKILL);
+    }
 }
 
 #endif

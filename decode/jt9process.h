@@ -8,7 +8,8 @@
 
 // One decoder run as a child process, without a window, and the one place that knows how a system
 // ends a process together with everything that it has started: a process group, on Windows a job
-// object. Destruction ends whatever is left.
+// object. What leaves the group is told by its environment, in which LOCALAPPDATA has to be the
+// working directory of this run alone. Destruction ends whatever is left.
 class Jt9Process : public QProcess
 {
 public:
@@ -32,6 +33,8 @@ protected:
     void setupChildProcess() override;
 
 private:
+    void killStrays() const;
+
     qint64 groupId = 0; // 0: not started
 #endif
 };

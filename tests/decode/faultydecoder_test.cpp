@@ -106,6 +106,10 @@ void FaultyDecoderTest::theNextPeriodIsDecodedAsEver_data()
     QTest::newRow("leaves a child") << QByteArray("sleep 1000 & exit 0");
     QTest::newRow("leaves a child that holds nothing")
         << QByteArray("sleep 1000 </dev/null >/dev/null 2>&1 & exit 0");
+    QTest::newRow("leaves a child that has left its group")
+        << QByteArray("mkfifo \"$HOME/never\" \"$HOME/up\"\n"
+                      "setsid sh -c 'echo >\"$HOME/up\"; read x <\"$HOME/never\"' &\n"
+                      "read up <\"$HOME/up\"; exit 0");
     QTest::newRow("leaves files") << QByteArray(
         "mkdir -p \"$HOME/a/b\"; ln -s / \"$HOME/a/root\"; head -c 1000000 /dev/zero "
         ">\"$HOME/a/b/c\"; chmod 0 \"$HOME/a/b\"; exit 0");

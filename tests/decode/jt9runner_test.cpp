@@ -295,6 +295,36 @@ private slots:
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("child"))));
     }
 
+    void aChildThatLeavesTheGroupIsKilledToo()
+    {
+        const ScriptedDecoder decoder(QStringLiteral(
+            "mkfifo $here/never $here/up\n"
+            "setsid sh -c \"echo \\$\\$ > $here/child; echo > $here/up; read x < $here/never\" &\n"
+            "read up < $here/up; echo '~ x'"));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        const QByteArray child = decoder.readLeft(QStringLiteral("child"));
+        QVERIFY(!child.isEmpty());
+        QTRY_VERIFY(!isAlive(child));
+    }
+
+    // This process has an environment much like the run's, and is not taken for a part of it.
+    void processesOfOtherRunsLive()
+    {
+        QProcess other;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("LOCALAPPDATA"), work->path() + QStringLiteral("2"));
+        environment.insert(QStringLiteral("HOME"), work->path());
+        other.setProcessEnvironment(environment);
+        other.start(QStringLiteral("cat"), QStringList());
+        QVERIFY(other.waitForStarted());
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        QVERIFY(!other.waitForFinished(200));
+        other.closeWriteChannel();
+        QVERIFY(other.waitForFinished());
+        QCOMPARE(other.exitStatus(), QProcess::NormalExit);
+    }
+
     void aDecoderThatClosesItsOutputIsWaitedFor()
     {
         const ScriptedDecoder decoder(
