@@ -1,6 +1,7 @@
 // Every sample on its way from the receiver to the decoder: the WAV files that the decoder is
 // given are the stream after the codec, period after period without a gap.
 
+#include "tests/fixture/aftermath.h"
 #include "tests/fixture/simulator.h"
 #include "tests/fixture/teststation.h"
 
@@ -49,6 +50,75 @@ QStringList wavNames(qint64 startMs)
     }
     return names;
 }
+
+const qint64 boundaryMs = MadeUpClock::boundaryMs();
+
+// A receiver of a busy band and the station that hears it.
+struct Stream {
+    Stream(const QString &behaviour, bool raw, double speed)
+    {
+        config.audio = busyBand();
+        config.raw = raw;
+        config.firstSoundDelayMs = 0;
+        config.speed = speed;
+        config.realTimePeriods = 0;
+        config.nowMs = station.clock.reader();
+        config.onPeriod = [this](const SentPeriod &period) { sent.append(period); };
+        startSim(sim, {QStringLiteral("all=") + behaviour}, config);
+    }
+    Q_DISABLE_COPY(Stream)
+
+    bool hasHeard(int leastFrames, int mostFrames) const
+    {
+        const QRegularExpression pattern(QStringLiteral("\nSND: (\\d+) frames"));
+        int frames = 0;
+        const bool reached = QTest::qWaitFor([&] {
+            frames = pattern.match(station.window->kiwiStatusText()).captured(1).toInt();
+            return frames >= leastFrames;
+        });
+        return reached && frames <= mostFrames;
+    }
+
+    // The clock stands still while the frames before the boundary are on their way, so that none
+    // of them can arrive after it.
+    void comeToTheBoundary(int framesBefore)
+    {
+        station.clock.set(boundaryMs - 4000);
+        station.connectTo(sim.port());
+        QTRY_COMPARE(sim.commands().size(), 7);
+        station.clock.set(boundaryMs - 3900);
+        QTRY_VERIFY(summaryLine(*station.window).startsWith(QLatin1String("Kiwi Connected")));
+        station.clock.set(boundaryMs - 400);
+        QVERIFY2(hasHeard(framesBefore, framesBefore),
+                 qPrintable(station.window->kiwiStatusText()));
+    }
+
+    // Every decoder got every sample of its period.
+    void judge()
+    {
+        QTRY_VERIFY(sent.size() >= periods);
+        for (int number = 0; number < periods; ++number) {
+            const SentPeriod &period = sent.at(number);
+            QCOMPARE(period.startMs, boundaryMs + number * 15000);
+            for (const QString &name : wavNames(period.startMs)) {
+                const QString path = kept.filePath(name);
+                QTRY_VERIFY2(QFile::exists(path), qPrintable(name));
+                const QByteArray heard = fileBytes(path).mid(wavHeaderBytes);
+                QVERIFY2(heard == sim::toLittleEndian(period.samples), qPrintable(name));
+            }
+        }
+        // Uncompressed, it is the band itself.
+        if (config.raw) {
+            QVERIFY(sent.at(1).samples == config.audio.at(1));
+        }
+    }
+
+    const QTemporaryDir kept;
+    TestStation station{keepingDecoder(kept.path())};
+    QList<SentPeriod> sent;
+    SimConfig config;
+    KiwiSim sim;
+};
 } // namespace
 
 class StreamTest : public QObject
@@ -56,9 +126,21 @@ class StreamTest : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void theDecoderGetsTheStreamSampleForSample_data();
     void theDecoderGetsTheStreamSampleForSample();
+    void soundInBurstsIsComplete_data();
+    void soundInBurstsIsComplete();
 };
+
+void StreamTest::initTestCase()
+{
+    adoptOrphans();
+    // What the toolkit makes once and keeps is made before the first comparison.
+    const PuppetReceiver receiver;
+    TestStation station;
+    station.hearPeriod(receiver);
+}
 
 void StreamTest::theDecoderGetsTheStreamSampleForSample_data()
 {
@@ -90,50 +172,43 @@ void StreamTest::theDecoderGetsTheStreamSampleForSample()
     QFETCH(QString, behaviour);
     QFETCH(int, frameSamples);
     QFETCH(int, soundFramesEach);
-    const QTemporaryDir kept;
-    TestStation station(keepingDecoder(kept.path()));
-    QList<SentPeriod> sent;
-    SimConfig config;
-    config.audio = busyBand();
-    config.raw = raw;
-    config.firstSoundDelayMs = 0;
-    config.speed = 1000;
-    config.realTimePeriods = 0;
-    config.nowMs = station.clock.reader();
-    config.onPeriod = [&sent](const SentPeriod &period) { sent.append(period); };
-    KiwiSim sim;
-    startSim(sim, {QStringLiteral("all=") + behaviour}, config);
+    Stream stream(behaviour, raw, 1000);
+    stream.comeToTheBoundary(4000 * 12 / frameSamples * soundFramesEach);
+    stream.station.clock.set(boundaryMs + periods * 15 + 2); // it is 1000 times as fast
+    stream.judge();
+}
 
-    // The clock stands still while the frames before the boundary are on their way, so that none
-    // of them can arrive after it.
-    const qint64 boundaryMs = MadeUpClock::boundaryMs();
-    station.clock.set(boundaryMs - 4000);
-    station.connectTo(sim.port());
-    QTRY_COMPARE(sim.commands().size(), 7);
-    station.clock.set(boundaryMs - 3900);
-    QTRY_VERIFY(summaryLine(*station.window).startsWith(QLatin1String("Kiwi Connected")));
-    station.clock.set(boundaryMs - 400);
-    const int framesBefore = 4000 * 12 / frameSamples * soundFramesEach;
-    QTRY_VERIFY2(station.window->kiwiStatusText().contains(
-                     QStringLiteral("\nSND: %1 frames ").arg(framesBefore)),
-                 qPrintable(station.window->kiwiStatusText()));
-    station.clock.set(boundaryMs + periods * 15 + 2); // the stream is 1000 times as fast
+void StreamTest::soundInBurstsIsComplete_data()
+{
+    QTest::addColumn<bool>("raw");
+    QTest::addColumn<int>("frameSamples");
+    QTest::newRow("ADPCM in bursts") << false << 2048;
+    QTest::newRow("raw in bursts") << true << 512;
+}
 
-    QTRY_VERIFY(sent.size() >= periods);
-    for (int number = 0; number < periods; ++number) {
-        const SentPeriod &period = sent.at(number);
-        QCOMPARE(period.startMs, boundaryMs + number * 15000);
-        for (const QString &name : wavNames(period.startMs)) {
-            const QString path = kept.filePath(name);
-            QTRY_VERIFY2(QFile::exists(path), qPrintable(name));
-            const QByteArray heard = fileBytes(path).mid(wavHeaderBytes);
-            QVERIFY2(heard == sim::toLittleEndian(period.samples), qPrintable(name));
+// Nothing for 2.5 s and then all of it, over and over.
+void StreamTest::soundInBurstsIsComplete()
+{
+    constexpr int burstMs = 2500;
+    QFETCH(bool, raw);
+    QFETCH(int, frameSamples);
+    Aftermath aftermath;
+    {
+        Stream stream(QStringLiteral("bursty:2.5"), raw, 1);
+        const int framesBefore = 4000 * 12 / frameSamples;
+        stream.comeToTheBoundary(framesBefore);
+        for (int burst = 0; burst <= periods * 15000 / burstMs; ++burst) {
+            stream.station.clock.set(boundaryMs + burst * burstMs);
+            const int frames = framesBefore + burst * burstMs * 12 / frameSamples;
+            QVERIFY(stream.hasHeard(frames, frames + 1)); // one begins with the burst's end
         }
+        stream.judge();
+        QCOMPARE(stream.sent.size(), periods);
     }
-    // Uncompressed, it is the band itself.
-    if (raw) {
-        QVERIFY(sent.at(1).samples == config.audio.at(1));
-    }
+    QCOMPARE(aftermath.whatStayed(), QStringList());
+    aftermath.print(QTest::currentDataTag());
+    QVERIFY(aftermath.staysWithin(100 * 1024));
+    QVERIFY(aftermath.answersWithin(4000));
 }
 
 OUTPOST_WINDOW_TEST_MAIN(StreamTest)
