@@ -6,9 +6,9 @@ QString helpHeading()
 {
     return QStringLiteral(
         "<h2>PELQ Kiwi Outpost " OUTPOST_VERSION "</h2>"
-        "<p>A native desktop application that uses a KiwiSDR web receiver elsewhere on the "
-        "network as an FT8 receive source and can deliver decodes through the local WSJT "
-        "bridge.</p>");
+        "<p>PELQ Kiwi Outpost is a native desktop application that uses a KiwiSDR web receiver "
+        "elsewhere on the network as an FT8 receive source and can deliver decodes through the "
+        "local WSJT bridge.</p>");
 }
 
 QString helpText()
