@@ -95,7 +95,7 @@ void BridgeStatusTest::theEntryShowsTheSameWindowAgain()
     QCOMPARE(text(), listening(0) + QStringLiteral("Last output: None"));
     (*station)->activateWindow();
     QTRY_VERIFY(!dialog->isActiveWindow());
-    show();
+    QVERIFY(bringsToFront(dialog, [this] { show(); }));
     QTRY_VERIFY(dialog->isActiveWindow());
     dialog->hide();
     show();

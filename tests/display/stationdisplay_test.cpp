@@ -112,7 +112,7 @@ void StationDisplayTest::theEntryShowsTheSameWindowAgain()
     QCOMPARE(lines().at(0), QStringLiteral("Receiver: Disconnected"));
     (*station)->activateWindow();
     QTRY_VERIFY(!dialog->isActiveWindow());
-    choose(**station, entry);
+    QVERIFY(bringsToFront(dialog, [this] { choose(**station, entry); }));
     QTRY_VERIFY(dialog->isActiveWindow());
     dialog->hide();
     choose(**station, entry);

@@ -204,7 +204,7 @@ void StatusLogWindowTest::existsOnce()
     window->show();
     window->activateWindow();
     QTRY_VERIFY(!dialog->isActiveWindow());
-    openLog(*window);
+    QVERIFY(bringsToFront(dialog, [&] { openLog(*window); }));
     QTRY_VERIFY(dialog->isActiveWindow());
     dialog->hide();
     openLog(*window);
