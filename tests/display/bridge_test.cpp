@@ -31,6 +31,7 @@ private slots:
     void aDuplicateDoesNotProlongTheNinetySeconds();
     void withoutClientsNothingIsKeptForLater();
     void whatReachedNobodyIsTriedAgain();
+    void whatReachedOneClientIsNotTriedAgain();
     void aClientThatCameLaterMissesWhatWasSent();
     void everyClientHearsEveryDecode();
     void manyClients();
@@ -60,6 +61,14 @@ private:
                          heard.size() - BridgeClient::readyLine().size() - lastLine.size());
     }
 };
+
+// From now on it takes nothing, and is a client until the event loop runs.
+static void startClosing(QTcpSocket *atTheStation)
+{
+    atTheStation->write("x"); // closing waits for this
+    atTheStation->disconnectFromHost();
+    QCOMPARE(atTheStation->state(), QAbstractSocket::ClosingState);
+}
 
 static const QString example = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42");
 static const QByteArray exampleSent = "PELQOUTPOST2|MTAxNTMwCS0xMgkwLjMJMTIzNAlDUSBLMUFCQyBGTjQy\n";
@@ -242,10 +251,7 @@ void BridgeTest::withoutClientsNothingIsKeptForLater()
 void BridgeTest::whatReachedNobodyIsTriedAgain()
 {
     auto *server = (*station)->findChild<QTcpServer *>();
-    auto *atTheStation = server->findChild<QTcpSocket *>();
-    atTheStation->write("x"); // closing waits for this
-    atTheStation->disconnectFromHost();
-    QCOMPARE(atTheStation->state(), QAbstractSocket::ClosingState);
+    startClosing(server->findChild<QTcpSocket *>());
     deliver({example});
     QTRY_VERIFY(summaryLine(**station).contains(QStringLiteral("Bridge Disconnected")));
     QCOMPARE(client->heard.count("PELQOUTPOST2"), 0);
@@ -253,6 +259,21 @@ void BridgeTest::whatReachedNobodyIsTriedAgain()
     QVERIFY(client->waitForGreeting());
     deliver({example});
     QCOMPARE(heardSinceGreeting(), exampleSent);
+}
+
+void BridgeTest::whatReachedOneClientIsNotTriedAgain()
+{
+    const BridgeClient last(station->bridgePort);
+    QVERIFY(last.waitForGreeting());
+    auto *server = (*station)->findChild<QTcpServer *>();
+    for (QTcpSocket *atTheStation : server->findChildren<QTcpSocket *>()) {
+        if (atTheStation->peerPort() == last.socket.localPort())
+            startClosing(atTheStation);
+    }
+    deliver({example});
+    deliver({example});
+    QCOMPARE(heardSinceGreeting(), exampleSent);
+    QTRY_COMPARE(last.heard, BridgeClient::readyLine() + "x");
 }
 
 void BridgeTest::aClientThatCameLaterMissesWhatWasSent()

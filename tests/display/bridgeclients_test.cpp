@@ -2,6 +2,7 @@
 
 #include <QtNetwork>
 #include <QtTest>
+#include <QtWidgets>
 
 #include "bridgeclient.h"
 #include "displaystation.h"
@@ -115,6 +116,12 @@ private:
             lines.append(jt9Line(QString(2200, QLatin1Char('A')), ++delivered));
         (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), lines);
     }
+    QString shownLastOutput()
+    {
+        (*station)->showBridgeStatusDialog();
+        auto *dialog = openDialog(QStringLiteral("PELQ Kiwi Outpost Bridge Status"));
+        return dialog->findChild<QLabel *>()->text().section(QLatin1Char('\n'), 1);
+    }
     // Whether the ordinary client hears the next decode.
     bool isHeard()
     {
@@ -195,9 +202,15 @@ void BridgeClientsTest::whatDroppedTheOnlyClientIsTriedAgain()
     const LazyClient lazy(station->bridgePort);
     QTRY_VERIFY(summaryLine(**station).contains(QStringLiteral("Bridge Connected")));
     const QString attached = QStringLiteral("Bridge Connected");
-    for (int i = 0; i < 400 && summaryLine(**station).contains(attached); ++i)
+    QString lastOutput;
+    for (int i = 0; i < 400 && summaryLine(**station).contains(attached); ++i) {
+        lastOutput = shownLastOutput();
+        station->nowMs += 1000;
         deliverMuch();
+    }
     QVERIFY(!summaryLine(**station).contains(attached));
+    QVERIFY(lastOutput.contains(QStringLiteral("20 FT8 decodes sent")));
+    QCOMPARE(shownLastOutput(), lastOutput);
     client = std::make_unique<BridgeClient>(station->bridgePort);
     QVERIFY(client->waitForGreeting());
     delivered -= 20; // the same batch as the last
