@@ -245,6 +245,7 @@ void DecodeTableTest::aRowThatLostItsTimeGoesWithTheNextBatch()
 {
     append(QStringLiteral("10:15:30"), jt9Lines(3));
     delete table->takeItem(1, 0);
+    (*station)->reapplyHighlights();
     append(QStringLiteral("10:15:30"), {});
     QCOMPARE(table->rowCount(), 2);
     QCOMPARE(messageHeaderOf(*table), QStringLiteral("Message (2)"));

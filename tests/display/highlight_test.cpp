@@ -39,6 +39,8 @@ static Seen edit(const MainWindow &window, QStringList typedTexts)
             seen << box->windowTitle() + QStringLiteral(": ") + box->text();
             if (box->icon() != QMessageBox::Warning || box->standardButtons() != QMessageBox::Ok)
                 seen << QStringLiteral("not an ordinary warning");
+            if (box->parentWidget() != &window)
+                seen << QStringLiteral("not over the main window");
             if (box->textFormat() != Qt::PlainText && Qt::mightBeRichText(box->text()))
                 seen << QStringLiteral("shown as markup");
             QTest::keyClick(shown, Qt::Key_Return);

@@ -29,6 +29,7 @@ private slots:
     void cleanup();
     void theMessageColumnStaysWithinItsBounds_data();
     void theMessageColumnStaysWithinItsBounds();
+    void rowsAreAsHighAsTheirText();
     void withoutRowsThereIsRoomForOne();
     void fewRowsAreAllInView();
     void tenRowsNeedNoScrollBar();
@@ -116,6 +117,14 @@ void StationDisplaySizeTest::theMessageColumnStaysWithinItsBounds()
     (*station)->clearDecodes();
     (*station)->refreshStationDisplay();
     QCOMPARE(table->columnWidth(4), 220);
+}
+
+void StationDisplaySizeTest::rowsAreAsHighAsTheirText()
+{
+    append(jt9Lines(3));
+    const int height = heightOfRows(3);
+    table->resizeRowsToContents();
+    QCOMPARE(height, heightOfRows(3));
 }
 
 void StationDisplaySizeTest::withoutRowsThereIsRoomForOne()
