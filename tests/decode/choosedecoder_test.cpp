@@ -285,7 +285,9 @@ void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold_data()
     QTest::addColumn<QString>("name");
     QTest::newRow("jt9.exe") << QStringLiteral("jt9.exe");
     QTest::newRow("JT9.EXE") << QStringLiteral("JT9.EXE");
+#ifndef Q_OS_WIN
     QTest::newRow("native") << QStringLiteral("jt9");
+#endif
 }
 
 void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold()

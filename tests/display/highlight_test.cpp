@@ -4,6 +4,7 @@
 #include "displaystation.h"
 #include "tabstops.h"
 #include "tests/fixture/operator.h"
+#include "tests/fixture/windowshome.h"
 
 #include <cstdio>
 
@@ -78,7 +79,8 @@ static QStringList callsNumbered(int count)
 static QString textAfterRestart()
 {
     QProcess restarted;
-    restarted.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--restarted")});
+    restarted.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--restarted")},
+                    QIODevice::ReadOnly | QIODevice::Text);
     if (!restarted.waitForFinished() || restarted.exitCode() != 0)
         return QStringLiteral("the restarted station failed");
     return QString::fromUtf8(restarted.readAllStandardOutput());
@@ -86,6 +88,9 @@ static QString textAfterRestart()
 
 static int showTextAfterRestart(int argc, char **argv)
 {
+#ifdef Q_OS_WIN
+    useTestPlaces(); // the calling test's
+#endif
     QApplication application(argc, argv);
     const MainWindow window;
     std::fputs(qUtf8Printable(edit(window, {}).value(0)), stdout);
@@ -119,9 +124,11 @@ private slots:
     void aCallMustStandAlone();
     void whatIsStoredSurvivesARestart_data();
     void whatIsStoredSurvivesARestart();
+#ifndef Q_OS_WIN // whose registry is no text to edit
     void storedCallsAreReadStrictly_data();
     void storedCallsAreReadStrictly();
     void nothingIsWrittenBackByReading();
+#endif
 
 private:
     std::unique_ptr<DisplayStation> station;
@@ -388,6 +395,7 @@ void HighlightTest::whatIsStoredSurvivesARestart()
     QCOMPARE(textAfterRestart(), lines(calls));
 }
 
+#ifndef Q_OS_WIN // whose registry is no text to edit
 void HighlightTest::storedCallsAreReadStrictly_data()
 {
     QTest::addColumn<QByteArray>("stored");
@@ -423,6 +431,7 @@ void HighlightTest::nothingIsWrittenBackByReading()
     QCOMPARE(textAfterRestart(), QStringLiteral("K1ABC"));
     QCOMPARE(fileBytes(stationSettings().fileName()), stored);
 }
+#endif
 
 int main(int argc, char **argv)
 {

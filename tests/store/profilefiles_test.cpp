@@ -85,7 +85,9 @@ private slots:
     void openCancelledDoesNothing();
     void openRefusesWhatIsNoProfile_data();
     void openRefusesWhatIsNoProfile();
+#ifndef Q_OS_WIN // whose sockets are no files
     void openTellsWhyAFileCannotBeOpened();
+#endif
 
     void saveWritesExactlySixKeys();
     void saveWritesTheFrequency();
@@ -113,7 +115,7 @@ private:
 void ProfileFilesTest::initTestCase()
 {
     const QByteArray folder = QFile::encodeName(QFileInfo(decoder.path()).path());
-    qputenv("PATH", folder + ':' + qgetenv("PATH"));
+    qputenv("PATH", folder + QDir::listSeparator().toLatin1() + qgetenv("PATH"));
 }
 
 void ProfileFilesTest::init()
@@ -357,6 +359,7 @@ void ProfileFilesTest::openRefusesWhatIsNoProfile()
     QCOMPARE(fileBytes(path), content);
 }
 
+#ifndef Q_OS_WIN
 // A socket lies in the folder like a file, but nobody can open it as one.
 void ProfileFilesTest::openTellsWhyAFileCannotBeOpened()
 {
@@ -374,6 +377,7 @@ void ProfileFilesTest::openTellsWhyAFileCannotBeOpened()
     QCOMPARE(box.title, QStringLiteral("Profile Open Failed"));
     QCOMPARE(box.text, file.errorString());
 }
+#endif
 
 void ProfileFilesTest::saveWritesExactlySixKeys()
 {

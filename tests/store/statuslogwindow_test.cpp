@@ -56,7 +56,7 @@ void openLog(const MainWindow &window)
            {QStringLiteral("Settings"), QStringLiteral("View"), QStringLiteral("Status Log")});
 }
 
-void disconnectReceiver(const MainWindow &window)
+[[maybe_unused]] void disconnectReceiver(const MainWindow &window)
 {
     choose(window, {QStringLiteral("Settings"), QStringLiteral("Disconnect Receiver")});
 }
@@ -74,10 +74,10 @@ bool shows(const char *part)
 QString heading()
 {
     return QStringLiteral("PELQ KIWI OUTPOST STATUS LOG\nData file: %1\n\nCURRENT CONNECTION\n")
-        .arg(logFile());
+        .arg(QDir::toNativeSeparators(logFile()));
 }
 
-void connectTo(const MainWindow &window, const QString &host, int port)
+[[maybe_unused]] void connectTo(const MainWindow &window, const QString &host, int port)
 {
     inReceiverDialog(window, [&](const ReceiverForm &form) {
         form.host->setText(host);
@@ -118,10 +118,12 @@ private slots:
     void theFolderIsMadeWhenItIsGone();
     void aSessionEndsAlthoughItsSaveFailed();
 
+#ifdef OUTPOST_STREAMS
     void receivedAudioStartsASession();
     void aLinkWithoutAudioLeavesNoSession();
     void theEndOfTheStreamFinishesTheSession();
     void connectingAgainFinishesTheSession();
+#endif
     void closingTheProgramFinishesTheSession();
 
 private:
@@ -495,6 +497,7 @@ void StatusLogWindowTest::aSessionEndsAlthoughItsSaveFailed()
     QVERIFY(shows("Session decodes: 0"));
 }
 
+#ifdef OUTPOST_STREAMS
 void StatusLogWindowTest::receivedAudioStartsASession()
 {
     startSim();
@@ -553,6 +556,7 @@ void StatusLogWindowTest::connectingAgainFinishesTheSession()
     QCOMPARE(savedEntry("Sessions", 0).value(QLatin1String("Host")).toString(),
              QStringLiteral("127.0.0.1"));
 }
+#endif
 
 void StatusLogWindowTest::closingTheProgramFinishesTheSession()
 {
