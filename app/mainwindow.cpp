@@ -6,7 +6,7 @@
 #include "store/datapaths.h"
 #include "store/settings.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QMenuBar>
@@ -44,6 +44,7 @@ MainWindow::MainWindow(Clock clockToUse) : clock(std::move(clockToUse))
                                       QProcessEnvironment::systemEnvironment()));
     });
     startBridge();
+    prepareForLogOff();
 }
 
 MainWindow::~MainWindow()
@@ -54,6 +55,15 @@ MainWindow::~MainWindow()
     delete bridgeStatusDialog;
     delete stationDialog;
     delete statusLogDialog;
+}
+
+// Windows asks first and may then think better of it, so being asked closes nothing. Once it has
+// told the program, it may end it before the event loop is left and the window destroyed.
+void MainWindow::prepareForLogOff()
+{
+    QGuiApplication::setFallbackSessionManagementEnabled(false);
+    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
+            [this] { finishStatusSession(); });
 }
 
 void MainWindow::buildClearButton()

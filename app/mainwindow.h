@@ -110,6 +110,7 @@ private:
     void buildClearButton();
     void buildStatusLabel();
     void buildCapture();
+    void prepareForLogOff();
     qint64 nowMs() const { return clock(); }
 
     // ---- app/menus.cpp ----

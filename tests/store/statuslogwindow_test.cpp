@@ -125,6 +125,7 @@ private slots:
     void connectingAgainFinishesTheSession();
 #endif
     void closingTheProgramFinishesTheSession();
+    void theEndOfTheEventLoopFinishesTheSession();
 
 private:
     void writeProfile(const QString &host, int port = 8073) const;
@@ -564,6 +565,16 @@ void StatusLogWindowTest::closingTheProgramFinishesTheSession()
     openLog(*window);
     window->startStatusSession();
     window.reset();
+    QCOMPARE(savedCount("Sessions"), 1);
+}
+
+// The window is still there: where a log-off ends the program, it may never be destroyed.
+void StatusLogWindowTest::theEndOfTheEventLoopFinishesTheSession()
+{
+    const auto window = newWindow();
+    window->startStatusSession();
+    QTimer::singleShot(0, this, [] { QCoreApplication::quit(); });
+    QCoreApplication::exec();
     QCOMPARE(savedCount("Sessions"), 1);
 }
 
