@@ -10,6 +10,8 @@
 #include <QWebSocket>
 #include <QtTest>
 
+#include <algorithm>
+
 namespace
 {
 const QString local = QStringLiteral("127.0.0.1");
@@ -48,6 +50,17 @@ QStringList openingLines(int port, const QString &mhz)
     return lines;
 }
 
+const QTimer *watchdogOf(const MainWindow &window)
+{
+    const auto timers = window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
+    const auto watchdog = std::find_if(timers.begin(), timers.end(),
+                                       [](const QTimer *timer) { return timer->isSingleShot(); });
+    if (watchdog == timers.end()) {
+        qFatal("no watchdog");
+    }
+    return *watchdog;
+}
+
 } // namespace
 
 class SessionTest : public QObject
@@ -61,6 +74,7 @@ private slots:
     void theFieldsOfTheDialogAreUsedAsEntered();
     void nothingConnectsAtStart();
     void connectingWhileConnectedIsSilent();
+    void aNewLinkCountsFromZeroAndIsKeptAliveAtOnce();
     void connectingAgainEndsTheOldSession();
     void twoConnectsInOneTurnOpenOneSocket();
     void aDisconnectRightAfterAConnectOpensNoSocket();
@@ -69,6 +83,7 @@ private slots:
     void disconnectsWhileConnected();
     void disconnectsWhenThereIsNothingToDisconnect();
     void aLinkThatEndsBeforeSoundIsFollowedByTheNextEndpoint();
+    void noProbeStartsInsideASocketsSignal();
     void refusedOnEveryEndpointFails();
     void afterAFailureTheFirstEndpointComesFirst();
     void anEndedStreamIsNotConnectedAgain();
@@ -201,6 +216,21 @@ void SessionTest::connectingWhileConnectedIsSilent()
     QVERIFY(!station.trace.contains(QStringLiteral("stream ended")));
 }
 
+void SessionTest::aNewLinkCountsFromZeroAndIsKeptAliveAtOnce()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    station.hear(receiver);
+    receiver.sendBinary("W/F" + QByteArray(1024 * 1024, 'x'));
+    QTRY_VERIFY(station.window->kiwiStatusText().contains(QStringLiteral("1.00 MB\nOther: 1 ")));
+    station.hear(receiver); // at the same time of day
+    QCOMPARE(station.window->kiwiStatusText(),
+             QStringLiteral("Connected — 14.074000 MHz\nEndpoint: /kiwi/0/SND\n"
+                            "SND: 1 frames   0.00 MB\nOther: 0   Last: 1034 bytes"));
+    QTRY_COMPARE(receiver.commands().size(), 8);
+    QCOMPARE(receiver.commands().last(), QStringLiteral("SET keepalive"));
+}
+
 void SessionTest::connectingAgainEndsTheOldSession()
 {
     const PuppetReceiver receiver;
@@ -302,6 +332,7 @@ void SessionTest::disconnectsWhileConnected()
              QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 0"));
     QTRY_COMPARE(receiver.liveLinks(), 0);
     QTRY_COMPARE(station.window->findChildren<QWebSocket *>().size(), 0);
+    QVERIFY2(!receiver.gotCloseFrame(), "the link was closed, not aborted");
     QCOMPARE(receiver.paths().size(), 1);
     QVERIFY(QFile::exists(testHome().dataFile(QStringLiteral("receiver-status-log.json"))));
     inReceiverDialog(*station.window, [](ReceiverHands hands) {
@@ -339,6 +370,22 @@ void SessionTest::aLinkThatEndsBeforeSoundIsFollowedByTheNextEndpoint()
     QCOMPARE(sim.commands(first).size(), 7);
 }
 
+void SessionTest::noProbeStartsInsideASocketsSignal()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    station.connectTo(receiver.port());
+    QTRY_COMPARE(receiver.commands().size(), 7);
+    const auto sockets = [&] { return station.window->findChildren<QWebSocket *>(); };
+    // Called after the window's own handler; the link that ended goes with a later event.
+    int mostSockets = 0;
+    connect(sockets().first(), &QWebSocket::disconnected, this,
+            [&] { mostSockets = qMax(mostSockets, sockets().size()); });
+    receiver.endLink();
+    QTRY_COMPARE(receiver.paths().size(), 2);
+    QCOMPARE(mostSockets, 1);
+}
+
 void SessionTest::refusedOnEveryEndpointFails()
 {
     KiwiSim sim;
@@ -357,6 +404,7 @@ void SessionTest::refusedOnEveryEndpointFails()
     }
     expected.append(QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
     QCOMPARE(inLines(station.trace.lines()), inLines(expected));
+    QVERIFY(!watchdogOf(*station.window)->isActive());
     QTRY_COMPARE(station.window->findChildren<QWebSocket *>().size(), 0);
     // The failure stands only as long as the dialog: its text follows from the state.
     inReceiverDialog(*station.window, [](ReceiverHands hands) {
@@ -402,12 +450,7 @@ void SessionTest::theWatchdogRunsUntilSoundArrives()
     startSim(sim, {QStringLiteral("all=no-answer")});
     const PuppetReceiver receiver;
     TestStation station;
-    QTimer *watchdog = nullptr;
-    for (auto *timer :
-         station.window->findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly)) {
-        watchdog = timer->isSingleShot() ? timer : watchdog;
-    }
-    QVERIFY(watchdog != nullptr);
+    const QTimer *watchdog = watchdogOf(*station.window);
     QVERIFY(!watchdog->isActive());
     station.connectTo(sim.port());
     QTRY_VERIFY(watchdog->isActive());
