@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <algorithm>
 #include <memory>
 #include <thread>
 
@@ -515,6 +516,57 @@ private slots:
         QCOMPARE(most, 4);
     }
 
+    void aPeriodQueuedAgainIsGatheredAnewAndOnce()
+    {
+        // The workers tell which call they are of: its capture folder. Half of the first and the
+        // second call's are held back; the third call's end only when all four run at once, and
+        // so after all earlier ones have reported.
+        const ScriptedDecoder decoder(
+            QStringLiteral("call=${PWD%/*}; call=${call##*/}\n"
+                           "[ $5 -lt 1000 ] || flock -s $here/$call true\n"
+                           "if [ $call = third ]; then echo + >> $here/log\n"
+                           "while [ $(wc -l < $here/log) != 4 ]; do sleep 0.02; done; fi\n"
+                           "echo \"~ $call $5\""));
+        const Gate first(decoder.left(QStringLiteral("first")));
+        const Gate second(decoder.left(QStringLiteral("second")));
+        queueIn("first", boundaryMs);
+        QTRY_COMPARE(batchesOf("first"), 2);
+        queueIn("second", boundaryMs);
+        QTRY_COMPARE(batchesOf("second"), 2);
+        QVERIFY(periods.isEmpty()); // four workers have reported, but two of them to no avail
+        second.open();
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().lines.filter(QStringLiteral("second")).size(), 4);
+        QCOMPARE(periods.first().lines.size(), 4);
+        first.open(); // what its last two report is of no known period any more
+        queueIn("third", boundaryMs + 15000);
+        QTRY_COMPARE(batchesOf("third"), 4);
+        QCOMPARE(batchesOf("first"), 2);
+    }
+
+    void anIdlePoolKeepsItsThreads_data()
+    {
+        QTest::addColumn<int>("idleMs");
+        QTest::newRow("at once") << 0;
+        if (qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS"))
+            QTest::newRow("for longer than the toolkit's usual 30 s") << 31000;
+    }
+
+    void anIdlePoolKeepsItsThreads()
+    {
+        QFETCH(int, idleMs);
+        QTRY_COMPARE(pooledThreads(), 0); // those of the captures before this one have gone
+        const ScriptedDecoder decoder(
+            QStringLiteral("echo + >> $here/log; flock -s $here/gate true; echo '~ x'"));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")), QByteArray("+\n+\n+\n+\n"));
+        gate.open();
+        QTRY_COMPARE(periods.size(), 1);
+        QTest::qWait(idleMs);
+        QCOMPARE(pooledThreads(), 4);
+    }
+
     // ---- reset and destruction ----
 
     void resetLeavesItNotStarted()
@@ -669,6 +721,35 @@ private:
         };
         source.setPeriodCallback(into(periods));
         source.setWorkerCallback(into(batches));
+    }
+
+    // In a capture folder of that name.
+    void queueIn(const char *name, qint64 periodStartMs)
+    {
+        capture->setCaptureFolder(folder->filePath(QLatin1String(name)));
+        capture->queueDecodeSlices(periodStartMs, silence);
+    }
+
+    // Those with a line that contains the word.
+    int batchesOf(const char *word) const
+    {
+        return static_cast<int>(
+            std::count_if(batches.begin(), batches.end(), [word](const Delivery &batch) {
+                return !batch.lines.filter(QLatin1String(word)).isEmpty();
+            }));
+    }
+
+    // Threads of this process that bear the toolkit's name for those of a pool.
+    static int pooledThreads()
+    {
+        const QDir tasks(QStringLiteral("/proc/self/task"));
+        int count = 0;
+        for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            QFile name(tasks.filePath(task + QStringLiteral("/comm")));
+            count +=
+                name.open(QIODevice::ReadOnly) && name.readAll() == "Thread (pooled)\n" ? 1 : 0;
+        }
+        return count;
     }
 
     static void writeWord(const ScriptedDecoder &decoder, const char *word)
