@@ -7,6 +7,10 @@
 
 #include <memory>
 
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "decode/slotwav.h"
 #include "tests/decode/scripteddecoder.h"
 
@@ -58,6 +62,45 @@ public:
 private:
     const char *name;
     const QByteArray before;
+};
+
+// While it lives, executing the file waits: for the end of this lease, which the system ends by
+// itself only after 45 s.
+class HeldProgram
+{
+public:
+    explicit HeldProgram(const QString &path)
+        : file(::open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC))
+    {
+        // Who waits is told by a signal, here one that does nothing.
+        if (::fcntl(file, F_SETSIG, SIGURG) != 0 || ::fcntl(file, F_SETLEASE, F_WRLCK) != 0)
+            qFatal("cannot hold the program");
+    }
+    ~HeldProgram() { ::close(file); }
+    Q_DISABLE_COPY(HeldProgram)
+
+private:
+    const int file;
+};
+
+// The toolkit's warnings while it lives.
+class Warnings
+{
+public:
+    Warnings() : before(qInstallMessageHandler(collect)) { seen.clear(); }
+    ~Warnings() { qInstallMessageHandler(before); }
+    Q_DISABLE_COPY(Warnings)
+
+    static QStringList all() { return seen; }
+
+private:
+    static void collect(QtMsgType, const QMessageLogContext &, const QString &text)
+    {
+        seen.append(text);
+    }
+
+    inline static QStringList seen;
+    const QtMessageHandler before;
 };
 } // namespace
 
@@ -260,6 +303,17 @@ private slots:
         QCOMPARE(run(), QStringList());
     }
 
+    void aDecoderThatIsLongInStartingIsGivenUp()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '~ x'"));
+        const HeldProgram held(decoder.path());
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(run({300, 60000, 5000}), QStringList());
+        QVERIFY(timer.elapsed() >= 300);
+        QVERIFY(decoder.allLeft().isEmpty());
+    }
+
     void aDecoderThatHangsIsKilledWithItsChildren()
     {
         const ScriptedDecoder decoder(
@@ -273,6 +327,14 @@ private slots:
         QVERIFY(!decoder.readLeft(QStringLiteral("child")).isEmpty());
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("child"))));
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("self"))));
+    }
+
+    void theEndOfAKilledDecoderIsWaitedFor()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("exec sleep 1000"));
+        const Warnings warnings; // such as that of a process that is left before its end
+        QCOMPARE(run({5000, 300, 60000}), QStringList());
+        QCOMPARE(warnings.all(), QStringList());
     }
 
     void aDecoderDeafToPoliteSignalsIsKilled()
