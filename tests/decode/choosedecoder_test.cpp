@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QJsonDocument>
 #include <QMessageBox>
+#include <QProcess>
 #include <QTest>
 
 namespace
@@ -76,6 +77,10 @@ private slots:
     void init();
 
     void theStartSearchesOnceTheEventLoopRuns();
+#ifndef Q_OS_WIN // where no environment can move the profile of another process
+    void theStartLooksInThePlacesOfTheProgram_data();
+    void theStartLooksInThePlacesOfTheProgram();
+#endif
     void foundNowhereTellsSo();
     void aFoundDecoderIsSavedAndPublished();
     void aPathStillValidIsFoundFirstAndNotSavedAgain();
@@ -126,6 +131,35 @@ void ChooseDecoderTest::theStartSearchesOnceTheEventLoopRuns()
     QTRY_COMPARE(publishedPath(), decoder.path());
     QCOMPARE(trace.lines().last(), QStringLiteral("JT9 decoder ready: ") + decoder.path());
 }
+
+#ifndef Q_OS_WIN
+void ChooseDecoderTest::theStartLooksInThePlacesOfTheProgram_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::newRow("its own folder") << QStringLiteral("program");
+    QTest::newRow("one of its environment") << QStringLiteral("local/Programs/WSJT-X/bin");
+}
+
+// The program itself, in a folder from which a decoder may be used: no build folder is one.
+void ChooseDecoderTest::theStartLooksInThePlacesOfTheProgram()
+{
+    QFETCH(QString, folder);
+    testHome().writeProfile({{QStringLiteral("BridgePort"), freePort()}});
+    const QString installed = installedUnder(folder);
+    QDir().mkpath(testHome().path(QStringLiteral("program")));
+    const QString program = testHome().path(QStringLiteral("program/kiwi-outpost"));
+    QVERIFY(QFile::copy(QStringLiteral(KIWI_OUTPOST), program));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LOCALAPPDATA"), testHome().path(QStringLiteral("local")));
+    QProcess started;
+    started.setProcessEnvironment(environment);
+    started.start(program, QStringList());
+    QTRY_VERIFY_WITH_TIMEOUT(!savedPath().isEmpty(), 60000);
+    QCOMPARE(savedPath(), installed);
+    started.terminate();
+    QVERIFY(started.waitForFinished(60000));
+}
+#endif
 
 void ChooseDecoderTest::foundNowhereTellsSo()
 {
