@@ -64,7 +64,7 @@ void ProfileTest::startsWithTheDefaults()
 {
     const Profile profile;
     QCOMPARE(profile.serial, QStringLiteral("22727"));
-    QCOMPARE(profile.kiwiHost, Profile::defaultKiwiHost(QStringLiteral("22727")));
+    QCOMPARE(profile.kiwiHost, QStringLiteral("22727.proxy.kiwisdr.com"));
     QCOMPARE(profile.kiwiPort, 8073);
     QCOMPARE(profile.useProxy, true);
     QCOMPARE(profile.jt9Path, QString());
