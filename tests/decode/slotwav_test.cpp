@@ -5,11 +5,14 @@
 #include <QtEndian>
 #include <QtTest>
 
-#include <csignal>
 #include <memory>
+
+#ifndef Q_OS_WIN
+#include <csignal>
 #include <sys/resource.h>
 
 #include "tests/decode/scripteddecoder.h"
+#endif
 
 namespace
 {
@@ -26,6 +29,7 @@ QByteArray periodOfSamples()
     return samples;
 }
 
+#ifndef Q_OS_WIN
 // Makes every write of this process beyond `bytes` of a file fail while it lives.
 class FileSizeLimit
 {
@@ -43,6 +47,7 @@ public:
 private:
     rlimit before = {};
 };
+#endif
 } // namespace
 
 class SlotWavTest : public QObject
@@ -84,19 +89,27 @@ private slots:
         QVERIFY(bytes.mid(44) == samples);
     }
 
-    void reportsAnIncompleteWrite()
-    {
-        const FileSizeLimit limit(100000);
-        QCOMPARE(writeSlotWav(capture->filePath(QStringLiteral("a.wav")), periodOfSamples()),
-                 QStringLiteral("PCM payload write was incomplete."));
-    }
-
     void reportsAFileThatCannotBeOpened()
     {
         QFile folder(capture->path());
         QVERIFY(!folder.open(QIODevice::WriteOnly | QIODevice::Truncate));
         QCOMPARE(writeSlotWav(capture->path(), periodOfSamples()), folder.errorString());
         QVERIFY(!folder.errorString().isEmpty());
+    }
+
+    void noDecoderLeavesNoFolder()
+    {
+        qunsetenv("PELQ_JT9_PATH");
+        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+        QVERIFY(QDir(capture->path()).isEmpty());
+    }
+
+#ifndef Q_OS_WIN // where windows/capture looks at the workers
+    void reportsAnIncompleteWrite()
+    {
+        const FileSizeLimit limit(100000);
+        QCOMPARE(writeSlotWav(capture->filePath(QStringLiteral("a.wav")), periodOfSamples()),
+                 QStringLiteral("PCM payload write was incomplete."));
     }
 
     void runsTheDecoderOnTheFileAndRemovesTheFolder()
@@ -192,16 +205,13 @@ private slots:
         QCOMPARE(decoder.allLeft(), QStringList(QStringLiteral("ran")));
         QVERIFY(QDir(capture->path()).isEmpty());
     }
-
-    void noDecoderLeavesNoFolder()
-    {
-        qunsetenv("PELQ_JT9_PATH");
-        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
-        QVERIFY(QDir(capture->path()).isEmpty());
-    }
+#endif
 
 private:
-    SlotJob job() const { return {periodStartMs, 1, {725, 1550}, 3, capture->path()}; }
+    SlotJob job() const
+    {
+        return {periodStartMs, 1, {725, 1550}, 3, capture->path()};
+    }
 
     std::unique_ptr<QTemporaryDir> capture;
 };

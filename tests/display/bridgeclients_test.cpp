@@ -9,36 +9,31 @@
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
+#ifdef Q_OS_WIN
+#include <winsock2.h>
+#else
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#endif
 
-// A client whose kernel buffers stay small and that nobody reads from.
+// A client that takes one byte and then nothing more.
 class LazyClient
 {
 public:
     explicit LazyClient(int port)
     {
-        const int small = 2048;
-        setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &small, sizeof small);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<quint16>(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        isConnected =
-            connect(descriptor, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+        socket.setReadBufferSize(1);
+        socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));
+        isConnected = socket.waitForConnected();
     }
-    ~LazyClient() { close(descriptor); }
-    LazyClient(const LazyClient &) = delete;
-    LazyClient &operator=(const LazyClient &) = delete;
 
-    const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
+    QTcpSocket socket;
     bool isConnected = false;
 };
 
+#ifndef Q_OS_WIN
 // While it lives, this process can open no further descriptor.
 class DescriptorShortage
 {
@@ -75,6 +70,7 @@ static bool somebodyWaits(int listener)
     pollfd queue{listener, POLLIN, 0};
     return poll(&queue, 1, 0) == 1;
 }
+#endif
 
 static const QString oneRemains =
     QStringLiteral("WSJT bridge client disconnected; 1 client(s) remain.");
@@ -95,8 +91,10 @@ private slots:
     void aClientThatVanishesIsGone();
     void aClientThatClosesIsGone();
     void aClientThatIsGoneBeforeItIsGreeted();
+#ifndef Q_OS_WIN // where descriptors know no such limit
     void clientsComeInAgainAfterAShortageOfDescriptors();
     void clientsComeInAfterAShortageFromTheStart();
+#endif
 
 private:
     std::unique_ptr<LogTrace> trace;
@@ -150,11 +148,7 @@ void BridgeClientsTest::cleanup()
 
 void BridgeClientsTest::theStationSendsWithoutDelay()
 {
-    int noDelay = 0;
-    socklen_t size = sizeof noDelay;
-    const auto descriptor = static_cast<int>(atTheStation().first()->socketDescriptor());
-    QCOMPARE(getsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &noDelay, &size), 0);
-    QVERIFY(noDelay != 0);
+    QVERIFY(atTheStation().first()->socketOption(QAbstractSocket::LowDelayOption).toBool());
 }
 
 void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
@@ -183,16 +177,21 @@ void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
 void BridgeClientsTest::theReceiverIsRecordedBeforeAnyClientIsDropped()
 {
     const QString file = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QString noneRemains =
+        QStringLiteral("WSJT bridge client disconnected; 0 client(s) remain.");
+    client->socket.close();
+    QTRY_VERIFY(atTheStation().isEmpty());
     const LazyClient lazy(station->bridgePort);
-    QTRY_COMPARE(atTheStation().size(), 2);
-    for (int i = 0; i < 400 && trace->count(oneRemains) == 0; ++i) {
+    QTRY_COMPARE(atTheStation().size(), 1);
+    trace->clear();
+    for (int i = 0; i < 400 && trace->count(noneRemains) == 0; ++i) {
         QFile::remove(file); // so that every batch records the receiver
         trace->clear();
         deliverMuch();
     }
     QCOMPARE(
         trace->lines(),
-        (QStringList{QStringLiteral("Good receiver recorded: receiver.test:8073"), oneRemains}));
+        (QStringList{QStringLiteral("Good receiver recorded: receiver.test:8073"), noneRemains}));
 }
 
 void BridgeClientsTest::whatDroppedTheOnlyClientIsTriedAgain()
@@ -255,8 +254,8 @@ void BridgeClientsTest::aClientThatVanishesIsGone()
     BridgeClient other(station->bridgePort);
     QVERIFY(other.waitForGreeting());
     const linger reset{1, 0};
-    setsockopt(static_cast<int>(other.socket.socketDescriptor()), SOL_SOCKET, SO_LINGER, &reset,
-               sizeof reset);
+    setsockopt(static_cast<int>(other.socket.socketDescriptor()), SOL_SOCKET, SO_LINGER,
+               reinterpret_cast<const char *>(&reset), sizeof reset);
     other.socket.write(QByteArray(100000, 'x'));
     other.socket.abort();
     QTRY_COMPARE(trace->count(oneRemains), 1);
@@ -280,10 +279,15 @@ void BridgeClientsTest::aClientThatIsGoneBeforeItIsGreeted()
         const LazyClient hasty(station->bridgePort);
         QVERIFY(hasty.isConnected);
     }
+#ifdef Q_OS_WIN
+    QTRY_COMPARE(trace->lines().filter(QStringLiteral("client connected")).size(), 2);
+    QVERIFY(isHeard()); // Wine tells that it is gone when something is sent to it
+#endif
     QTRY_COMPARE(trace->count(oneRemains), 1);
     QVERIFY(isHeard());
 }
 
+#ifndef Q_OS_WIN
 void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
 {
     const auto listener =
@@ -330,6 +334,7 @@ void BridgeClientsTest::clientsComeInAfterAShortageFromTheStart()
     }
     QCOMPARE(trace->lines().filter(QStringLiteral("not accepted")).size(), 1);
 }
+#endif
 
 OUTPOST_WINDOW_TEST_MAIN(BridgeClientsTest)
 #include "bridgeclients_test.moc"

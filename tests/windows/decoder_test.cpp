@@ -3,7 +3,6 @@
 #include "decode/decodeband.h"
 #include "decode/jt9locator.h"
 #include "decode/jt9runner.h"
-#include "decode/kiwiaudiocapture.h"
 #include "decode/slotwav.h"
 #include "tests/windows/standindecoder.h"
 
@@ -223,38 +222,6 @@ private slots:
         QCOMPARE(decoder.recorded(725, QStringLiteral("argument")).value(7),
                  capture + QStringLiteral("/WORKER_20260116_142315_S2_725_1550/pelq_ft8_slot.wav"));
         QVERIFY(QDir(capture).isEmpty());
-    }
-
-    void aFailingDecoderLeavesNoFolder()
-    {
-        const StandInDecoder decoder(orders("print ~ x; exit 1"));
-        use(decoder);
-        const SlotJob job = {1768573395000, 0, decodeBand(0), 2, work->path()};
-        QCOMPARE(decodeSlot(job, QByteArray(slotPcmBytes, '\0')), QStringList());
-        QVERIFY(QDir(work->path()).isEmpty());
-    }
-
-    void fourWorkersDecodeAPeriod()
-    {
-        // It stays a moment after its last line, as the decoder does: of what a process prints at
-        // its very end, under load, Wine's asynchronous pipes can lose the end.
-        const StandInDecoder decoder(
-            orders("record; print 142315 -5 0.1 1000 ~  CQ K1ABC FN42; wait 100"));
-        use(decoder);
-        KiwiAudioCapture capture;
-        capture.setCaptureFolder(work->filePath(QStringLiteral("capture")));
-        QCOMPARE(capture.start(QStringLiteral("/kiwi/0/SND"), 0), QString()); // makes the folder
-        int batches = 0;
-        QStringList merged;
-        capture.setWorkerCallback([&](const QString &, const QStringList &) { ++batches; });
-        capture.setPeriodCallback(
-            [&](const QString &, const QStringList &lines) { merged = lines; });
-        capture.queueDecodeSlices(1768573395000, QByteArray(slotPcmBytes, '\0'));
-        QTRY_COMPARE_WITH_TIMEOUT(merged, QStringList(decodeLine), 30000);
-        QCOMPARE(batches, 4);
-        for (const int low : {0, 725, 1450, 2175})
-            QCOMPARE(decoder.recorded(low, QStringLiteral("argument")).size(), 8);
-        QVERIFY(QDir(work->filePath(QStringLiteral("capture"))).isEmpty());
     }
 
 private:

@@ -10,6 +10,8 @@
 //   hang          stays until it is killed
 //   crash         dies of a forbidden access
 //   exit N        ends with that exit code
+//   await NAME    waits until a file of that name lies beside it
+//   for TEXT ...  follows the order in the rest of the line where the WAV file's path has the text
 
 #include <windows.h>
 
@@ -109,9 +111,34 @@ void crash()
     TerminateProcess(GetCurrentProcess(), STATUS_ACCESS_VIOLATION);
 }
 
-// Returns the exit code when the order is to exit, else -1.
-int obey(const std::string &order, const std::string &operand, int argc, wchar_t **argv)
+void await(const std::string &name)
 {
+    const std::wstring path = beside(std::wstring(name.begin(), name.end()));
+    while (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+        Sleep(10);
+}
+
+std::string firstWord(const std::string &line)
+{
+    return line.substr(0, line.find(' '));
+}
+
+std::string withoutFirstWord(const std::string &line)
+{
+    const size_t blank = line.find(' ');
+    return blank == std::string::npos ? std::string() : line.substr(blank + 1);
+}
+
+bool isFor(const std::string &text, int argc, wchar_t **argv)
+{
+    return argc > 8 && utf8(argv[8]).find(firstWord(text)) != std::string::npos;
+}
+
+// Returns the exit code when the order is to exit, else -1.
+int obey(const std::string &line, int argc, wchar_t **argv)
+{
+    const std::string order = firstWord(line);
+    const std::string operand = withoutFirstWord(line);
     if (order == "print")
         std::cout << operand << std::endl;
     else if (order == "record")
@@ -124,10 +151,14 @@ int obey(const std::string &order, const std::string &operand, int argc, wchar_t
         startChild();
     else if (order == "wait")
         Sleep(static_cast<DWORD>(std::stoi(operand)));
+    else if (order == "await")
+        await(operand);
     else if (order == "hang")
         Sleep(INFINITE);
     else if (order == "crash")
         crash();
+    else if (order == "for")
+        return isFor(operand, argc, argv) ? obey(withoutFirstWord(operand), argc, argv) : -1;
     else
         return std::stoi(operand);
     return -1;
@@ -143,10 +174,7 @@ int wmain(int argc, wchar_t **argv)
     while (file != nullptr && fgets(line, sizeof line, file) != nullptr) {
         std::string order = line;
         order.erase(order.find_last_not_of("\r\n") + 1);
-        const size_t blank = order.find(' ');
-        const std::string operand =
-            blank == std::string::npos ? std::string() : order.substr(blank + 1);
-        const int exitCode = obey(order.substr(0, blank), operand, argc, argv);
+        const int exitCode = obey(order, argc, argv);
         if (exitCode >= 0)
             return exitCode;
     }
