@@ -45,6 +45,18 @@ bool removeFolder(const QString &folder)
     }
     return true;
 }
+
+// Workers that make the same missing folder at once get into each other's way on Windows, where
+// who comes second to a folder above it is told of a failure.
+bool makeFolder(const QString &folder)
+{
+    constexpr int tries = 10;
+    for (int i = 0; i < tries; ++i) {
+        if (QDir().mkpath(folder))
+            return true;
+    }
+    return false;
+}
 } // namespace
 
 QString workerFolderName(const SlotJob &job)
@@ -79,7 +91,7 @@ QStringList decodeSlot(const SlotJob &job, const QByteArray &samples)
         return {};
 
     const QString folder = QDir(job.captureFolder).absoluteFilePath(workerFolderName(job));
-    if (!removeFolder(folder) || !QDir().mkpath(folder))
+    if (!removeFolder(folder) || !makeFolder(folder))
         return {};
 
     const QString wavPath = folder + QStringLiteral("/pelq_ft8_slot.wav");
