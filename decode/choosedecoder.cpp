@@ -3,8 +3,8 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 
+#include "app/dialogs.h"
 #include "app/logline.h"
 #include "decode/jt9locator.h"
 
@@ -13,8 +13,8 @@ void MainWindow::findJt9(const Jt9Places &places)
     const QString path = findInstalledJt9(places);
     if (path.isEmpty()) {
         logLine(QStringLiteral("JT9 finder: no usable jt9.exe found."));
-        QMessageBox::warning(this, QStringLiteral("WSJT Decoder Not Found"),
-                             QStringLiteral("No installed WSJT jt9.exe was found."));
+        showWarning(this, QStringLiteral("WSJT Decoder Not Found"),
+                    QStringLiteral("No installed WSJT jt9.exe was found."));
         return;
     }
     if (path != QDir::cleanPath(profile.jt9Path)) {
@@ -37,7 +37,7 @@ void MainWindow::selectJt9()
         return;
     }
     if (!isJt9FileName(QFileInfo(chosen).fileName()) || !isInstalledJt9(chosen)) {
-        QMessageBox::warning(
+        showWarning(
             this, QStringLiteral("Invalid WSJT Decoder"),
             QStringLiteral("Select jt9.exe from an installed stock WSJT-X application or an "
                            "installed WSJT-X fork.\n\nDevelopment, build, STEP and STAGE copies "
@@ -51,9 +51,9 @@ void MainWindow::selectJt9()
     saveDefaultProfileQuietly();
     useJt9(path);
     logLine(QStringLiteral("Installed jt9.exe selected and saved: %1").arg(path));
-    QMessageBox::information(this, QStringLiteral("WSJT Decoder Selected"),
-                             QStringLiteral("Installed jt9.exe selected and saved:\n\n%1")
-                                 .arg(QDir::toNativeSeparators(path)));
+    showInformation(this, QStringLiteral("WSJT Decoder Selected"),
+                    QStringLiteral("Installed jt9.exe selected and saved:\n\n%1")
+                        .arg(QDir::toNativeSeparators(path)));
 }
 
 // The decode workers read the variable at each run.

@@ -1,9 +1,9 @@
+#include "app/dialogs.h"
 #include "app/mainwindow.h"
 
 #include <QDialog>
 #include <QLabel>
 #include <QLayout>
-#include <QMessageBox>
 #include <QTcpServer>
 #include <QTimer>
 
@@ -42,8 +42,8 @@ BridgeState MainWindow::bridgeState() const
 
 void MainWindow::showBridgeAttachment()
 {
-    QMessageBox::information(this, QStringLiteral("WSJT Bridge Status"),
-                             bridgeAttachmentText(bridgeState()));
+    showInformation(this, QStringLiteral("WSJT Bridge Status"),
+                    bridgeAttachmentText(bridgeState()));
 }
 
 void MainWindow::showBridgeStatusDialog()

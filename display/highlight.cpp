@@ -1,7 +1,7 @@
+#include "app/dialogs.h"
 #include "app/mainwindow.h"
 
 #include <QInputDialog>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 
 #include "display/highlightcalls.h"
@@ -19,8 +19,8 @@ bool MainWindow::matchesHighlightedCall(const QString &text) const
     return containsCall(text, highlightCalls);
 }
 
-// Lets the operator edit *text; false when the edit was cancelled. The toolkit's ready-made
-// dialog would swallow the Tab key, and with it the way to the buttons.
+// Lets the operator edit *text; false when the edit was cancelled. Qt's ready-made dialog
+// would swallow the Tab key, and with it the way to the buttons.
 static bool askForCalls(QWidget *parent, QString *text)
 {
     const QString label = QStringLiteral("Enter up to 10 complete callsigns, one per line.\n"
@@ -39,19 +39,13 @@ static bool askForCalls(QWidget *parent, QString *text)
     return true;
 }
 
-static void warn(QWidget *parent, const QString &title, const QString &text)
-{
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok, parent);
-    box.setTextFormat(Qt::PlainText); // the entry named in it may look like markup
-    box.exec();
-}
-
 static void warnOfInvalidCall(QWidget *parent, const QString &entry)
 {
-    warn(parent, QStringLiteral("Invalid Callsign"),
-         QStringLiteral("\"%1\" is not a valid callsign entry. Use only letters, numbers, and /, "
-                        "with no spaces.")
-             .arg(entry));
+    showWarning(
+        parent, QStringLiteral("Invalid Callsign"),
+        QStringLiteral("\"%1\" is not a valid callsign entry. Use only letters, numbers, and /, "
+                       "with no spaces.")
+            .arg(entry));
 }
 
 void MainWindow::editHighlightCalls()
@@ -62,8 +56,8 @@ void MainWindow::editHighlightCalls()
         if (!edit.invalidEntry.isEmpty()) {
             warnOfInvalidCall(this, edit.invalidEntry);
         } else if (edit.calls.size() > maxHighlightCalls) {
-            warn(this, QStringLiteral("Too Many Callsigns"),
-                 QStringLiteral("Enter no more than 10 callsigns."));
+            showWarning(this, QStringLiteral("Too Many Callsigns"),
+                        QStringLiteral("Enter no more than 10 callsigns."));
         } else {
             highlightCalls = edit.calls;
             saveSetting(callsKey, highlightCalls);

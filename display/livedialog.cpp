@@ -1,9 +1,10 @@
 #include "display/livedialog.h"
 
+#include "app/dialogs.h"
+
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
-#include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -13,14 +14,6 @@ static QLabel *buildSelectableLabel(QWidget *parent)
     label->setTextFormat(Qt::PlainText); // host names and errors come from elsewhere
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
-}
-
-static QDialogButtonBox *buildCloseBox(QDialog *dialog)
-{
-    auto *box = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
-    box->button(QDialogButtonBox::Close)->setDefault(true);
-    QObject::connect(box, &QDialogButtonBox::rejected, dialog, &QDialog::close);
-    return box;
 }
 
 LiveDialog buildLiveDialog(QWidget *parent, const QString &title, int refreshMs,
@@ -36,7 +29,7 @@ LiveDialog buildLiveDialog(QWidget *parent, const QString &title, int refreshMs,
     layout->setSpacing(6);
     auto *label = buildSelectableLabel(dialog);
     layout->addWidget(label);
-    layout->addWidget(buildCloseBox(dialog));
+    layout->addWidget(newCloseBox(dialog));
 
     auto *timer = new QTimer(dialog);
     timer->setInterval(refreshMs);

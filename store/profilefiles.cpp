@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/dialogs.h"
 #include "app/logline.h"
 #include "store/atomicfile.h"
 #include "store/datafile.h"
@@ -10,7 +11,6 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 
 namespace
 {
@@ -24,7 +24,7 @@ QString profileFilter()
 bool refuseProfile(QWidget *boxParent, const QString &title, const QString &text)
 {
     if (boxParent)
-        QMessageBox::warning(boxParent, title, text);
+        showWarning(boxParent, title, text);
     return false;
 }
 

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/dialogs.h"
 #include "app/logline.h"
 #include "store/atomicfile.h"
 #include "store/datafile.h"
@@ -32,13 +33,6 @@ QPlainTextEdit *newLogView(QDialog *dialog)
     view->setLineWrapMode(QPlainTextEdit::NoWrap);
     view->setAccessibleName(QStringLiteral("Receiver status log"));
     return view;
-}
-
-QDialogButtonBox *newCloseBox(QDialog *dialog)
-{
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, [dialog] { dialog->close(); });
-    return buttons;
 }
 
 // A reader who has scrolled stays where they are.

@@ -224,6 +224,7 @@ struct AttachmentBox {
     QString text;
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QMessageBox::StandardButtons buttons;
+    Qt::TextFormat format = Qt::AutoText;
     QWidget *parent = nullptr;
 };
 
@@ -232,8 +233,8 @@ static AttachmentBox attachmentBox(const MainWindow &window)
     AttachmentBox seen;
     whenDialogOpens([&seen](QWidget *dialog) {
         if (auto *box = qobject_cast<QMessageBox *>(dialog))
-            seen = {box->windowTitle(), box->text(), box->icon(), box->standardButtons(),
-                    box->parentWidget()};
+            seen = {box->windowTitle(),     box->text(),       box->icon(),
+                    box->standardButtons(), box->textFormat(), box->parentWidget()};
         QTest::keyClick(dialog, Qt::Key_Escape);
     });
     choose(window, {QStringLiteral("Settings"), QStringLiteral("Bridge"),
@@ -252,6 +253,7 @@ void BridgeStatusTest::theAttachmentBoxOfAListeningBridge()
                            .arg(station->bridgePort));
     QCOMPARE(box.icon, QMessageBox::Information);
     QCOMPARE(box.buttons, QMessageBox::Ok);
+    QCOMPARE(box.format, Qt::PlainText);
     QCOMPARE(box.parent, station->window.get());
 }
 

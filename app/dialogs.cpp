@@ -1,0 +1,35 @@
+#include "app/dialogs.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace
+{
+void showPlainBox(QMessageBox::Icon icon, QWidget *parent, const QString &title,
+                  const QString &text)
+{
+    QMessageBox box(icon, title, text, QMessageBox::Ok, parent);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}
+} // namespace
+
+void showWarning(QWidget *parent, const QString &title, const QString &text)
+{
+    showPlainBox(QMessageBox::Warning, parent, title, text);
+}
+
+void showInformation(QWidget *parent, const QString &title, const QString &text)
+{
+    showPlainBox(QMessageBox::Information, parent, title, text);
+}
+
+QDialogButtonBox *newCloseBox(QDialog *dialog)
+{
+    auto *box = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
+    box->button(QDialogButtonBox::Close)->setDefault(true);
+    QObject::connect(box, &QDialogButtonBox::rejected, dialog, &QDialog::close);
+    return box;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+class QDialog;
+class QDialogButtonBox;
+class QString;
+class QWidget;
+
+// Message boxes with OK alone. They show the text as it stands: a path, an entry or an error of the
+// system may look like markup.
+void showWarning(QWidget *parent, const QString &title, const QString &text);
+void showInformation(QWidget *parent, const QString &title, const QString &text);
+
+// Holds one Close button, which Enter presses.
+QDialogButtonBox *newCloseBox(QDialog *dialog);
