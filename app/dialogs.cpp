@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QLayout>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -32,4 +33,16 @@ QDialogButtonBox *newCloseBox(QDialog *dialog)
     box->button(QDialogButtonBox::Close)->setDefault(true);
     QObject::connect(box, &QDialogButtonBox::rejected, dialog, &QDialog::close);
     return box;
+}
+
+void tabInShownOrder(const QDialogButtonBox &box)
+{
+    QWidget *before = nullptr;
+    for (int i = 0; i < box.layout()->count(); ++i) {
+        QWidget *button = box.layout()->itemAt(i)->widget(); // null: a stretch
+        if (before && button) {
+            QWidget::setTabOrder(before, button);
+        }
+        before = button ? button : before;
+    }
 }

@@ -12,3 +12,7 @@ void showInformation(QWidget *parent, const QString &title, const QString &text)
 
 // Holds one Close button, which Enter presses.
 QDialogButtonBox *newCloseBox(QDialog *dialog);
+
+// To be called for a box of several buttons. Tab enters a box at the button shown first, and would
+// pass by those that were made before it.
+void tabInShownOrder(const QDialogButtonBox &box);

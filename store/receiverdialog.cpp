@@ -1,3 +1,4 @@
+#include "app/dialogs.h"
 #include "app/mainwindow.h"
 
 #include "store/frequency.h"
@@ -159,6 +160,7 @@ void MainWindow::showReceiverDialog()
     const auto *disconnectButton =
         buttons->addButton(QStringLiteral("Disconnect"), QDialogButtonBox::ActionRole);
     arrange(&dialog, form, buttons);
+    tabInShownOrder(*buttons);
     watchCombos(form);
     connect(form.remove, &QPushButton::clicked, this, [this, form] {
         removeSelectedGoodReceiver(form.goodReceivers, form.remove, form.status);

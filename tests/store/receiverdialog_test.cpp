@@ -4,6 +4,7 @@
 #include "sim/kiwisim.h"
 #include "store/receiverkey.h"
 #include "store/settings.h"
+#include "tests/fixture/buttonorder.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
@@ -21,6 +22,10 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
+
+#include <algorithm>
+
+Q_DECLARE_METATYPE(QDialogButtonBox::ButtonLayout)
 
 namespace
 {
@@ -81,6 +86,28 @@ QString cellOf(const ReceiverForm &form, QWidget *widget)
     return QStringLiteral("%1,%2,%3,%4").arg(row).arg(column).arg(rows).arg(columns);
 }
 
+// From left to right.
+QList<QWidget *> shownButtons(const ReceiverForm &form)
+{
+    QList<QWidget *> buttons{form.apply, form.disconnectReceiver, form.close};
+    std::sort(buttons.begin(), buttons.end(),
+              [](const QWidget *one, const QWidget *other) { return one->x() < other->x(); });
+    return buttons;
+}
+
+// What the key leads to, from the control with the focus until it is reached again.
+QList<QWidget *> focusRound(const QDialog *dialog, Qt::Key key)
+{
+    QList<QWidget *> round;
+    QWidget *at = dialog->focusWidget();
+    while (!round.contains(at)) {
+        round.append(at);
+        QTest::keyClick(at, key);
+        at = dialog->focusWidget();
+    }
+    return at == round.first() ? round : QList<QWidget *>();
+}
+
 QLabel *labelOf(const ReceiverForm &form, const QWidget *field)
 {
     for (QLabel *label : form.dialog->findChildren<QLabel *>()) {
@@ -101,7 +128,9 @@ private slots:
 
     void isModalAndOfItsSize();
     void everyFieldHasItsCellAndItsLabel();
-    void tabRunsThroughTheFields();
+    void tabRunsThroughEveryControlAndBack_data();
+    void tabRunsThroughEveryControlAndBack();
+    void tabPassesByWhatIsDisabled();
     void statusLabelHasItsLook();
     void buttonsHaveTheirRoles();
 
@@ -225,22 +254,44 @@ void ReceiverDialogTest::everyFieldHasItsCellAndItsLabel()
     });
 }
 
-void ReceiverDialogTest::tabRunsThroughTheFields()
+// The buttons come in the order in which the platform shows them.
+void ReceiverDialogTest::tabRunsThroughEveryControlAndBack_data()
 {
+    QTest::addColumn<QDialogButtonBox::ButtonLayout>("buttonLayout");
+    QTest::newRow("Windows") << QDialogButtonBox::WinLayout;
+    QTest::newRow("KDE") << QDialogButtonBox::KdeLayout;
+    QTest::newRow("GNOME") << QDialogButtonBox::GnomeLayout;
+}
+
+void ReceiverDialogTest::tabRunsThroughEveryControlAndBack()
+{
+    QFETCH(QDialogButtonBox::ButtonLayout, buttonLayout);
+    const ButtonOrder order(buttonLayout);
     saveGoodReceivers({goodReceiver(QStringLiteral("kiwi"), 8073, 7.074)});
     const MainWindow window;
     inReceiverDialog(window, [](const ReceiverForm &form) {
         form.goodReceivers->setCurrentIndex(1); // enables Remove Selected
         QVERIFY(QTest::qWaitForWindowActive(form.dialog));
-        const QList<QWidget *> order{form.host, form.port,          form.band,
-                                     form.mhz,  form.goodReceivers, form.remove};
-        form.host->setFocus();
-        for (QWidget *expected : order) {
-            QCOMPARE(QApplication::focusWidget(), expected);
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        }
-        const QList<QWidget *> buttons{form.apply, form.disconnectReceiver, form.close};
-        QVERIFY(buttons.contains(QApplication::focusWidget()));
+        const QList<QWidget *> round =
+            QList<QWidget *>{form.host, form.port,          form.band,
+                             form.mhz,  form.goodReceivers, form.remove} +
+            shownButtons(form);
+        QCOMPARE(form.dialog->focusWidget(), form.host);
+        QCOMPARE(focusRound(form.dialog, Qt::Key_Tab), round);
+        QList<QWidget *> back{round.first()};
+        std::reverse_copy(round.begin() + 1, round.end(), std::back_inserter(back));
+        QCOMPARE(focusRound(form.dialog, Qt::Key_Backtab), back);
+    });
+}
+
+void ReceiverDialogTest::tabPassesByWhatIsDisabled()
+{
+    const MainWindow window;
+    inReceiverDialog(window, [](const ReceiverForm &form) {
+        QVERIFY(QTest::qWaitForWindowActive(form.dialog));
+        const QList<QWidget *> round = focusRound(form.dialog, Qt::Key_Tab);
+        QVERIFY(!round.contains(form.remove));
+        QVERIFY(round.contains(form.close));
     });
 }
 
