@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QThread>
 
 #include "app/timetext.h"
@@ -33,12 +34,38 @@ void writeWavHeader(QDataStream &stream, quint32 dataBytes)
     stream << dataBytes;
 }
 
+// Gives back the permissions that a decoder may have taken: nothing can be removed from a folder
+// without them.
+void openFolders(const QString &folder)
+{
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QStringList inner =
+        QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot);
+    for (const QString &name : inner) {
+        openFolders(folder + QLatin1Char('/') + name);
+    }
+}
+
+// Of a link only the link goes, never what it points at. Windows removes one to a folder as a
+// folder, other systems as a file.
+bool removeOnce(const QString &folder)
+{
+    const QFileInfo info(folder);
+    if (info.isSymLink() || info.isJunction()) {
+        return QFile::remove(folder) || QDir().rmdir(folder);
+    }
+    if (info.isDir()) {
+        openFolders(folder);
+    }
+    return QDir(folder).removeRecursively();
+}
+
 // The files of a decoder that was killed a moment ago can be in use for a moment longer.
 bool removeFolder(const QString &folder)
 {
     constexpr int tries = 20;
     constexpr unsigned long pauseMs = 50;
-    for (int i = 1; !QDir(folder).removeRecursively(); ++i) {
+    for (int i = 1; !removeOnce(folder); ++i) {
         if (i == tries)
             return false;
         QThread::msleep(pauseMs);

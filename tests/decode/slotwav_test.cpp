@@ -168,6 +168,63 @@ private slots:
         QVERIFY(!folder.exists());
     }
 
+    void aFolderWithoutPermissionsIsRemoved()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("mkdir -p a/b/.c; touch a/b/.c/file; chmod 0 a/b/.c; chmod 0400 a/b\n"
+                           "chmod 0500 .; echo '%1'")
+                .arg(decodeLine));
+        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList(decodeLine));
+        QVERIFY(QDir(capture->path()).isEmpty());
+    }
+
+    void aLinkInTheFoldersPlaceIsRemovedAndNotWhatItPointsAt_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::newRow("a folder") << QStringLiteral("kept");
+        QTest::newRow("nothing") << QStringLiteral("missing");
+    }
+
+    void aLinkInTheFoldersPlaceIsRemovedAndNotWhatItPointsAt()
+    {
+        QFETCH(QString, target);
+        const ScriptedDecoder decoder(
+            QStringLiteral("pwd -P > $here/pwd; echo '%1'").arg(decodeLine));
+        const QTemporaryDir elsewhere;
+        QVERIFY(QDir(elsewhere.path()).mkpath(QStringLiteral("kept/deep")));
+        const QString link = capture->filePath(workerFolderName(job()));
+        QVERIFY(QFile::link(elsewhere.filePath(target), link));
+        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList(decodeLine));
+        QCOMPARE(decoder.readLeft(QStringLiteral("pwd")), link.toLocal8Bit() + '\n');
+        QVERIFY(QDir(elsewhere.filePath(QStringLiteral("kept/deep"))).exists());
+        QVERIFY(QDir(capture->path()).isEmpty());
+    }
+
+    void linksThatADecoderLeavesAreRemovedAndNotWhatTheyPointAt_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("in its folder") << QStringLiteral("ln -s \"$target\" inside");
+        QTest::newRow("in its folder's place")
+            << QStringLiteral("own=$PWD; cd /; rm -r \"$own\"; ln -s \"$target\" \"$own\"");
+    }
+
+    void linksThatADecoderLeavesAreRemovedAndNotWhatTheyPointAt()
+    {
+        QFETCH(QString, script);
+        const QTemporaryDir elsewhere;
+        const QString kept = elsewhere.filePath(QStringLiteral("kept"));
+        QVERIFY(QDir().mkpath(kept + QStringLiteral("/deep")));
+        QVERIFY(QFile::setPermissions(kept, QFile::ReadOwner | QFile::ExeOwner));
+        const ScriptedDecoder decoder(
+            QStringLiteral("target='%1'; %2; echo '%3'").arg(kept, script, decodeLine));
+        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList(decodeLine));
+        QVERIFY(QDir(kept + QStringLiteral("/deep")).exists());
+        QVERIFY(!QFileInfo(kept).permission(QFile::WriteOwner));
+        QVERIFY(
+            QFile::setPermissions(kept, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QVERIFY(QDir(capture->path()).isEmpty());
+    }
+
     void makesMissingParentsOfTheFolder()
     {
         const ScriptedDecoder decoder(QStringLiteral("echo '%1'").arg(decodeLine));
