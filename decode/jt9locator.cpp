@@ -13,8 +13,10 @@ namespace
 {
 #ifdef Q_OS_WIN
 constexpr bool nativeFormCounts = false;
+constexpr Qt::CaseSensitivity fileNamesHere = Qt::CaseInsensitive;
 #else
 constexpr bool nativeFormCounts = true;
+constexpr Qt::CaseSensitivity fileNamesHere = Qt::CaseSensitive;
 #endif
 
 // Where installers put the decoder, below the folder that an environment variable names.
@@ -29,9 +31,10 @@ constexpr UsualFolder usualFolders[] = {{"ProgramFiles", "/WSJT-X", true},
                                         {"LOCALAPPDATA", "/Programs/WSJT-X", true}};
 
 // The same text on every system, so that a drive letter's path is judged alike everywhere.
-QString comparable(const QString &path)
+QString comparable(const QString &path, Qt::CaseSensitivity fileNames = Qt::CaseInsensitive)
 {
-    return QString(path).replace(QLatin1Char('\\'), QLatin1Char('/')).toLower();
+    const QString slashed = QString(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
+    return fileNames == Qt::CaseInsensitive ? slashed.toLower() : slashed;
 }
 
 // Off Windows "C:/..." would be a path below whatever folder the program was started in.
@@ -138,14 +141,14 @@ QString findInstalledJt9(const Jt9Places &places)
         if (isOfThisSystem(root) && QFileInfo(root).isDir())
             paths += newestFirstUnder(root);
     }
-    const QStringList candidates = distinctPaths(paths + places.lastCandidates);
+    const QStringList candidates = distinctPaths(paths + places.lastCandidates, fileNamesHere);
     const auto found = std::find_if(candidates.begin(), candidates.end(), [](const QString &path) {
         return isOfThisSystem(path) && isInstalledJt9(path);
     });
     return found == candidates.end() ? QString() : *found;
 }
 
-QStringList distinctPaths(const QStringList &paths)
+QStringList distinctPaths(const QStringList &paths, Qt::CaseSensitivity fileNames)
 {
     QStringList distinct;
     QSet<QString> seen;
@@ -154,7 +157,7 @@ QStringList distinctPaths(const QStringList &paths)
         if (trimmed.isEmpty())
             continue;
         const QString cleaned = QDir::cleanPath(trimmed);
-        const QString key = comparable(cleaned);
+        const QString key = comparable(cleaned, fileNames);
         if (seen.contains(key))
             continue;
         seen.insert(key);

@@ -22,9 +22,9 @@ Jt9Places jt9PlacesOfThisSystem(const QString &currentPath, const QString &appli
 // under one root, the last modified comes first.
 QString findInstalledJt9(const Jt9Places &places);
 
-// The paths trimmed, cleaned and without empty ones; of those that differ only in letter case or
-// kind of separator, the first.
-QStringList distinctPaths(const QStringList &paths);
+// The paths trimmed, cleaned and without empty ones; of those that name one file, the first. Either
+// kind of separator names the same, and so does other letter case where file names have none.
+QStringList distinctPaths(const QStringList &paths, Qt::CaseSensitivity fileNames);
 
 // Whether an absolute path (either kind of separator) lies in a development, build or staging
 // tree, from which no decoder is ever used. Looks at the text alone.

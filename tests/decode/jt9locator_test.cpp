@@ -128,16 +128,50 @@ private slots:
         QVERIFY(!isInstalledJt9(makeInstallation(QStringLiteral("stage3/bin/jt9.exe"))));
     }
 
-    void joinsPathsThatDifferInCaseOrSeparator()
+    void joinsPathsOfTheSameFile_data()
     {
+        QTest::addColumn<Qt::CaseSensitivity>("fileNames");
+        QTest::addColumn<QStringList>("distinct");
+        const QStringList onWindows = {QStringLiteral("C:/A/jt9.exe"), QStringLiteral("D:/jt9")};
+        const QStringList elsewhere = {QStringLiteral("C:/A/jt9.exe"),
+                                       QStringLiteral("c:/a/JT9.EXE"), QStringLiteral("D:/jt9")};
+        QTest::newRow("in any case") << Qt::CaseInsensitive << onWindows;
+        QTest::newRow("in the same case") << Qt::CaseSensitive << elsewhere;
+    }
+
+    void joinsPathsOfTheSameFile()
+    {
+        QFETCH(Qt::CaseSensitivity, fileNames);
+        QFETCH(QStringList, distinct);
         const QStringList paths = {QStringLiteral(" C:/A/./jt9.exe "),
                                    QStringLiteral("  "),
                                    QString(),
                                    QStringLiteral("c:/a/JT9.EXE"),
-                                   QStringLiteral("C:\\a\\jt9.exe"),
+                                   QStringLiteral("C:\\A\\jt9.exe"),
                                    QStringLiteral("D:/b/../jt9")};
-        const QStringList distinct = {QStringLiteral("C:/A/jt9.exe"), QStringLiteral("D:/jt9")};
-        QCOMPARE(distinctPaths(paths), distinct);
+        QCOMPARE(distinctPaths(paths, fileNames), distinct);
+    }
+
+    // Off Windows these are two folders, and only one of them holds a decoder.
+    void aCandidateIsFoundBesideOneOfOtherLetterCase_data()
+    {
+        QTest::addColumn<bool>("isCandidate");
+        QTest::newRow("candidates") << true;
+        QTest::newRow("under a root") << false;
+    }
+
+    void aCandidateIsFoundBesideOneOfOtherLetterCase()
+    {
+        QFETCH(bool, isCandidate);
+        const QString installed = makeInstallation(QStringLiteral("w/bin/jt9.exe"));
+        const QString upper = root->filePath(QStringLiteral("w/BIN/jt9.exe"));
+        const QString under = root->filePath(QStringLiteral("w"));
+        const QString found =
+            findInstalledJt9({isCandidate ? QStringList{upper, installed} : QStringList{upper},
+                              isCandidate ? QStringList{} : QStringList{under},
+                              {}});
+        QCOMPARE(found.toLower(), installed.toLower());
+        QVERIFY(QFileInfo(found).isFile());
     }
 
     void findsTheFirstInstalledCandidate()
