@@ -22,6 +22,13 @@ QProcessEnvironment jt9Environment(const QString &jt9Folder, const QString &work
     return environment;
 }
 
+// Absolute, since the decoder is started in another folder.
+QString jt9PathInUse()
+{
+    const QString path = QDir::cleanPath(QString::fromLocal8Bit(qgetenv("PELQ_JT9_PATH")));
+    return path.isEmpty() ? path : QDir::current().absoluteFilePath(path);
+}
+
 // Takes in the output while the decoder runs; false when it has not ended in time. Waiting for
 // the end alone would gather all output first, and never time out while more of it keeps coming.
 bool readUntilFinished(QProcess &process, int finishMs, Jt9Output &output)
@@ -38,7 +45,7 @@ bool readUntilFinished(QProcess &process, int finishMs, Jt9Output &output)
 QStringList runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
                    int depth, const Jt9Limits &limits)
 {
-    const QString jt9Path = QDir::cleanPath(QString::fromLocal8Bit(qgetenv("PELQ_JT9_PATH")));
+    const QString jt9Path = jt9PathInUse();
     if (jt9Path.isEmpty() || !QFileInfo::exists(jt9Path) || !canRunJt9(jt9Path))
         return {};
 

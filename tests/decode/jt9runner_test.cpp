@@ -2,7 +2,9 @@
 
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QTextCodec>
 #include <QtTest>
 
 #include <memory>
@@ -201,10 +203,36 @@ private slots:
         QCOMPARE(run(), QStringList(QStringLiteral("~ two")));
         qputenv("PELQ_JT9_PATH", decoder.bin(QStringLiteral("../bin//jt9")).toLocal8Bit());
         QCOMPARE(run(), QStringList(QStringLiteral("~ one")));
+        qputenv("PELQ_JT9_PATH", decoder.bin(QStringLiteral("nowhere/../jt9")).toLocal8Bit());
+        QCOMPARE(run(), QStringList(QStringLiteral("~ one"))); // the path is cleaned as a text
         qunsetenv("PELQ_JT9_PATH");
         QCOMPARE(run(), QStringList());
         qputenv("PELQ_JT9_PATH", decoder.bin(QStringLiteral("missing")).toLocal8Bit());
         QCOMPARE(run(), QStringList());
+    }
+
+    void aRelativePathIsThatBelowTheProgramsCurrentFolder()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'; echo \"$PATH\" > $here/path"));
+        const QString before = QDir::currentPath();
+        const auto restore = qScopeGuard([&] { QDir::setCurrent(before); });
+        QVERIFY(QDir::setCurrent(decoder.bin(QStringLiteral(".."))));
+        qputenv("PELQ_JT9_PATH", "bin/jt9");
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        const QByteArray bin = QDir(QStringLiteral("bin")).canonicalPath().toLocal8Bit();
+        QVERIFY(decoder.readLeft(QStringLiteral("path")).startsWith(bin + ':'));
+    }
+
+    void readsItsPathInTheLocalEncoding()
+    {
+        const auto restore = qScopeGuard(
+            [codec = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(codec); });
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        const QString folder = decoder.bin(QStringLiteral("../J\u00fcrgen"));
+        QVERIFY(QDir().rename(decoder.bin(QString()), folder));
+        qputenv("PELQ_JT9_PATH", (folder + QStringLiteral("/jt9")).toLatin1());
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
     }
 
     void passesItsArgumentsInOrder()
@@ -311,6 +339,7 @@ private slots:
         timer.start();
         QCOMPARE(run({300, 60000, 5000}), QStringList());
         QVERIFY(timer.elapsed() >= 300);
+        QVERIFY(timer.elapsed() < 20000);
         QVERIFY(decoder.allLeft().isEmpty());
     }
 
@@ -363,6 +392,20 @@ private slots:
             "mkfifo $here/never $here/up\n"
             "setsid sh -c \"echo \\$\\$ > $here/child; echo > $here/up; read x < $here/never\" &\n"
             "read up < $here/up; echo '~ x'"));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        const QByteArray child = decoder.readLeft(QStringLiteral("child"));
+        QVERIFY(!child.isEmpty());
+        QTRY_VERIFY(!isAlive(child));
+    }
+
+    // Nothing but its group tells whose it is.
+    void aChildWithoutAnEnvironmentIsKilledToo()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("mkfifo $here/never $here/up\n"
+                           "env -i /bin/sh -c \"echo \\$\\$ > $here/child; "
+                           "echo > $here/up; read x < $here/never\" &\n"
+                           "read up < $here/up; echo '~ x'"));
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
         const QByteArray child = decoder.readLeft(QStringLiteral("child"));
         QVERIFY(!child.isEmpty());
