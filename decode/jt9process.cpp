@@ -5,7 +5,10 @@
 #else
 #include <QDir>
 #include <csignal>
+#include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
+#include <utility>
 #endif
 
 Jt9Process::~Jt9Process()
@@ -15,7 +18,7 @@ Jt9Process::~Jt9Process()
 
 #ifdef Q_OS_WIN
 
-Jt9Process::Jt9Process() : job(CreateJobObjectW(nullptr, nullptr))
+Jt9Process::Jt9Process(bool) : job(CreateJobObjectW(nullptr, nullptr))
 {
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
@@ -63,27 +66,62 @@ void Jt9Process::killFamily()
 
 #else
 
-Jt9Process::Jt9Process() = default;
+Jt9Process::Jt9Process(bool isOwn) : folderIsOwn(isOwn) {}
+
+Jt9Process::Lifeline::Lifeline()
+{
+    int ends[2] = {-1, -1};
+    if (::pipe2(ends, O_CLOEXEC) == 0) {
+        readingEnd = ends[0];
+        writingEnd = ends[1];
+    }
+}
+
+Jt9Process::Lifeline::~Lifeline()
+{
+    closeWritingEnd();
+    if (readingEnd >= 0) {
+        ::close(readingEnd);
+    }
+}
+
+void Jt9Process::Lifeline::closeWritingEnd()
+{
+    if (writingEnd >= 0) {
+        ::close(std::exchange(writingEnd, -1));
+    }
+}
 
 void Jt9Process::setupChildProcess()
 {
     ::setpgid(0, 0); // the child leads a group of its own, whose id is the child's
+    ::fcntl(lifeline.writingEnd, F_SETFD, 0); // the decoder keeps it, and hands it on
 }
 
 bool Jt9Process::launch(const QString &program, const QStringList &arguments, int startMs)
 {
     start(program, arguments);
+    lifeline.closeWritingEnd();
     groupId = processId();
     return waitForStarted(startMs);
 }
 
+// The decoder and all that it has started are gone, or have closed whatever they were given.
+bool Jt9Process::hasEnded() const
+{
+    pollfd end = {lifeline.readingEnd, POLLIN, 0};
+    return lifeline.readingEnd >= 0 && ::poll(&end, 1, 0) == 1 && (end.revents & POLLHUP) != 0;
+}
+
 void Jt9Process::killFamily()
 {
+    const bool strays = folderIsOwn && !hasEnded();
     kill();
     if (groupId <= 1) // 0 and 1 would name this program's own group, and every process
         return;
     ::kill(static_cast<pid_t>(-groupId), SIGKILL);
-    killStrays();
+    if (strays)
+        killStrays();
 }
 
 // What left the group (setsid) still has the environment of this run, whose folder no other run

@@ -8,12 +8,12 @@
 
 // One decoder run as a child process, without a window, and the one place that knows how a system
 // ends a process together with everything that it has started: a process group, on Windows a job
-// object. What leaves the group is told by its environment, in which LOCALAPPDATA has to be the
-// working directory of this run alone. Destruction ends whatever is left.
+// object. What leaves the group is known by its environment, in which LOCALAPPDATA is the working
+// directory, provided that no other run has that folder. Destruction ends whatever is left.
 class Jt9Process : public QProcess
 {
 public:
-    Jt9Process();
+    explicit Jt9Process(bool folderIsOwn);
     ~Jt9Process() override;
 
     // Starts it and waits until it runs; false when it does not.
@@ -33,8 +33,22 @@ protected:
     void setupChildProcess() override;
 
 private:
+    // A pipe of which every process of the run has the writing end and none ever writes.
+    struct Lifeline {
+        Lifeline();
+        ~Lifeline();
+        Q_DISABLE_COPY(Lifeline)
+        void closeWritingEnd();
+
+        int readingEnd = -1;
+        int writingEnd = -1;
+    };
+
+    bool hasEnded() const;
     void killStrays() const;
 
+    const bool folderIsOwn;
+    Lifeline lifeline;
     qint64 groupId = 0; // 0: not started
 #endif
 };

@@ -43,13 +43,13 @@ bool readUntilFinished(QProcess &process, int finishMs, Jt9Output &output)
 } // namespace
 
 QStringList runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
-                   int depth, const Jt9Limits &limits)
+                   int depth, const Jt9Limits &limits, bool folderIsOwn)
 {
     const QString jt9Path = jt9PathInUse();
     if (jt9Path.isEmpty() || !QFileInfo::exists(jt9Path) || !canRunJt9(jt9Path))
         return {};
 
-    Jt9Process process;
+    Jt9Process process(folderIsOwn);
     process.setWorkingDirectory(workerFolder);
     process.setProcessEnvironment(jt9Environment(QFileInfo(jt9Path).absolutePath(), workerFolder));
     process.setStandardInputFile(QProcess::nullDevice());

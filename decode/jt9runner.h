@@ -18,9 +18,11 @@ struct Jt9Limits {
 // `workerFolder` and takes it for its home, so that what it leaves behind goes with that folder.
 // Every failure (no decoder, one that cannot run from where it lies, no start, overrun, crash, an
 // exit code other than 0) gives an empty list. When this returns, nothing that the decoder
-// started is running any more. `depth` is 1..3. Blocks; may run on several threads at once.
+// started is running any more (`folderIsOwn`: no other run has this folder, nor another copy of
+// the program; otherwise what has left the decoder's process group goes on). `depth` is 1..3.
+// Blocks; may run on several threads at once.
 QStringList runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
-                   int depth, const Jt9Limits &limits = {});
+                   int depth, const Jt9Limits &limits = {}, bool folderIsOwn = true);
 
 // Gathers the decode lines of a decoder's standard output as it arrives: those that contain "~",
 // trimmed, in order. Reading ends at the first NUL byte. Everything else is dropped as it comes,

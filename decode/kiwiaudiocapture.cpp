@@ -1,7 +1,6 @@
 #include "decode/kiwiaudiocapture.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QPointer>
 #include <QRunnable>
 
@@ -60,7 +59,7 @@ KiwiAudioCapture::~KiwiAudioCapture()
 
 void KiwiAudioCapture::setCaptureFolder(const QString &folder)
 {
-    captureFolder = folder.trimmed();
+    captureFolder = CaptureFolder(folder.trimmed());
 }
 
 void KiwiAudioCapture::setDecodeDepth(int depth)
@@ -107,9 +106,9 @@ void KiwiAudioCapture::reset()
 
 QString KiwiAudioCapture::start(const QString &receiverLabel, qint64 nowMs)
 {
-    if (captureFolder.isEmpty())
+    if (captureFolder.path().isEmpty())
         return QStringLiteral("Capture directory was not configured.");
-    if (!QDir().mkpath(captureFolder))
+    if (!captureFolder.make())
         return QStringLiteral("Could not create the capture directory.");
 
     receiver = receiverLabel;
@@ -181,7 +180,12 @@ void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &sa
 
     const QPointer<KiwiAudioCapture> guard(this);
     for (int worker = 0; worker < workersPerPeriod; ++worker) {
-        const SlotJob job = {startMs, worker, decodeBand(worker), decodeDepth, captureFolder};
+        const SlotJob job = {startMs,
+                             worker,
+                             decodeBand(worker),
+                             decodeDepth,
+                             captureFolder.path(),
+                             captureFolder.isOwn()};
         workerPool.start(
             new DecodeTask([guard, object = this, queuedAtReset = resets, job, samples] {
                 const QStringList lines = decodeSlot(job, samples);

@@ -11,6 +11,7 @@
 
 #include <functional>
 
+#include "decode/capturefolder.h"
 #include "kiwi/imaadpcm.h"
 
 // Receives one FT8 period (or one worker's share of it): the period's UTC start as "HH:mm:ss",
@@ -43,7 +44,9 @@ public:
     explicit KiwiAudioCapture(QObject *parent = nullptr);
     ~KiwiAudioCapture() override;
 
-    void setCaptureFolder(const QString &folder);    // root of the workers' scratch folders
+    // Root of the workers' scratch folders; of several copies of the program that run at once,
+    // each works in a folder of its own (see decode/capturefolder.h).
+    void setCaptureFolder(const QString &folder);
     void setDecodeDepth(int depth);                  // jt9's, 1..3; applies from the next period on
     void setPeriodCallback(DecodeCallback callback); // merged lines, once per non-empty period
     void setWorkerCallback(DecodeCallback callback); // raw lines, once per non-empty worker
@@ -97,7 +100,7 @@ private:
     void deliver(int queuedAtReset, qint64 finishedStartMs, const QStringList &lines);
     void drainInOrder();
 
-    QString captureFolder;
+    CaptureFolder captureFolder;
     QString receiver;
     DecodeCallback periodCallback;
     DecodeCallback workerCallback;

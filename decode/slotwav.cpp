@@ -124,7 +124,7 @@ QStringList decodeSlot(const SlotJob &job, const QByteArray &samples)
     const QString wavPath = folder + QStringLiteral("/pelq_ft8_slot.wav");
     QStringList lines;
     if (writeSlotWav(wavPath, samples).isEmpty())
-        lines = runJt9(wavPath, folder, job.band, job.depth);
+        lines = runJt9(wavPath, folder, job.band, job.depth, {}, job.folderIsOwn);
     removeFolder(folder);
     return lines;
 }

@@ -11,8 +11,9 @@ struct SlotJob {
     qint64 periodStartMs = 0; // UTC, ms since the epoch
     int worker = 0;           // 0..3
     DecodeBand band = {};
-    int depth = 2;         // jt9's, 1..3
-    QString captureFolder; // root of the workers' scratch folders
+    int depth = 2;            // jt9's, 1..3
+    QString captureFolder;    // root of the workers' scratch folders
+    bool folderIsOwn = false; // no other copy of the program works in it
 };
 
 constexpr int slotPcmBytes = 360000; // 15 s of signed 16-bit mono at 12000 Hz

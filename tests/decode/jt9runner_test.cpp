@@ -388,10 +388,7 @@ private slots:
 
     void aChildThatLeavesTheGroupIsKilledToo()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
-            "mkfifo $here/never $here/up\n"
-            "setsid sh -c \"echo \\$\\$ > $here/child; echo > $here/up; read x < $here/never\" &\n"
-            "read up < $here/up; echo '~ x'"));
+        const ScriptedDecoder decoder(leavingChild(QString()));
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
         const QByteArray child = decoder.readLeft(QStringLiteral("child"));
         QVERIFY(!child.isEmpty());
@@ -412,19 +409,62 @@ private slots:
         QTRY_VERIFY(!isAlive(child));
     }
 
-    // This process has an environment much like the run's, and is not taken for a part of it.
-    void processesOfOtherRunsLive()
+    void aChildThatLeavesTheGroupAndItsOutputIsKilledToo()
     {
+        const ScriptedDecoder decoder(leavingChild(QStringLiteral("< /dev/null > /dev/null 2>&1")));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        const QByteArray child = decoder.readLeft(QStringLiteral("child"));
+        QVERIFY(!child.isEmpty());
+        QTRY_VERIFY(!isAlive(child));
+    }
+
+    // Where the folder is not this run's own, the environment tells nothing.
+    void inASharedFolderOnlyTheGroupIsKilled()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("sleep 1000 & echo $! > $here/inGroup\n") +
+                                      leavingChild(QStringLiteral("< /dev/null > /dev/null 2>&1")));
+        QCOMPARE(run({}, false), QStringList(QStringLiteral("~ x")));
+        QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("inGroup"))));
+        const QByteArray child = decoder.readLeft(QStringLiteral("child"));
+        QVERIFY(isAlive(child));
+        QFile never(decoder.left(QStringLiteral("never"))); // what the child waits for
+        QVERIFY(never.open(QIODevice::ReadWrite | QIODevice::Unbuffered)); // never blocks
+        never.close();
+        QTRY_VERIFY(!isAlive(child));
+    }
+
+    void otherProcessesLive_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<int>("finishMs");
+        QTest::addColumn<bool>("folderIsOwn");
+        QTest::addColumn<QString>("folderSuffix");
+        const QString ends = QStringLiteral("echo '~ x'");
+        const QString hangs = QStringLiteral("exec sleep 1000");
+        QTest::newRow("of another run, when this one hangs")
+            << hangs << 300 << true << QStringLiteral("2");
+        QTest::newRow("of another copy that has the same folder, when this run hangs")
+            << hangs << 300 << false << QString();
+        QTest::newRow("and are not even looked at when it ends by itself")
+            << ends << 45000 << true << QString();
+    }
+
+    // The other process has an environment much like the run's.
+    void otherProcessesLive()
+    {
+        QFETCH(QString, script);
+        QFETCH(int, finishMs);
+        QFETCH(bool, folderIsOwn);
+        QFETCH(QString, folderSuffix);
         QProcess other;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("LOCALAPPDATA"), work->path() + QStringLiteral("2"));
+        environment.insert(QStringLiteral("LOCALAPPDATA"), work->path() + folderSuffix);
         environment.insert(QStringLiteral("HOME"), work->path());
         other.setProcessEnvironment(environment);
         other.start(QStringLiteral("cat"), QStringList());
         QVERIFY(other.waitForStarted());
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
-        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
-        QVERIFY(!other.waitForFinished(200));
+        const ScriptedDecoder decoder(script);
+        run({5000, finishMs, 5000}, folderIsOwn);
         other.closeWriteChannel();
         QVERIFY(other.waitForFinished());
         QCOMPARE(other.exitStatus(), QProcess::NormalExit);
@@ -498,9 +538,20 @@ private slots:
     }
 
 private:
-    QStringList run(const Jt9Limits &limits = {}) const
+    QStringList run(const Jt9Limits &limits = {}, bool folderIsOwn = true) const
     {
-        return runJt9(wav, work->path(), {725, 1550}, 2, limits);
+        return runJt9(wav, work->path(), {725, 1550}, 2, limits, folderIsOwn);
+    }
+
+    // A decoder whose child leaves its process group and outlives it; the child tells its number
+    // and waits until somebody opens the pipe "never".
+    static QString leavingChild(const QString &redirections)
+    {
+        return QStringLiteral("mkfifo $here/never $here/up\n"
+                              "setsid sh -c \"echo \\$\\$ > $here/child; echo > $here/up; "
+                              "read x < $here/never\" %1 &\n"
+                              "read up < $here/up; echo '~ x'")
+            .arg(redirections);
     }
 
     std::unique_ptr<QTemporaryDir> work;

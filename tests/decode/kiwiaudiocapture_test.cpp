@@ -543,6 +543,27 @@ private slots:
         QCOMPARE(most, 4);
     }
 
+    void anotherCaptureThatRunsBesideWorksInAFolderOfItsOwn()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo \"~ ${PWD%/*}\""));
+        const QString wanted = folder->filePath(QStringLiteral("capture"));
+        KiwiAudioCapture first;
+        first.setCaptureFolder(wanted);
+        QCOMPARE(first.start(receiver, boundaryMs), QString());
+        capture->setCaptureFolder(wanted);
+        QCOMPARE(capture->start(receiver, boundaryMs), QString());
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        for (const Delivery &batch : qAsConst(batches)) {
+            QCOMPARE(batch.lines,
+                     QStringList(QStringLiteral("~ ") + wanted + QStringLiteral("-2")));
+        }
+        QVERIFY(QDir(wanted).isEmpty());
+        capture->reset();
+        QCOMPARE(capture->start(receiver, boundaryMs), QString());
+        QVERIFY(QFile::exists(wanted + QStringLiteral("-2.lock")));
+    }
+
     void aPeriodQueuedAgainIsGatheredAnewAndOnce()
     {
         // The workers tell which call they are of: its capture folder. Half of the first and the

@@ -134,6 +134,36 @@ private slots:
         QVERIFY(QDir(capture->path()).isEmpty());
     }
 
+    void whatLeavesTheDecodersGroupIsEndedInAFolderOfOnesOwn_data()
+    {
+        QTest::addColumn<bool>("folderIsOwn");
+        QTest::newRow("own") << true;
+        QTest::newRow("shared") << false;
+    }
+
+    void whatLeavesTheDecodersGroupIsEndedInAFolderOfOnesOwn()
+    {
+        QFETCH(bool, folderIsOwn);
+        const ScriptedDecoder decoder(QStringLiteral(
+            "mkfifo $here/never $here/up\n"
+            "setsid sh -c \"echo > $here/up; read x < $here/never; echo > $here/lived\" &\n"
+            "read up < $here/up"));
+        SlotJob one = job();
+        one.folderIsOwn = folderIsOwn;
+        decodeSlot(one, periodOfSamples());
+        QFile never(decoder.left(QStringLiteral("never"))); // what the child waits for
+        QVERIFY(never.open(QIODevice::ReadWrite | QIODevice::Unbuffered)); // never blocks
+        never.close();
+        const auto lived = [&decoder] {
+            return QFile::exists(decoder.left(QStringLiteral("lived")));
+        };
+        if (folderIsOwn) {
+            QVERIFY(!QTest::qWaitFor(lived, 300));
+        } else {
+            QTRY_VERIFY(lived());
+        }
+    }
+
     void aShortBufferCreatesNothing_data()
     {
         QTest::addColumn<int>("size");

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+class QLockFile;
+
+// Keeps other running copies of the program from what is at `path`: takes the lock file
+// "<path>.lock", and removes it when the result goes. One that a killed copy has left is taken
+// over. Waits for up to `waitMs` while another copy holds it; isLocked() and error() of the result
+// (never null) tell what became of it.
+std::unique_ptr<QLockFile> takeLock(const QString &path, int waitMs = 0);

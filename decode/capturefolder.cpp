@@ -1,0 +1,42 @@
+#include "decode/capturefolder.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
+
+#include "app/lockfile.h"
+
+CaptureFolder::CaptureFolder(const QString &wantedFolder)
+    : wanted(wantedFolder.isEmpty() ? QString() : QDir::cleanPath(wantedFolder)), chosen(wanted)
+{
+}
+
+CaptureFolder::~CaptureFolder() = default;
+CaptureFolder::CaptureFolder(CaptureFolder &&) noexcept = default;
+CaptureFolder &CaptureFolder::operator=(CaptureFolder &&) noexcept = default;
+
+bool CaptureFolder::make()
+{
+    if (!isOwn()) {
+        choose();
+    }
+    return QDir().mkpath(chosen);
+}
+
+void CaptureFolder::choose()
+{
+    constexpr int maxCopies = 100;
+    QDir().mkpath(QFileInfo(wanted).path());
+    for (int copy = 1; copy <= maxCopies; ++copy) {
+        const QString candidate = copy == 1 ? wanted : wanted + QStringLiteral("-%1").arg(copy);
+        std::unique_ptr<QLockFile> attempt = takeLock(candidate);
+        if (attempt->isLocked()) {
+            chosen = candidate;
+            lock = std::move(attempt);
+            return;
+        }
+        if (attempt->error() != QLockFile::LockFailedError) {
+            return; // no lock can be had here at all
+        }
+    }
+}

@@ -1,0 +1,219 @@
+// Which folder the decoders of several copies of the program work in.
+
+#include "decode/capturefolder.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace
+{
+// Another running copy of the program, which has made its capture folder.
+class OtherCopy
+{
+public:
+    explicit OtherCopy(const QString &wanted)
+    {
+        process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--copy"), wanted});
+        if (!process.waitForStarted() || !process.waitForReadyRead()) {
+            qFatal("the other copy did not start");
+        }
+        line = QString::fromUtf8(process.readLine()).trimmed();
+    }
+    ~OtherCopy() { end(); }
+    Q_DISABLE_COPY(OtherCopy)
+
+    QString answer() const { return line; } // its folder, and whether that is its own
+
+    void end()
+    {
+        process.closeWriteChannel();
+        process.waitForFinished();
+    }
+
+    void endByKilling()
+    {
+        process.kill();
+        process.waitForFinished();
+    }
+
+private:
+    QProcess process;
+    QString line;
+};
+
+int beTheOtherCopy(const char *wanted)
+{
+    CaptureFolder folder(QString::fromUtf8(wanted));
+    const bool made = folder.make();
+    std::printf("%s %s\n", qUtf8Printable(folder.path()), made && folder.isOwn() ? "own" : "-");
+    std::fflush(stdout);
+    while (std::getchar() != EOF) {
+    }
+    return 0;
+}
+} // namespace
+
+class CaptureFolderTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { place = std::make_unique<QTemporaryDir>(); }
+
+    void nothingIsMadeBeforeItIsUsed()
+    {
+        const CaptureFolder folder(wanted());
+        QCOMPARE(folder.path(), wanted());
+        QVERIFY(!folder.isOwn());
+        QCOMPARE(made(), QStringList());
+    }
+
+    void oneCopyHasTheFolderAndItsLock()
+    {
+        {
+            CaptureFolder folder(wanted() + QLatin1Char('/'));
+            QVERIFY(folder.make());
+            QCOMPARE(folder.path(), wanted());
+            QVERIFY(folder.isOwn());
+            QCOMPARE(made(),
+                     (QStringList{QStringLiteral("capture"), QStringLiteral("capture.lock")}));
+        }
+        QCOMPARE(made(), QStringList(QStringLiteral("capture")));
+    }
+
+    void theFoldersAboveItAreMadeFirst()
+    {
+        CaptureFolder folder(place->filePath(QStringLiteral("PELQ/KiwiOutpost/capture")));
+        QVERIFY(folder.make());
+        QVERIFY(folder.isOwn());
+        QVERIFY(QFileInfo(folder.path()).isDir());
+    }
+
+    void copiesThatRunAtTheSameTimeHaveOneEach()
+    {
+        OtherCopy first(wanted());
+        OtherCopy second(wanted());
+        QCOMPARE(first.answer(), wanted() + QStringLiteral(" own"));
+        QCOMPARE(second.answer(), wanted() + QStringLiteral("-2 own"));
+        CaptureFolder third(wanted());
+        QVERIFY(third.make());
+        QCOMPARE(third.path(), wanted() + QStringLiteral("-3"));
+        QVERIFY(third.isOwn());
+        QVERIFY(made().contains(QStringLiteral("capture-2.lock")));
+
+        second.end();
+        QVERIFY(!made().contains(QStringLiteral("capture-2.lock")));
+        CaptureFolder fourth(wanted());
+        QVERIFY(fourth.make());
+        QCOMPARE(fourth.path(), wanted() + QStringLiteral("-2"));
+    }
+
+    void aFolderInUseIsKept()
+    {
+        CaptureFolder folder(wanted());
+        QVERIFY(folder.make());
+        QVERIFY(QDir().rmdir(folder.path()));
+        QVERIFY(folder.make());
+        QCOMPARE(folder.path(), wanted());
+        QVERIFY(QFileInfo(wanted()).isDir());
+    }
+
+    void theLockOfAKilledCopyIsTakenOver()
+    {
+        OtherCopy killed(wanted());
+        killed.endByKilling();
+        QVERIFY(made().contains(QStringLiteral("capture.lock")));
+        CaptureFolder folder(wanted());
+        QVERIFY(folder.make());
+        QCOMPARE(folder.path(), wanted());
+        QVERIFY(folder.isOwn());
+    }
+
+    // As when the copy was killed before it had written its number, or its number is used again.
+    void aLockThatTellsNobodyIsTakenOverOnceItIsOld()
+    {
+        const QString lock = wanted() + QStringLiteral(".lock");
+        QFile file(lock);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+        CaptureFolder young(wanted());
+        QVERIFY(young.make());
+        QCOMPARE(young.path(), wanted() + QStringLiteral("-2"));
+
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-60),
+                                 QFileDevice::FileModificationTime));
+        file.close();
+        CaptureFolder folder(wanted());
+        QVERIFY(folder.make());
+        QCOMPARE(folder.path(), wanted());
+        QVERIFY(folder.isOwn());
+    }
+
+    void theLockOfARunningCopyIsNeverTooOld()
+    {
+        const OtherCopy other(wanted());
+        QFile file(wanted() + QStringLiteral(".lock"));
+        if (file.open(QIODevice::ReadWrite)) { // Windows does not let it
+            QVERIFY(file.setFileTime(QDateTime::currentDateTime().addDays(-7),
+                                     QFileDevice::FileModificationTime));
+            file.close();
+        }
+        CaptureFolder folder(wanted());
+        QVERIFY(folder.make());
+        QCOMPARE(folder.path(), wanted() + QStringLiteral("-2"));
+    }
+
+    // So long a name that there is room for the folder's and none for that of its lock.
+    void whereNoLockCanBeHadTheFolderIsShared()
+    {
+        const QString longest = place->filePath(QString(253, QLatin1Char('c')));
+        CaptureFolder folder(longest);
+        QVERIFY(folder.make());
+        QCOMPARE(folder.path(), longest);
+        QVERIFY(!folder.isOwn());
+        CaptureFolder second(longest);
+        QVERIFY(second.make());
+        QCOMPARE(second.path(), longest);
+        QCOMPARE(made().size(), 1);
+    }
+
+    void aFolderThatCannotBeMade()
+    {
+        QFile file(wanted());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        CaptureFolder folder(wanted());
+        QVERIFY(!folder.make());
+        QVERIFY(file.remove());
+        QVERIFY(folder.make());
+        QVERIFY(folder.isOwn());
+    }
+
+private:
+    QString wanted() const { return place->filePath(QStringLiteral("capture")); }
+    QStringList made() const
+    {
+        return QDir(place->path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    }
+
+    std::unique_ptr<QTemporaryDir> place;
+};
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    if (argc == 3 && std::strcmp(argv[1], "--copy") == 0) {
+        return beTheOtherCopy(argv[2]);
+    }
+    CaptureFolderTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "capturefolder_test.moc"
