@@ -180,6 +180,8 @@ void Listener::takeMessage(const QString &text)
     m_commands.take(text);
     if (ReceiverCommands::isKeepalive(text))
         m_keepaliveMs = nowMs();
+    if (m_sound)
+        m_sound->setCodec(streamFormat().codec);
     if (m_phase != Phase::Waiting)
         return;
     if (!wasAuthorised && m_commands.authorised())

@@ -49,6 +49,13 @@ qint64 SoundStream::dueMs() const
     return m_position < 0 ? qMin(nominalMs, m_plan.boundaryMs - kFillerLeadMs) : nominalMs;
 }
 
+void SoundStream::setCodec(Codec codec)
+{
+    m_format.codec = codec;
+    if (m_position < 0)
+        m_position -= m_position % m_format.frameSamples();
+}
+
 QByteArray SoundStream::nextFrame()
 {
     const Samples samples = m_toneFirst && m_sequence == 0 ? tone() : nextSamples();

@@ -46,6 +46,8 @@ public:
     // A whole "SND" message: 10-byte header and payload.
     QByteArray nextFrame();
 
+    // From the next frame on; the filler still ends at the boundary.
+    void setCodec(Codec codec);
     // Filler that could arrive past the boundary must not be sent any more.
     void skipFiller() { m_position = qMax<qint64>(m_position, 0); }
     void loseSamples(int count) { m_position += count; }

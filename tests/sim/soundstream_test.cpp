@@ -65,6 +65,32 @@ private slots:
         QCOMPARE(qFromLittleEndian<quint32>(second.constData() + 4), 2U);
     }
 
+    void fillerEndsAtTheBoundaryWhateverTheCodecBecomes()
+    {
+        SoundStream stream = streamAt(rawFormat(), ramp, 11); // 2.75 compressed frames
+        QCOMPARE(stream.nextFrame().size(), 1034);
+        stream.setCodec(Codec::Adpcm);
+        QCOMPARE(stream.position(), qint64(-2 * 2048));
+        QCOMPARE(quint8(stream.nextFrame().at(3)), quint8(0x10));
+        QCOMPARE(stream.position(), qint64(-2048));
+        stream.setCodec(Codec::LittleEndian);
+        QCOMPARE(stream.position(), qint64(-2048));
+        rawSamples(&stream, 2048);
+        QCOMPARE(stream.position(), qint64(0));
+        QCOMPARE(rawSamples(&stream, 1000), ramp(0).mid(0, 1000));
+    }
+
+    void aChangedCodecTakesTheNextSample()
+    {
+        SoundStream stream = streamAt(rawFormat(), ramp, 0);
+        rawSamples(&stream, 512);
+        stream.setCodec(Codec::BigEndian);
+        QCOMPARE(stream.position(), qint64(512));
+        const QByteArray frame = stream.nextFrame();
+        QCOMPARE(frame.size(), 1034);
+        QCOMPARE(qFromBigEndian<qint16>(frame.constData() + 10), ramp(0).at(512));
+    }
+
     void flagsSayTheCodec_data()
     {
         QTest::addColumn<int>("codec");
