@@ -10,20 +10,56 @@ namespace sim
 namespace
 {
 
-// A label list as receivers carry it, as JSON in percent encoding of about so many kB.
-QByteArray configuration(const char *name, int kilobytes)
+QJsonObject jsonObject(const char *json)
 {
+    return QJsonDocument::fromJson(json).object();
+}
+
+// What a receiver tells of itself, in the keys that clients read. The position is a string, which
+// they parse.
+QJsonObject aboutTheReceiver()
+{
+    return jsonObject(R"json({
+        "rx_name": "Simulated receiver, 0-30 MHz",
+        "rx_device": "KiwiSDR",
+        "rx_location": "Z\u00fcrichsee, Switzerland",
+        "rx_grid": "JN47gc",
+        "rx_gps": "(47.100000, 8.500000)",
+        "rx_asl": 410,
+        "rx_antenna": "Loop",
+        "owner_info": "Nobody",
+        "index_html_params": {
+            "PAGE_TITLE": "Simulated receiver",
+            "RX_TITLE": "Simulated receiver, 0-30 MHz",
+            "RX_LOC": "Z\u00fcrichsee, Switzerland",
+            "RX_QRA": "JN47gc",
+            "RX_ASL": "410 m",
+            "RX_GMAP": "(47.100000, 8.500000)"
+        },
+        "init": {"freq": 14074, "mode": "usb", "zoom": 0, "max_dB": -10, "min_dB": -110},
+        "passbands": {"usb": {"lo": 300, "hi": 2700}}
+    })json");
+}
+
+QByteArray percentEncoded(const QJsonObject &object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact).toPercentEncoding();
+}
+
+// The object, filled up to so many kB with labels, as JSON in percent encoding. May exceed that by
+// a label.
+QByteArray configuration(const char *name, int kilobytes, QJsonObject object = {})
+{
+    const QJsonObject label = jsonObject(R"({"f": 14074, "m": "usb", "i": "FT8 <b>20 m</b>"})");
+    const QString key = QStringLiteral("labels");
+    object.insert(key, QJsonArray());
+    const int bytesEach = percentEncoded(label).size() + 3; // with a comma
+    const int bytesMissing = kilobytes * 1000 - percentEncoded(object).size();
     QJsonArray labels;
-    const QJsonObject label{{QStringLiteral("f"), 14074.0},
-                            {QStringLiteral("m"), QStringLiteral("usb")},
-                            {QStringLiteral("i"), QStringLiteral("FT8 <b>20 m</b>")}};
-    const int bytesEach =
-        QJsonDocument(label).toJson(QJsonDocument::Compact).toPercentEncoding().size() + 3;
-    for (int i = 0; i * bytesEach < kilobytes * 1000; ++i)
+    for (int bytes = 0; bytes < bytesMissing; bytes += bytesEach)
         labels.append(label);
-    const QJsonObject root{{QString::fromLatin1(name), labels}};
-    const QByteArray json = QJsonDocument(root).toJson(QJsonDocument::Compact);
-    return QByteArray("MSG load_") + name + "=" + json.toPercentEncoding();
+    object.insert(key, labels);
+    return QByteArray("MSG load_") + name + "=" + percentEncoded(object);
 }
 
 } // namespace
@@ -41,7 +77,7 @@ QVector<QByteArray> greetingWithoutAudio(const QByteArray &clientAddress, double
         "MSG max_camp=4",
         "MSG badp=0",
         "MSG version_maj=1 version_min=700 debian_ver=11 model=2 freq_offset=0.000",
-        configuration("cfg", configKb),
+        configuration("cfg", configKb, aboutTheReceiver()),
         configuration("dxcfg", configKb),
         configuration("dxcomm_cfg", configKb),
         "MSG cfg_loaded",
