@@ -82,8 +82,11 @@ bool KiwiSim::listen(const SimConfig &config, QString *error)
     d->room.config = config;
     if (!config.nowMs)
         d->room.config.nowMs = [] { return QDateTime::currentMSecsSinceEpoch(); };
-    return isInRange(config, error) && d->loadAudio(error) && d->openLog(error) &&
-           d->openPort(error);
+    // The port first, since making the band takes long. Who connects meanwhile is served after it.
+    if (isInRange(config, error) && d->openPort(error) && d->loadAudio(error) && d->openLog(error))
+        return true;
+    close();
+    return false;
 }
 
 void KiwiSim::close()
@@ -165,15 +168,13 @@ bool KiwiSim::Private::openPort(QString *error)
         *error = QStringLiteral("\"%1\" is not an IP address to listen on").arg(room.config.host);
         return false;
     }
-    if (room.config.endpoints.refusesAll()) {
-        if (portHolder.bind(address, room.config.port, QAbstractSocket::DontShareAddress))
-            return true;
-        *error = portHolder.errorString();
-        return false;
-    }
-    if (server.listen(address, room.config.port))
+    const bool refuses = room.config.endpoints.refusesAll();
+    if (refuses ? portHolder.bind(address, room.config.port, QAbstractSocket::DontShareAddress)
+                : server.listen(address, room.config.port))
         return true;
-    *error = QStringLiteral("port %1: %2").arg(room.config.port).arg(server.errorString());
+    *error = QStringLiteral("port %1: %2")
+                 .arg(room.config.port)
+                 .arg(refuses ? portHolder.errorString() : server.errorString());
     return false;
 }
 

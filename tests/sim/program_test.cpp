@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QWebSocket>
 #include <QtTest>
@@ -21,6 +22,14 @@ private:
         program->start(text(KIWI_SIM), arguments);
         QVERIFY(program->waitForFinished());
         QCOMPARE(program->exitStatus(), QProcess::NormalExit);
+    }
+
+    void runWithoutGenerator(QProcess *program, const QStringList &arguments) const
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(text("PATH"), m_folder.path());
+        program->setProcessEnvironment(environment);
+        run(program, arguments + QStringList{text("--cache"), m_folder.path()});
     }
 
 private slots:
@@ -72,12 +81,32 @@ private slots:
     void missingGeneratorIsReported()
     {
         QProcess program;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(text("PATH"), m_folder.path());
-        program.setProcessEnvironment(environment);
-        run(&program, {text("--port"), text("0"), text("--cache"), m_folder.path()});
+        runWithoutGenerator(&program, {text("--port"), text("0")});
         QCOMPARE(program.exitCode(), 1);
         QVERIFY(program.readAllStandardError().contains("kiwi-sim: ft8sim, which makes"));
+    }
+
+    void aTakenPortIsToldBeforeTheBandIsMade_data()
+    {
+        QTest::addColumn<QString>("behaviour");
+        for (const char *behaviour : {"stream", "refuse"})
+            QTest::newRow(behaviour) << text(behaviour);
+    }
+
+    // Without the generator, the band would be what fails.
+    void aTakenPortIsToldBeforeTheBandIsMade()
+    {
+        QFETCH(QString, behaviour);
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::LocalHost));
+        const QString port = QString::number(other.serverPort());
+        QProcess program;
+        runWithoutGenerator(&program,
+                            {text("--port"), port, text("--endpoint"), text("all=") + behaviour});
+        QCOMPARE(program.exitCode(), 1);
+        QCOMPARE(program.readAllStandardError(),
+                 "kiwi-sim: port " + port.toLatin1() + ": The bound address is already in use\n");
+        QCOMPARE(program.readAllStandardOutput(), QByteArray());
     }
 
     void saysOnWhichPortItListensAndKeepsALog()
