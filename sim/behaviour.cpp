@@ -16,6 +16,11 @@ QVector<BehaviourInfo> refusals()
          nullptr,
          0,
          "reset the connection (with all=refuse the port does not even listen)"},
+        {"no-connect",
+         {Fault::NoConnect, 0, {}},
+         nullptr,
+         0,
+         "never answer the TCP connect (one endpoint alone: as no-answer)"},
         {"no-answer",
          {Fault::NoAnswer, 0, {}},
          nullptr,
@@ -85,6 +90,21 @@ QVector<BehaviourInfo> refusals()
          nullptr,
          0,
          "daily limit of this address reached, then a close"},
+        {"badp-open",
+         {Fault::OpenNotice, 0, "badp=1"},
+         nullptr,
+         0,
+         "password needed, then silence with the link still open"},
+        {"down-open",
+         {Fault::OpenNotice, 0, "down=1"},
+         nullptr,
+         0,
+         "the receiver is down, then silence with the link still open"},
+        {"busy-open",
+         {Fault::OpenNotice, 0, "too_busy=8"},
+         nullptr,
+         0,
+         "too_busy once, then silence with the link still open"},
     };
 }
 
@@ -317,11 +337,11 @@ bool EndpointBehaviours::apply(const QString &option, QString *error)
     return true;
 }
 
-bool EndpointBehaviours::refusesAll() const
+bool EndpointBehaviours::areAll(Fault fault) const
 {
-    return fallback.fault == Fault::Refuse &&
+    return fallback.fault == fault &&
            std::all_of(byNumber.begin(), byNumber.end(),
-                       [](const Behaviour &one) { return one.fault == Fault::Refuse; });
+                       [fault](const Behaviour &one) { return one.fault == fault; });
 }
 
 } // namespace sim

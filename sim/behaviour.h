@@ -13,6 +13,7 @@ enum class Fault {
     Stream,
     // Before the link is open
     Refuse,
+    NoConnect,
     NoAnswer,
     HttpError,
     EndlessHeaders,
@@ -25,6 +26,7 @@ enum class Fault {
     OtherTagsOnly,
     TooBusy,
     Notice,
+    OpenNotice,
     // Sound whose delivery or content is at fault
     Bursty,
     MinuteBurst,
@@ -62,7 +64,7 @@ enum class Fault {
 struct Behaviour {
     Fault fault = Fault::Stream;
     double parameter = 0; // its meaning and unit stand in the table
-    QByteArray text;      // HttpError: status line; Notice: what the refusing message says
+    QByteArray text;      // HttpError: status line; Notice, OpenNotice: what the message says
 };
 
 struct BehaviourInfo {
@@ -88,7 +90,7 @@ struct EndpointBehaviours {
     Behaviour of(qint64 number) const { return byNumber.value(number, fallback); }
     // "2=kick:10" or "all=monitor"; "all" replaces what was set before.
     bool apply(const QString &option, QString *error);
-    bool refusesAll() const;
+    bool areAll(Fault fault) const;
 };
 
 } // namespace sim

@@ -3,6 +3,7 @@
 #include "sim/listener.h"
 #include "sim/simwav.h"
 #include "sim/syntheticband.h"
+#include "sim/unansweredconnects.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -44,7 +45,8 @@ QByteArray logText(const SimEvent &event)
 struct KiwiSim::Private {
     sim::ReceiverRoom room;
     QTcpServer server;
-    QTcpSocket portHolder; // bound, not listening: connections to it are refused
+    QTcpSocket portHolder; // bound: connections to it are refused, or never answered
+    QTcpSocket firstInQueue;
     QFile log;
     QVector<sim::Samples> audio;
     QList<SimEvent> events;
@@ -55,6 +57,7 @@ struct KiwiSim::Private {
     bool loadAudio(QString *error);
     bool openLog(QString *error);
     bool openPort(QString *error);
+    QString tryPort(const QHostAddress &address);
     void accept();
     void report(const SimEvent &event);
     void keepPeriod(const SentPeriod &period);
@@ -93,6 +96,7 @@ void KiwiSim::close()
 {
     d->server.close();
     d->portHolder.abort();
+    d->firstInQueue.abort();
     const QList<sim::Listener *> listeners = d->listeners;
     for (sim::Listener *listener : listeners)
         listener->end();
@@ -168,14 +172,25 @@ bool KiwiSim::Private::openPort(QString *error)
         *error = QStringLiteral("\"%1\" is not an IP address to listen on").arg(room.config.host);
         return false;
     }
-    const bool refuses = room.config.endpoints.refusesAll();
-    if (refuses ? portHolder.bind(address, room.config.port, QAbstractSocket::DontShareAddress)
-                : server.listen(address, room.config.port))
+    const QString reason = tryPort(address);
+    if (reason.isEmpty())
         return true;
-    *error = QStringLiteral("port %1: %2")
-                 .arg(room.config.port)
-                 .arg(refuses ? portHolder.errorString() : server.errorString());
+    *error = QStringLiteral("port %1: %2").arg(room.config.port).arg(reason);
     return false;
+}
+
+// Returns why the port could not be opened; empty if it is.
+QString KiwiSim::Private::tryPort(const QHostAddress &address)
+{
+    const sim::EndpointBehaviours &endpoints = room.config.endpoints;
+    const bool unanswered = endpoints.areAll(sim::Fault::NoConnect);
+    if (!unanswered && !endpoints.areAll(sim::Fault::Refuse))
+        return server.listen(address, room.config.port) ? QString() : server.errorString();
+    if (!portHolder.bind(address, room.config.port, QAbstractSocket::DontShareAddress))
+        return portHolder.errorString();
+    if (unanswered && !sim::leaveConnectsUnanswered(portHolder, &firstInQueue))
+        return QStringLiteral("connects cannot be left unanswered here");
+    return {};
 }
 
 void KiwiSim::Private::accept()

@@ -70,6 +70,7 @@ private:
     void sendBetween();
     void endSound();
     void flood();
+    void refuse(const QByteArray &message);
     void turnAway(const QByteArray &message);
     void resetTcp();
     QByteArray randomFrame();

@@ -39,7 +39,7 @@ bool Listener::refuseRequest()
 {
     if (is(Fault::Refuse)) {
         resetTcp();
-    } else if (is(Fault::NoAnswer)) {
+    } else if (is(Fault::NoAnswer) || is(Fault::NoConnect)) {
         m_phase = Phase::Silent;
     } else if (is(Fault::HttpError)) {
         note(QStringLiteral("sent"), QString::fromLatin1(m_behaviour.text));
@@ -62,8 +62,10 @@ bool Listener::refuseGreeting()
 {
     if (is(Fault::Notice))
         turnAway(m_behaviour.text);
-    return is(Fault::Notice) || is(Fault::TooBusy) || is(Fault::TextOnly) ||
-           is(Fault::OtherTagsOnly);
+    else if (is(Fault::OpenNotice))
+        refuse(m_behaviour.text);
+    return is(Fault::Notice) || is(Fault::OpenNotice) || is(Fault::TooBusy) ||
+           is(Fault::TextOnly) || is(Fault::OtherTagsOnly);
 }
 
 bool Listener::neverSounds() const
@@ -75,6 +77,7 @@ bool Listener::neverSounds() const
     case Fault::OtherTagsOnly:
     case Fault::TooBusy:
     case Fault::Notice:
+    case Fault::OpenNotice:
         return true;
     default:
         return false;
@@ -205,12 +208,17 @@ void Listener::flood()
     }
 }
 
-// A refusing message, then a close without status code.
-void Listener::turnAway(const QByteArray &message)
+void Listener::refuse(const QByteArray &message)
 {
     note(QStringLiteral("sent"), QString::fromLatin1(message));
     m_phase = Phase::Silent;
     sendBinary("MSG " + message);
+}
+
+// A refusing message, then a close without status code.
+void Listener::turnAway(const QByteArray &message)
+{
+    refuse(message);
     sendRaw(wsFrame(Close, {}));
     m_socket->disconnectFromHost();
 }

@@ -21,6 +21,8 @@ private slots:
 namespace
 {
 const QStringList silentBehaviours = {
+    QStringLiteral("no-connect"),     QStringLiteral("badp-open"),
+    QStringLiteral("down-open"),      QStringLiteral("busy-open"),
     QStringLiteral("no-answer"),      QStringLiteral("http-404"),
     QStringLiteral("http-307"),       QStringLiteral("http-503"),
     QStringLiteral("monitor"),        QStringLiteral("endless-headers"),

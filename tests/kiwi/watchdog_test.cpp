@@ -36,6 +36,8 @@ class WatchdogTest : public QObject
 private slots:
     void textAloneIsGivenUpAfter6000MsOnEveryEndpoint();
     void linksThatNeverOpenAreGivenUpAfter5000Ms();
+    void connectsThatAreNeverAnsweredAreGivenUpAfter5000Ms();
+    void refusalsThatStayOpenAreGivenUpAfter6000Ms();
     void theTimeForSoundBeginsWhenTheLinkIsOpen();
     void settingTheClockNeitherShortensNorLengthensTheWait();
 };
@@ -92,6 +94,46 @@ void WatchdogTest::linksThatNeverOpenAreGivenUpAfter5000Ms()
                            QStringLiteral("/kiwi/3/SND")}));
     QVERIFY(station.trace.contains(QStringLiteral("Kiwi WebSocket error at /kiwi/2/SND: ")));
     QVERIFY(!station.trace.contains(QStringLiteral("VERIFIED")));
+}
+
+void WatchdogTest::connectsThatAreNeverAnsweredAreGivenUpAfter5000Ms()
+{
+    KiwiSim sim;
+    startSim(sim, {QStringLiteral("all=no-connect")});
+    TestStation station;
+    station.connectTo(sim.port());
+    for (const QString &endpoint : kiwiSndEndpoints()) {
+        QTRY_VERIFY_WITH_TIMEOUT(station.trace.contains(givenUpLine(endpoint)), 8000);
+        const qint64 waitedMs =
+            station.trace.arrivalMs(givenUpLine(endpoint)) - station.trace.arrivalMs(endpoint);
+        QVERIFY2(waitedMs > 4600, qPrintable(QString::number(waitedMs)));
+    }
+    QTRY_COMPARE(station.trace.lines().last(),
+                 QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
+    QVERIFY(!station.trace.contains(QStringLiteral("Kiwi WebSocket error")));
+    QVERIFY(!station.trace.contains(QStringLiteral("Kiwi WebSocket open")));
+}
+
+// They say why, and then neither close nor go on.
+void WatchdogTest::refusalsThatStayOpenAreGivenUpAfter6000Ms()
+{
+    KiwiSim sim;
+    startSim(sim, {QStringLiteral("0=badp-open"), QStringLiteral("1=busy-open"),
+                   QStringLiteral("2=down-open")});
+    TestStation station;
+    station.connectTo(sim.port());
+    for (const QString &endpoint : kiwiSndEndpoints().mid(0, 3)) {
+        const QString opened = QStringLiteral("Kiwi WebSocket open: %1. Waiting").arg(endpoint);
+        QTRY_VERIFY(station.trace.contains(opened));
+        QTRY_VERIFY_WITH_TIMEOUT(station.trace.contains(givenUpLine(endpoint)), 9000);
+        const qint64 waitedMs =
+            station.trace.arrivalMs(givenUpLine(endpoint)) - station.trace.arrivalMs(opened);
+        QVERIFY2(waitedMs > 5600, qPrintable(QString::number(waitedMs)));
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(
+        station.trace.contains(QStringLiteral("REAL KIWI SND DATA VERIFIED at /kiwi/3/SND.")),
+        10000);
+    QCOMPARE(sim.liveClients(), 1); // the refusing three are let go
 }
 
 void WatchdogTest::theTimeForSoundBeginsWhenTheLinkIsOpen()

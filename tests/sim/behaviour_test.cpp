@@ -90,10 +90,11 @@ private slots:
         QString error;
         QVERIFY(endpoints.apply(QStringLiteral("2=monitor"), &error));
         QVERIFY(endpoints.apply(QStringLiteral("all=refuse"), &error));
-        QVERIFY(endpoints.refusesAll());
+        QVERIFY(endpoints.areAll(Fault::Refuse));
+        QVERIFY(!endpoints.areAll(Fault::NoConnect));
         QCOMPARE(endpoints.of(2).fault, Fault::Refuse);
         QVERIFY(endpoints.apply(QStringLiteral("3=stream"), &error));
-        QVERIFY(!endpoints.refusesAll());
+        QVERIFY(!endpoints.areAll(Fault::Refuse));
         QCOMPARE(endpoints.of(3).fault, Fault::Stream);
     }
 };

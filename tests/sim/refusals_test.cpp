@@ -22,6 +22,29 @@ private slots:
         QTRY_COMPARE(socket.error(), QAbstractSocket::ConnectionRefusedError);
     }
 
+    void answersNoConnectWhenNoneIsToBeAnswered()
+    {
+        QString error;
+        QVERIFY(m_config.endpoints.apply(text("all=no-connect"), &error));
+        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
+        std::array<QTcpSocket, 5> sockets;
+        for (QTcpSocket &socket : sockets)
+            socket.connectToHost(text("127.0.0.1"), m_receiver->port());
+        QTest::qWait(1500); // longer than until the first SYN is repeated
+        for (const QTcpSocket &socket : sockets)
+            QCOMPARE(socket.state(), QAbstractSocket::ConnectingState);
+        const quint16 port = m_receiver->port();
+        m_receiver->close();
+        QTcpSocket late;
+        late.connectToHost(text("127.0.0.1"), port);
+        QTRY_COMPARE(late.error(), QAbstractSocket::ConnectionRefusedError);
+        m_config.endpoints = {};
+        m_config.port = port;
+        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
+        m_client->open(port);
+        QTRY_VERIFY(!m_client->sounds.isEmpty());
+    }
+
     void oneRefusedEndpointIsReset()
     {
         start("refuse");
@@ -33,9 +56,17 @@ private slots:
         QTRY_VERIFY(!other.sounds.isEmpty());
     }
 
+    void neverAnswers_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        for (const char *behaviour : {"no-answer", "no-connect"})
+            QTest::newRow(behaviour) << QByteArray(behaviour);
+    }
+
     void neverAnswers()
     {
-        start("no-answer");
+        QFETCH(QByteArray, behaviour);
+        start(behaviour.constData());
         QTcpSocket socket;
         request(&socket);
         QTest::qWait(300);
@@ -126,6 +157,32 @@ private slots:
         QCOMPARE(m_client->closes, 0);
         const bool audio = m_client->messages.contains("MSG audio_init=0 audio_rate=12000");
         QCOMPARE(audio, behaviour == "msg-only");
+    }
+
+    void refusalsThatStayOpen_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("badp") << QByteArray("badp-open") << QByteArray("MSG badp=1");
+        QTest::newRow("down") << QByteArray("down-open") << QByteArray("MSG down=1");
+        QTest::newRow("busy") << QByteArray("busy-open") << QByteArray("MSG too_busy=8");
+    }
+
+    void refusalsThatStayOpen()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QByteArray, message);
+        start(behaviour.constData());
+        QTRY_COMPARE(m_client->messages, QList<QByteArray>{message});
+        QTRY_COMPARE(m_receiver->commands().size(), 7); // read, though nothing comes of them
+        m_client->socket.ping();
+        QSignalSpy pong(&m_client->socket, &QWebSocket::pong);
+        m_clock.jumpTo(m_clock.nowMs() + 70000);
+        QTest::qWait(600);
+        QCOMPARE(m_client->messages, QList<QByteArray>{message});
+        QVERIFY(m_client->sounds.isEmpty() && pong.isEmpty());
+        QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
+        QCOMPARE(m_receiver->liveClients(), 1);
     }
 
     void notices_data()
