@@ -2,12 +2,11 @@
 
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTimer>
 
-#include <memory>
 #include <utility>
 
 #include "app/logline.h"
+#include "display/acceptretry.h"
 #include "display/bridgeprotocol.h"
 
 // A client that does not read is dropped when this many bytes wait for it (days of decodes).
@@ -15,33 +14,6 @@ static constexpr qint64 maxClientBacklogBytes = 4LL * 1024 * 1024;
 
 // What clients send is thrown away; this much of it may wait for that.
 static constexpr qint64 clientReadBufferBytes = 64LL * 1024;
-
-// Out of descriptors, the listener stops accepting for good unless it is told to go on.
-static constexpr int acceptPauseMs = 1000;
-
-// The toolkit's listener keeps its first error for good: after a shortage it takes the empty queue
-// behind every client that came in for another one. Such an error is no news and needs no pause.
-static void resumeAfterAcceptErrors(QTcpServer *server)
-{
-    auto *pause = new QTimer(server);
-    pause->setSingleShot(true);
-    pause->setInterval(acceptPauseMs);
-    const auto hasAccepted = std::make_shared<bool>(false);
-    QObject::connect(server, &QTcpServer::newConnection, pause,
-                     [hasAccepted] { *hasAccepted = true; });
-    QObject::connect(server, &QTcpServer::acceptError, pause, [server, pause, hasAccepted] {
-        if (std::exchange(*hasAccepted, false)) {
-            server->resumeAccepting();
-            return;
-        }
-        logLine(QStringLiteral("WSJT bridge client not accepted: %1").arg(server->errorString()));
-        pause->start();
-    });
-    QObject::connect(pause, &QTimer::timeout, server, [server] {
-        if (server->isListening())
-            server->resumeAccepting();
-    });
-}
 
 bool MainWindow::bridgeListening() const
 {
@@ -70,7 +42,7 @@ void MainWindow::startBridge()
         bridgePort = defaultPort;
     bridgeServer = new QTcpServer(this);
     connect(bridgeServer, &QTcpServer::newConnection, this, [this] { onBridgeConnection(); });
-    resumeAfterAcceptErrors(bridgeServer);
+    new AcceptRetry(bridgeServer);
     if (!bridgeServer->listen(QHostAddress::LocalHost, static_cast<quint16>(bridgePort))) {
         logLine(QStringLiteral("Local WSJT bridge failed on 127.0.0.1:%1: %2")
                     .arg(QString::number(bridgePort), bridgeServer->errorString()));
@@ -117,9 +89,12 @@ void MainWindow::welcomeBridgeClient(QTcpSocket *socket)
     connect(socket, &QTcpSocket::readyRead, this, [socket] { socket->readAll(); });
     const QString peer = QStringLiteral("%1:%2").arg(socket->peerAddress().toString(),
                                                      QString::number(socket->peerPort()));
+    const bool hasPeer = socket->peerPort() != 0; // not if it was reset before it was accepted
     socket->write(bridgeReadyLine());
     socket->flush(); // may find the client gone, and its address with it
-    logLine(QStringLiteral("WSJT bridge client connected: %1").arg(peer));
+    if (hasPeer) {
+        logLine(QStringLiteral("WSJT bridge client connected: %1").arg(peer));
+    }
 }
 
 void MainWindow::onBridgeClientGone(QTcpSocket *socket)

@@ -5,16 +5,15 @@
 #include <QtWidgets>
 
 #include "bridgeclient.h"
+#include "display/acceptretry.h"
 #include "displaystation.h"
+#include "sim/tcpreset.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
 
-#ifdef Q_OS_WIN
-#include <winsock2.h>
-#else
+#ifndef Q_OS_WIN
 #include <poll.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <unistd.h>
 #endif
 
@@ -91,9 +90,16 @@ private slots:
     void aClientThatVanishesIsGone();
     void aClientThatClosesIsGone();
     void aClientThatIsGoneBeforeItIsGreeted();
+    void aClientThatResetsBeforeItIsAccepted();
+    void aClientThatIsFoundGoneCostsTheOthersNothing();
+    void theGreetingLeavesAtOnce();
+    void aDecodeLeavesAtOnce();
+    void stoppingEndsTheConnectionThenClosesTheSocket();
 #ifndef Q_OS_WIN // where descriptors know no such limit
     void clientsComeInAgainAfterAShortageOfDescriptors();
     void clientsComeInAfterAShortageFromTheStart();
+    void anEmptyQueueIsNoErrorAfterAShortage();
+    void aClientThatComesAfterTheLookAtTheQueueIsNoError();
 #endif
 
 private:
@@ -120,6 +126,25 @@ private:
         auto *dialog = openDialog(QStringLiteral("PELQ Kiwi Outpost Bridge Status"));
         return dialog->findChild<QLabel *>()->text().section(QLatin1Char('\n'), 1);
     }
+#ifndef Q_OS_WIN
+    // The bridge's first client comes while there is no descriptor for it.
+    void startInAShortage(QTcpSocket &waiting)
+    {
+        (*station)->stopBridge();
+        QTRY_COMPARE(client->socket.state(), QAbstractSocket::UnconnectedState);
+        QTRY_VERIFY((*station)->findChildren<QTcpServer *>().isEmpty());
+        (*station)->startBridge();
+        waiting.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
+        {
+            const DescriptorShortage shortage;
+            QTRY_VERIFY(trace->contains(QStringLiteral("WSJT bridge client not accepted: ")));
+            QVERIFY(atTheStation().isEmpty());
+        }
+        QTRY_COMPARE(atTheStation().size(), 1);
+        QTRY_COMPARE(waiting.bytesAvailable(), 18);
+        QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
+    }
+#endif
     // Whether the ordinary client hears the next decode.
     bool isHeard()
     {
@@ -253,9 +278,7 @@ void BridgeClientsTest::aClientThatVanishesIsGone()
 {
     BridgeClient other(station->bridgePort);
     QVERIFY(other.waitForGreeting());
-    const linger reset{1, 0};
-    setsockopt(static_cast<int>(other.socket.socketDescriptor()), SOL_SOCKET, SO_LINGER,
-               reinterpret_cast<const char *>(&reset), sizeof reset);
+    sim::resetOnClose(other.socket.socketDescriptor());
     other.socket.write(QByteArray(100000, 'x'));
     other.socket.abort();
     QTRY_COMPARE(trace->count(oneRemains), 1);
@@ -287,6 +310,73 @@ void BridgeClientsTest::aClientThatIsGoneBeforeItIsGreeted()
     QVERIFY(isHeard());
 }
 
+void BridgeClientsTest::aClientThatResetsBeforeItIsAccepted()
+{
+    trace->clear();
+    {
+        const LazyClient hasty(station->bridgePort);
+        QVERIFY(hasty.isConnected);
+        sim::resetOnClose(hasty.socket.socketDescriptor());
+    }
+#ifdef Q_OS_WIN
+    QTRY_COMPARE(atTheStation().size(), 2);
+    QVERIFY(isHeard()); // Wine tells that it is gone when something is sent to it
+#endif
+    QTRY_COMPARE(trace->count(oneRemains), 1);
+    // It is logged with its address or not at all.
+    for (const QString &line : trace->lines().filter(QStringLiteral("client connected")))
+        QVERIFY2(line.contains(QStringLiteral(": 127.0.0.1:")), qPrintable(line));
+    QTRY_COMPARE(atTheStation().size(), 1);
+    QVERIFY(isHeard());
+}
+
+// The station learns of it in the middle of a broadcast.
+void BridgeClientsTest::aClientThatIsFoundGoneCostsTheOthersNothing()
+{
+    LazyClient gone(station->bridgePort);
+    QTRY_COMPARE(atTheStation().size(), 2);
+    const BridgeClient third(station->bridgePort);
+    QVERIFY(third.waitForGreeting());
+    const BridgeClient fourth(station->bridgePort);
+    QVERIFY(fourth.waitForGreeting());
+    sim::resetOnClose(gone.socket.socketDescriptor());
+    gone.socket.abort();
+    deliverMuch();
+    QVERIFY(isHeard());
+    QTRY_COMPARE(third.heard, client->heard);
+    QTRY_COMPARE(fourth.heard, client->heard);
+    QCOMPARE(trace->lines().filter(QStringLiteral("client disconnected; 3 client(s)")).size(), 1);
+}
+
+// The next two do without the event loop, which would send what a flush has not sent.
+void BridgeClientsTest::theGreetingLeavesAtOnce()
+{
+    QTcpSocket hasty;
+    hasty.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
+    QVERIFY(hasty.waitForConnected());
+    QVERIFY((*station)->findChild<QTcpServer *>()->waitForNewConnection(5000));
+    QVERIFY(hasty.waitForReadyRead(5000));
+    QCOMPARE(hasty.readAll(), BridgeClient::readyLine());
+}
+
+void BridgeClientsTest::aDecodeLeavesAtOnce()
+{
+    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), {jt9Line(QStringLiteral("CQ"))});
+    QVERIFY(client->socket.waitForReadyRead(5000));
+    QCOMPARE(client->heard,
+             BridgeClient::readyLine() + decodeLine({"101530", "-12", "0.3", "1234", "CQ"}));
+}
+
+void BridgeClientsTest::stoppingEndsTheConnectionThenClosesTheSocket()
+{
+    QByteArrayList ends;
+    const QTcpSocket *socket = atTheStation().first();
+    connect(socket, &QTcpSocket::disconnected, &client->socket, [&] { ends += "disconnected"; });
+    connect(socket, &QTcpSocket::aboutToClose, &client->socket, [&] { ends += "aboutToClose"; });
+    (*station)->stopBridge();
+    QCOMPARE(ends, (QByteArrayList{"disconnected", "aboutToClose"}));
+}
+
 #ifndef Q_OS_WIN
 void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
 {
@@ -310,29 +400,66 @@ void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
 
 void BridgeClientsTest::clientsComeInAfterAShortageFromTheStart()
 {
-    (*station)->stopBridge();
-    QTRY_COMPARE(client->socket.state(), QAbstractSocket::UnconnectedState);
-    QTRY_VERIFY((*station)->findChildren<QTcpServer *>().isEmpty());
-    (*station)->startBridge(); // nobody has been accepted by this listener
     QTcpSocket waiting;
-    waiting.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
-    {
-        const DescriptorShortage shortage;
-        QTRY_VERIFY(trace->contains(QStringLiteral("WSJT bridge client not accepted: ")));
-        QVERIFY(atTheStation().isEmpty());
-    }
-    QTRY_COMPARE(atTheStation().size(), 1);
-    QTRY_COMPARE(waiting.bytesAvailable(), 18);
-    QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
+    startInAShortage(waiting);
     // From now on it is an ordinary listener again, which neither complains nor waits.
-    const auto *pause = (*station)->findChild<QTcpServer *>()->findChild<QTimer *>(
-        QString(), Qt::FindDirectChildrenOnly);
+    const auto *pause = (*station)->findChild<QTcpServer *>()->findChild<QTimer *>();
     for (int i = 0; i < 5; ++i) {
         const BridgeClient another(station->bridgePort);
         QVERIFY(another.waitForGreeting());
         QVERIFY(!pause->isActive());
     }
     QCOMPARE(trace->lines().filter(QStringLiteral("not accepted")).size(), 1);
+}
+
+// The client that woke the listener up may be gone again when the listener looks for it.
+void BridgeClientsTest::anEmptyQueueIsNoErrorAfterAShortage()
+{
+    QTcpSocket waiting;
+    startInAShortage(waiting);
+    trace->clear();
+    auto *server = (*station)->findChild<QTcpServer *>();
+    for (int i = 0; i < 3; ++i) {
+        QEvent wakeUp(QEvent::SockAct);
+        QCoreApplication::sendEvent(server->findChild<QSocketNotifier *>(), &wakeUp);
+        QVERIFY(!server->findChild<QTimer *>()->isActive());
+    }
+    QCOMPARE(trace->lines(), QStringList());
+    const BridgeClient another(station->bridgePort);
+    QVERIFY(another.waitForGreeting());
+}
+
+void BridgeClientsTest::aClientThatComesAfterTheLookAtTheQueueIsNoError()
+{
+    QTcpServer server;
+    QTcpSocket first;
+    QTcpSocket second;
+    QTcpSocket late;
+    const auto come = [&server](QTcpSocket &socket) {
+        socket.connectToHost(QHostAddress::LocalHost, server.serverPort());
+        return socket.waitForConnected();
+    };
+    bool isItsTurn = false;
+    connect(&server, &QTcpServer::acceptError, this, [&] {
+        if (std::exchange(isItsTurn, false)) {
+            come(late);
+        }
+    });
+    const auto *retry = new AcceptRetry(&server);
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    first.connectToHost(QHostAddress::LocalHost, server.serverPort());
+    {
+        const DescriptorShortage shortage;
+        QTRY_VERIFY(retry->findChild<QTimer *>()->isActive());
+    }
+    int accepted = 0;
+    connect(&server, &QTcpServer::newConnection, this, [&accepted] { ++accepted; });
+    QTRY_COMPARE(accepted, 1);
+    trace->clear();
+    isItsTurn = true;
+    QVERIFY(come(second));
+    QTRY_COMPARE(accepted, 3);
+    QCOMPARE(trace->lines(), QStringList());
 }
 #endif
 
