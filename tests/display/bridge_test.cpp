@@ -20,6 +20,7 @@ private slots:
     void fieldsCarryTheDecodersOwnText();
     void linesThatAreNoDecodeStayBehind();
     void thePeriodLabelIsTheTimeOfEveryLine();
+    void sixCharactersAreATimeWhateverTheyAre();
     void aMalformedLabelGivesTheFirstPrintedTimeToAll_data();
     void aMalformedLabelGivesTheFirstPrintedTimeToAll();
     void nonAsciiTravelsAsUtf8();
@@ -28,6 +29,7 @@ private slots:
     void aDifferentDecodeGoesOut_data();
     void aDifferentDecodeGoesOut();
     void afterNinetySecondsItGoesOutAgain();
+    void theDecodesOfABatchAreSentAtOneTime();
     void aDuplicateDoesNotProlongTheNinetySeconds();
     void withoutClientsNothingIsKeptForLater();
     void whatReachedNobodyIsTriedAgain();
@@ -141,6 +143,12 @@ void BridgeTest::thePeriodLabelIsTheTimeOfEveryLine()
                                        decodeLine({"101545", "-2", "0.2", "600", "CQ B1B"}));
 }
 
+void BridgeTest::sixCharactersAreATimeWhateverTheyAre()
+{
+    deliver({example}, QStringLiteral("ab:cd:ef"));
+    QCOMPARE(heardSinceGreeting(), decodeLine({"abcdef", "-12", "0.3", "1234", "CQ K1ABC FN42"}));
+}
+
 void BridgeTest::aMalformedLabelGivesTheFirstPrintedTimeToAll_data()
 {
     QTest::addColumn<QString>("label");
@@ -200,6 +208,9 @@ void BridgeTest::aDifferentDecodeGoesOut_data()
     QTest::newRow("other frequency")
         << QStringLiteral("101530 -12 0.3 1235 ~ CQ K1ABC FN42") << label
         << decodeLine({"101530", "-12", "0.3", "1235", "CQ K1ABC FN42"});
+    QTest::newRow("other text of the frequency")
+        << QStringLiteral("101530 -12 0.3 01234 ~ CQ K1ABC FN42") << label
+        << decodeLine({"101530", "-12", "0.3", "01234", "CQ K1ABC FN42"});
     QTest::newRow("other message") << QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN43") << label
                                    << decodeLine({"101530", "-12", "0.3", "1234", "CQ K1ABC FN43"});
     QTest::newRow("other period") << example << QStringLiteral("10:15:45")
@@ -225,6 +236,21 @@ void BridgeTest::afterNinetySecondsItGoesOutAgain()
     deliver({example});
     deliver({example});
     QCOMPARE(heardSinceGreeting(), exampleSent + exampleSent);
+}
+
+void BridgeTest::theDecodesOfABatchAreSentAtOneTime()
+{
+    const QString another = QStringLiteral("101530 -1 0.1 500 ~ CQ A1A");
+    const QByteArray anotherSent = decodeLine({"101530", "-1", "0.1", "500", "CQ A1A"});
+    station->tickMs = 1000;
+    deliver({example, another});
+    station->tickMs = 0;
+    station->nowMs += 80000;
+    for (int i = 0; i < 40; ++i) { // both become old in the same moment
+        deliver({another, example});
+        station->nowMs += 500;
+    }
+    QCOMPARE(heardSinceGreeting(), exampleSent + anotherSent + anotherSent + exampleSent);
 }
 
 void BridgeTest::aDuplicateDoesNotProlongTheNinetySeconds()

@@ -142,6 +142,8 @@ void BridgeProtocolTest::thePeriodLabelBeatsThePrintedTime()
         const QString line = QLatin1String(printed) + QStringLiteral(" -12 0.3 1234 ~ CQ");
         QCOMPARE(parseBridgeDecode(line, &periodTime)->time, QStringLiteral("101530"));
     }
+    periodTime = bridgePeriodTime(QStringLiteral("ab:cd:ef")); // six characters are enough
+    QCOMPARE(parseBridgeDecode(exampleLine, &periodTime)->time, QStringLiteral("abcdef"));
 }
 
 void BridgeProtocolTest::aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt_data()
@@ -197,6 +199,8 @@ void BridgeProtocolTest::theKeyIsTimeFrequencyAndMessageInUpperCase()
     QCOMPARE(bridgeDecodeKey(decode), QStringLiteral("101530|1234|CQ K1ABC FN42"));
     decode.message = QStringLiteral("cq k1abc fn42");
     QCOMPARE(bridgeDecodeKey(decode), QStringLiteral("101530|1234|CQ K1ABC FN42"));
+    decode.frequency = QStringLiteral("0042"); // a text, not a number
+    QCOMPARE(bridgeDecodeKey(decode), QStringLiteral("101530|0042|CQ K1ABC FN42"));
 }
 
 void BridgeProtocolTest::theKeyIgnoresSnrAndDt()

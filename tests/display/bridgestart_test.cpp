@@ -42,6 +42,7 @@ private slots:
     void stoppingWhileStoppedIsTracedToo();
     void itStartsAgainAfterAStop();
     void aNewProfileChangesTheShownPortOnly();
+    void whileListeningAPortOutOfRangeIsNotCorrected();
     void theWindowsEndStopsIt();
     void clientsAreTracedAsTheyComeAndGo();
 
@@ -265,6 +266,16 @@ void BridgeStartTest::aNewProfileChangesTheShownPortOnly()
     const BridgeClient onTheNewPort(newPort);
     QVERIFY(onTheNewPort.waitForGreeting());
     QVERIFY(isRefused());
+}
+
+void BridgeStartTest::whileListeningAPortOutOfRangeIsNotCorrected()
+{
+    testHome().writeProfile(station->profile(70000));
+    QVERIFY((*station)->loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")),
+                                    false));
+    trace->clear();
+    chooseBridge("Start Local WSJT Bridge");
+    QCOMPARE(bridgeTrace(), alreadyListeningOn(70000));
 }
 
 void BridgeStartTest::theWindowsEndStopsIt()

@@ -27,9 +27,9 @@ public:
 
     MainWindow *operator->() const { return window.get(); }
     MainWindow &operator*() const { return *window; }
-    std::function<qint64()> clock() const
+    std::function<qint64()> clock()
     {
-        return [this] { return nowMs; };
+        return [this] { return nowMs += tickMs; };
     }
     QJsonObject profile(int port) const
     {
@@ -41,6 +41,7 @@ public:
 
     int bridgePort = freePort();
     qint64 nowMs = anotherDayMs(); // UTC, at 10:15:44
+    qint64 tickMs = 0;             // by which the time goes on whenever it is asked for
     std::unique_ptr<MainWindow> window;
 
 private:
