@@ -79,7 +79,7 @@ void judge(Aftermath &aftermath)
 
 void FaultyDecoderTest::initTestCase()
 {
-    QVERIFY2(privateMounts, "this test could not have mounts of its own");
+    QVERIFY2(privateMounts, privateMountsRefused);
     adoptOrphans();
     // What the toolkit makes once and keeps is made before the first comparison.
     PuppetReceiver receiver;

@@ -56,7 +56,7 @@ class EvidenceFailuresTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QVERIFY2(privateMounts, "no mounts of its own"); }
+    void initTestCase() { QVERIFY2(privateMounts, privateMountsRefused); }
     void init()
     {
         qputenv("PELQ_KIWI_STAGE_CAPTURE_DIR",

@@ -34,6 +34,13 @@ inline bool enterPrivateMounts()
            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
+// What to say when that failed.
+inline constexpr const char *privateMountsRefused =
+    "This test mounts file systems of its own, and the system refuses that. Run it as root, or let "
+    "every user make user namespaces (sysctl user.max_user_namespaces, "
+    "kernel.unprivileged_userns_clone, kernel.apparmor_restrict_unprivileged_userns; in a "
+    "container its seccomp profile).";
+
 // A file system in memory on an existing folder, for as long as this lives.
 class MemoryMount
 {

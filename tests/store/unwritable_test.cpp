@@ -44,7 +44,7 @@ private:
 void UnwritableTest::initTestCase()
 {
     QVERIFY(folder.isValid());
-    QVERIFY2(privateMounts, "this test could not have mounts of its own");
+    QVERIFY2(privateMounts, privateMountsRefused);
 }
 
 void UnwritableTest::fillUp(const QString &path)
