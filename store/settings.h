@@ -15,6 +15,7 @@ bool saveSetting(const QString &key, const QVariant &value);
 // jt9's decode depth, 1 to 3, from "decoder/depth"; anything else stored there counts as 2.
 inline int storedDecodeDepth(const QSettings &settings)
 {
-    const int depth = settings.value(QStringLiteral("decoder/depth"), 2).toInt();
-    return depth >= 1 && depth <= 3 ? depth : 2;
+    // A larger one, as a narrower type would cut it short, is not among them.
+    const qint64 depth = settings.value(QStringLiteral("decoder/depth"), 2).toLongLong();
+    return depth >= 1 && depth <= 3 ? static_cast<int>(depth) : 2;
 }

@@ -24,6 +24,10 @@ void SettingsTest::storedDepth_data()
     QTest::newRow("3") << QVariant(3) << 3;
     QTest::newRow("4") << QVariant(4) << 2;
     QTest::newRow("-1") << QVariant(-1) << 2;
+    for (const char *large : {"4294967297", "4294967298", "-4294967294", "18446744073709551617"}) {
+        QTest::newRow(large) << QVariant(QString::fromLatin1(large)) << 2;
+    }
+    QTest::newRow("a large number") << QVariant(Q_INT64_C(4294967297)) << 2;
     QTest::newRow("not a number") << QVariant(QStringLiteral("deep")) << 2;
     QTest::newRow("a number as text") << QVariant(QStringLiteral("3")) << 3;
 }
