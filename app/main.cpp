@@ -6,6 +6,7 @@
 
 int main(int argc, char *argv[])
 {
+    ignoreBrokenPipes();
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication application(argc, argv);

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/termination.h"
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
@@ -62,8 +63,7 @@ MainWindow::~MainWindow()
 void MainWindow::prepareForLogOff()
 {
     QGuiApplication::setFallbackSessionManagementEnabled(false);
-    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
-            [this] { finishStatusSession(); });
+    atLogOff(this, [this] { finishStatusSession(); });
 }
 
 void MainWindow::buildClearButton()

@@ -1,7 +1,21 @@
 #pragma once
 
+#include <functional>
+
+class QObject;
+
+// How the program ends, which differs between the platforms.
+
+// A log that nobody reads any more is no reason to end: writing to it then fails, and no more.
+// To be called before anything is written. There is nothing of the kind on Windows.
+void ignoreBrokenPipes();
+
 // Makes the polite requests to end (SIGTERM, SIGINT, SIGHUP: a logout, "systemctl stop", Ctrl-C)
 // leave the event loop, so that the window is destroyed in order and an open receiver session is
-// written. Does nothing on Windows, where the toolkit answers a log-off. Needs the application
-// object; call once.
+// written. A second request, also of another kind, ends the program at once. Does nothing on
+// Windows, where Qt answers a log-off. Needs the application object; call once.
 void quitOnTermination();
+
+// Calls it when Windows has told the program that the user logs off, after which the program may
+// be ended at any moment; as long as the owner lives. Elsewhere the event loop is left in order.
+void atLogOff(QObject *owner, const std::function<void()> &callback);

@@ -3,6 +3,7 @@
 
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
+#include "app/termination.h"
 #include "app/timetext.h"
 #include "sim/kiwisim.h"
 
@@ -259,6 +260,7 @@ bool parseOptions(DemoOptions *options, bool display)
 
 int main(int argc, char *argv[])
 {
+    ignoreBrokenPipes();
     const bool display =
         qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
     if (!display && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {

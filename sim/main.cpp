@@ -1,3 +1,4 @@
+#include "app/termination.h"
 #include "sim/kiwisim.h"
 #include "sim/simwav.h"
 #include "sim/syntheticband.h"
@@ -137,6 +138,7 @@ int fail(ExitStatus status, const QString &error)
 
 int main(int argc, char **argv)
 {
+    ignoreBrokenPipes();
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     describe(&parser);

@@ -290,6 +290,9 @@ void MainWindowTest::endsSilentlyWithTheBridgeFirst()
     // The session cannot be saved: the line that says so tells when the link is taken down.
     putFile(testHome().dataFile(QStringLiteral("receiver-status-log.json/in-the-way")), {});
     station.trace.clear();
+    QTimer::singleShot(0, qApp, [] { QCoreApplication::quit(); });
+    QCOMPARE(QCoreApplication::exec(), 0);
+    QCOMPARE(station.trace.lines(), QStringList());
     station.window.reset();
     const QStringList lines = station.trace.lines();
     QCOMPARE(lines.size(), 2);

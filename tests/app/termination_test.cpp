@@ -1,10 +1,13 @@
 #include "app/termination.h"
 
 #include <QCoreApplication>
+#include <QProcess>
 #include <QTest>
 #include <QTimer>
 
 #include <csignal>
+#include <cstdio>
+#include <unistd.h>
 
 class TerminationTest : public QObject
 {
@@ -14,6 +17,9 @@ private slots:
     void initTestCase();
     void aRequestToEndLeavesTheEventLoop();
     void aSecondRequestWouldEndAtOnce();
+    void aSecondRequestOfAnyKindEndsOneThatIsStuck_data();
+    void aSecondRequestOfAnyKindEndsOneThatIsStuck();
+    void aReaderThatIsGoneEndsNothing();
     void whatIsIgnoredStaysIgnored();
 };
 
@@ -24,6 +30,31 @@ void (*actionOf(int number))(int)
     struct sigaction action = {};
     ::sigaction(number, nullptr, &action);
     return action.sa_handler;
+}
+
+// A station that never comes back to its event loop, and says when it has been asked to end.
+int stayStuck()
+{
+    ::signal(SIGTERM, SIG_DFL); // also where the tests run in the background
+    ::signal(SIGINT, SIG_DFL);
+    quitOnTermination();
+    sigset_t all;
+    sigset_t none;
+    ::sigfillset(&all);
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &all, nullptr); // until it waits for them
+    for (const char *line = "stuck";; line = "asked") {
+        ::puts(line);
+        ::fflush(stdout);
+        ::sigsuspend(&none);
+    }
+}
+
+QByteArray nextLine(QProcess *process)
+{
+    while (!process->canReadLine() && process->waitForReadyRead()) {
+    }
+    return process->readLine();
 }
 } // namespace
 
@@ -57,10 +88,58 @@ void TerminationTest::aSecondRequestWouldEndAtOnce()
     QVERIFY(actionOf(SIGTERM) == SIG_DFL);
 }
 
+void TerminationTest::aSecondRequestOfAnyKindEndsOneThatIsStuck_data()
+{
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("second");
+    QTest::newRow("terminate, interrupt") << SIGTERM << SIGINT;
+    QTest::newRow("interrupt, terminate") << SIGINT << SIGTERM;
+    QTest::newRow("terminate twice") << SIGTERM << SIGTERM;
+}
+
+void TerminationTest::aSecondRequestOfAnyKindEndsOneThatIsStuck()
+{
+    QFETCH(int, first);
+    QFETCH(int, second);
+    QProcess station;
+    station.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--stuck")});
+    QCOMPARE(nextLine(&station), QByteArray("stuck\n"));
+    const auto id = static_cast<pid_t>(station.processId());
+    ::kill(id, SIGHUP); // which it was started to ignore, before and after
+    ::kill(id, first);
+    QCOMPARE(nextLine(&station), QByteArray("asked\n"));
+    ::kill(id, SIGHUP);
+    QVERIFY(!station.waitForFinished(200));
+    ::kill(id, second);
+    QVERIFY(station.waitForFinished());
+    QCOMPARE(station.exitStatus(), QProcess::CrashExit);
+    QCOMPARE(station.exitCode(), second);
+}
+
+void TerminationTest::aReaderThatIsGoneEndsNothing()
+{
+    int ends[2];
+    QCOMPARE(::pipe(ends), 0);
+    ::close(ends[0]);
+    ::signal(SIGPIPE, SIG_DFL); // whatever ran before
+    ignoreBrokenPipes();
+    QCOMPARE(::write(ends[1], "a line\n", 7), ssize_t{-1});
+    QCOMPARE(errno, EPIPE);
+    ::close(ends[1]);
+}
+
 void TerminationTest::whatIsIgnoredStaysIgnored()
 {
     QVERIFY(actionOf(SIGHUP) == SIG_IGN);
 }
 
-QTEST_GUILESS_MAIN(TerminationTest)
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    if (QCoreApplication::arguments().contains(QStringLiteral("--stuck"))) {
+        return stayStuck();
+    }
+    TerminationTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "termination_test.moc"

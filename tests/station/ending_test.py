@@ -2,10 +2,11 @@
 
 import contextlib
 import signal
+import subprocess
 import unittest
 
 from recording import write_silence
-from station import Display, Home, Receiver, Station
+from station import PROGRAMS, Display, Home, Receiver, Station, free_port, run_along
 
 VIEWS = ["PELQ Kiwi Outpost Status Log", "PELQ Kiwi Outpost Station Display",
          "PELQ Kiwi Outpost Bridge Status"]
@@ -59,6 +60,17 @@ class Ending(unittest.TestCase):
         with self.connected_station(keeps_dialog=True) as (home, station, _, port):
             station.send(signal.SIGTERM)
             self.check_end(home, station, port)
+
+    def test_a_log_reader_that_is_gone_ends_nothing(self):
+        with Home() as home:
+            home.write_profile(BridgePort=free_port())
+            command = run_along([PROGRAMS / "kiwi-outpost"])
+            with subprocess.Popen(command, env=home.environment(None),
+                                  stderr=subprocess.PIPE) as station:
+                self.assertIn(b"Local WSJT bridge listening", station.stderr.readline())
+                station.stderr.close()
+                station.send_signal(signal.SIGTERM)  # at its end the station writes a line
+                self.assertEqual(station.wait(20), 0)
 
     def test_a_hang_up_that_it_was_started_to_ignore_does_not_end_it(self):
         signal.signal(signal.SIGHUP, signal.SIG_IGN)

@@ -40,6 +40,15 @@ private slots:
         QCOMPARE(station->trace.lines(), QStringList());
     }
 
+    void leavingTheEventLoopIsNoLogOff()
+    {
+        QTimer::singleShot(0, QCoreApplication::instance(), [] { QCoreApplication::quit(); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(savedSessions(), 0); // the window's end writes it
+        station->window.reset();
+        QCOMPARE(savedSessions(), 1);
+    }
+
     void theSessionIsWrittenWhenTheProgramHasBeenTold()
     {
         bool agreed = false;

@@ -1,16 +1,9 @@
 #include "app/termination.h"
 
-#include <QtGlobal>
-
-#ifdef Q_OS_WIN
-
-void quitOnTermination() {}
-
-#else
-
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -18,11 +11,29 @@ void quitOnTermination() {}
 
 namespace
 {
+constexpr std::array<int, 3> requests{SIGTERM, SIGINT, SIGHUP};
+
 int wakeUp[2]; // a pipe: a signal's handler may write, and do little else
 
-void onSignal(int)
+void onRequest(int);
+
+// From now on any of them ends the process, except what it was started to ignore.
+void restoreDefaults()
+{
+    for (const int number : requests) {
+        struct sigaction current = {};
+        ::sigaction(number, nullptr, &current);
+        if (current.sa_handler == onRequest) {
+            current.sa_handler = SIG_DFL;
+            ::sigaction(number, &current, nullptr);
+        }
+    }
+}
+
+void onRequest(int)
 {
     const int interruptedErrno = errno;
+    restoreDefaults();
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], &byte, 1);
     errno = interruptedErrno;
@@ -37,11 +48,19 @@ void handle(int number)
         return;
     }
     struct sigaction action = {};
-    action.sa_handler = onSignal;
-    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND); // a second one ends it at once
+    action.sa_handler = onRequest;
+    action.sa_flags = SA_RESTART;
+    for (const int other : requests) {
+        ::sigaddset(&action.sa_mask, other); // the second one waits until the first is taken
+    }
     ::sigaction(number, &action, nullptr);
 }
 } // namespace
+
+void ignoreBrokenPipes()
+{
+    ::signal(SIGPIPE, SIG_IGN);
+}
 
 void quitOnTermination()
 {
@@ -54,9 +73,9 @@ void quitOnTermination()
         notifier->setEnabled(false);
         QCoreApplication::quit();
     });
-    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    for (const int number : requests) {
         handle(number);
     }
 }
 
-#endif
+void atLogOff(QObject * /*owner*/, const std::function<void()> & /*callback*/) {}

@@ -1,0 +1,45 @@
+#include "app/termination.h"
+
+#include <QAbstractNativeEventFilter>
+#include <QCoreApplication>
+#include <QObject>
+
+#include <qt_windows.h>
+#include <utility>
+
+namespace
+{
+// Every top-level window is told; the first one counts.
+class LogOffFilter : public QObject, public QAbstractNativeEventFilter
+{
+public:
+    LogOffFilter(QObject *owner, std::function<void()> callback)
+        : QObject(owner), onLogOff(std::move(callback))
+    {
+        QCoreApplication::instance()->installNativeEventFilter(this);
+    }
+
+    bool nativeEventFilter(const QByteArray & /*eventType*/, void *message,
+                           long * /*result*/) override
+    {
+        const MSG *native = static_cast<MSG *>(message);
+        const bool ends = native->message == WM_ENDSESSION && native->wParam != 0;
+        if (ends && onLogOff) {
+            std::exchange(onLogOff, nullptr)();
+        }
+        return false;
+    }
+
+private:
+    std::function<void()> onLogOff;
+};
+} // namespace
+
+void ignoreBrokenPipes() {}
+
+void quitOnTermination() {}
+
+void atLogOff(QObject *owner, const std::function<void()> &callback)
+{
+    new LogOffFilter(owner, callback);
+}
