@@ -29,6 +29,34 @@ int summaryWidth(const QFont &font)
     return QFontMetrics(font).horizontalAdvance(longestSummary);
 }
 
+// In the turn of which object, of those that calls are posted to, something comes true.
+class TurnWatch : public QObject
+{
+public:
+    explicit TurnWatch(std::function<bool()> conditionToWatch)
+        : condition(std::move(conditionToWatch))
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+
+    bool isOver() const { return over; }
+    QObject *receiver() const { return latest; }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (!over && event->type() == QEvent::MetaCall) {
+            over = condition();
+            latest = over ? latest : watched;
+        }
+        return false;
+    }
+
+private:
+    const std::function<bool()> condition;
+    bool over = false;
+    QObject *latest = nullptr;
+};
+
 QPushButton *clearButton(const MainWindow &window)
 {
     const auto *bar = qobject_cast<QMenuBar *>(window.menuWidget());
@@ -51,6 +79,8 @@ private slots:
     void theStatusBarHoldsOneLabel();
     void theSummaryIsFittedInto335Pixels_data();
     void theSummaryIsFittedInto335Pixels();
+    void aSummaryOf335PixelsIsNotMadeSmaller_data();
+    void aSummaryOf335PixelsIsNotMadeSmaller();
     void aSummaryThatCannotFitIsWrittenIn6Point5_data();
     void aSummaryThatCannotFitIsWrittenIn6Point5();
     void startsTheBridgeAtOnceAndFindsTheDecoderFromTheEventLoop();
@@ -60,6 +90,7 @@ private slots:
 #endif
     void highlightsTheCallsOfTheLastRun();
 #ifdef OUTPOST_STREAMS
+    void decodesAreTakenInTurnsOfTheWindowsOwn();
     void endsSilentlyWithTheBridgeFirst();
     void endsWhileAPeriodIsDecoded();
     void endsWhileConnecting();
@@ -168,6 +199,8 @@ void MainWindowTest::theSummaryIsFittedInto335Pixels_data()
     QFont pixels(family);
     pixels.setPixelSize(12);
     QTest::newRow("a size in pixels starts at 9") << pixels << 9.0;
+    pixels.setLetterSpacing(QFont::AbsoluteSpacing, -4);
+    QTest::newRow("and stays there where it fits") << pixels << 9.0;
     QTest::newRow("large and bold") << QFont(family, 24, QFont::Bold) << 24.0;
     QTest::newRow("7.5 points") << [&] {
         QFont font(family);
@@ -202,6 +235,32 @@ void MainWindowTest::theSummaryIsFittedInto335Pixels()
     const int height = qMax(18, QFontMetrics(fitted).height() + 6);
     QCOMPARE(bar->minimumHeight(), height);
     QCOMPARE(bar->maximumHeight(), height);
+}
+
+void MainWindowTest::aSummaryOf335PixelsIsNotMadeSmaller_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<bool>("fits");
+    QTest::newRow("334") << 334 << true;
+    QTest::newRow("335") << 335 << true;
+    QTest::newRow("336") << 336 << false;
+}
+
+void MainWindowTest::aSummaryOf335PixelsIsNotMadeSmaller()
+{
+    QFETCH(int, width);
+    QFETCH(bool, fits);
+    QFont font(QStringLiteral("DejaVu Sans"), 9);
+    for (int step = -400; summaryWidth(font) != width && step < 400; ++step) {
+        font.setLetterSpacing(QFont::AbsoluteSpacing, step / 100.0);
+    }
+    QCOMPARE(summaryWidth(font), width);
+    const QFont before = QApplication::font();
+    QApplication::setFont(font);
+    const TestStation station;
+    QApplication::setFont(before);
+    const qreal points = summaryLabel(*station.window)->font().pointSizeF();
+    QVERIFY2(fits ? points == 9.0 : points < 9.0, qPrintable(QString::number(points)));
 }
 
 void MainWindowTest::aSummaryThatCannotFitIsWrittenIn6Point5_data()
@@ -279,6 +338,21 @@ void MainWindowTest::highlightsTheCallsOfTheLastRun()
 }
 
 #ifdef OUTPOST_STREAMS
+// Neither inside the capture's own turn, in which a worker's result arrives.
+void MainWindowTest::decodesAreTakenInTurnsOfTheWindowsOwn()
+{
+    const PuppetReceiver receiver;
+    TestStation station(ScriptedDecoder::printing(0, {cqLine.toLatin1()}));
+    const QString good = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QTableWidget *table = decodeTableOf(*station.window);
+    TurnWatch rows([table] { return table->rowCount() > 0; });
+    TurnWatch receivers([good] { return QFile::exists(good); });
+    station.hearPeriod(receiver);
+    QTRY_VERIFY(rows.isOver() && receivers.isOver());
+    QCOMPARE(rows.receiver(), station.window.get());
+    QCOMPARE(receivers.receiver(), station.window.get());
+}
+
 void MainWindowTest::endsSilentlyWithTheBridgeFirst()
 {
     const PuppetReceiver receiver;

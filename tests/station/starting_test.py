@@ -2,6 +2,7 @@
 
 import os
 import re
+import subprocess
 import unittest
 from unittest.mock import patch
 
@@ -11,6 +12,11 @@ FONT_RULES = """<?xml version="1.0"?>
 <fontconfig><dir>/usr/share/fonts</dir><cachedir>{cache}</cachedir>
 <match target="scan"><test name="family"><string>DejaVu Sans Mono</string></test>
 <edit name="family" mode="assign"><string>{name}</string></edit></match></fontconfig>"""
+
+# Family, points, pixels, style hint, weight, style and so on.
+BOLD_DESKTOP_FONT = """[General]
+font=DejaVu Serif,14,-1,5,75,1,0,0,0,0
+"""
 
 ICON_THEME = """[Icon Theme]
 Name=hicolor
@@ -44,6 +50,16 @@ class Starting(unittest.TestCase):
     def test_texts_are_in_the_preferred_font(self):
         self.assertGreater(self.width_of_text_where_the_wide_font_is("Segoe UI"),
                            self.width_of_text_where_the_wide_font_is("Another"))
+
+    def test_texts_are_upright_and_of_normal_weight_also_where_the_desktops_font_is_not(self):
+        with Home() as home, Display(home) as display:
+            (home.path / "kdeglobals").write_text(BOLD_DESKTOP_FONT)
+            environment = {**home.environment(display.name), "KDE_SESSION_VERSION": "5",
+                           "QT_QPA_PLATFORMTHEME": "kde", "XDG_CONFIG_DIRS": str(home.path)}
+            result = subprocess.run([BUILD / "tests" / "app_stationfont", "--describe"],
+                                    env=environment, text=True, stdout=subprocess.PIPE,
+                                    timeout=60, check=True)
+            self.assertEqual(result.stdout, "DejaVu Serif|12|50|0")
 
     def test_a_display_of_double_resolution_shows_everything_twice_as_large(self):
         with Home() as home, Display(home) as display:
