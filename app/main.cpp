@@ -1,3 +1,4 @@
+#include "app/identity.h"
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
 #include "app/termination.h"
@@ -11,9 +12,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication application(argc, argv);
     setStationFont();
-    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
-    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
-
+    setIdentity();
     quitOnTermination();
     MainWindow window;
     window.show();

@@ -1,6 +1,7 @@
 // Shows the station decoding: the receiver simulator and the real main window in one program,
 // worked through the real dialog, with data and settings of their own in a temporary folder.
 
+#include "app/identity.h"
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
 #include "app/termination.h"
@@ -278,8 +279,7 @@ int main(int argc, char *argv[])
     // The decodes are to be read; QT_LOGGING_RULES="default.info=true" brings the trace back.
     QLoggingCategory::setFilterRules(QStringLiteral("default.info=false"));
     setStationFont();
-    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
-    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
+    setIdentity();
     DemoOptions options;
     if (!parseOptions(&options, display)) {
         print(QStringLiteral("--periods takes a whole number from 1 on; see --help."));

@@ -61,6 +61,13 @@ class Starting(unittest.TestCase):
                                     timeout=60, check=True)
             self.assertEqual(result.stdout, "DejaVu Serif|12|50|0")
 
+    def test_the_window_has_the_programs_icon(self):
+        with Home() as home, Display(home) as display, Station(home, display) as station:
+            shown = display.run("xprop", "-len", "1000000", "-id", station.window(), "_NET_WM_ICON")
+            sides = re.findall(r"Icon \((\d+) x (\d+)\)", shown)
+            self.assertEqual(sides, [(str(side), str(side))
+                                     for side in (16, 24, 32, 48, 64, 128, 256)])
+
     def test_a_display_of_double_resolution_shows_everything_twice_as_large(self):
         with Home() as home, Display(home) as display:
             double_resolution(display)

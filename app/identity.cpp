@@ -1,0 +1,31 @@
+#include "app/identity.h"
+
+#include <QApplication>
+#include <QIcon>
+
+// The icons are compiled into the library; from there a program takes only what it asks for.
+static void takeIconsAlong()
+{
+    Q_INIT_RESOURCE(icons);
+}
+
+namespace
+{
+QIcon programIcon()
+{
+    takeIconsAlong();
+    QIcon icon;
+    for (const int side : {16, 24, 32, 48, 64, 128, 256}) {
+        icon.addFile(QStringLiteral(":/icons/kiwi-outpost-%1.png").arg(side));
+    }
+    return icon;
+}
+} // namespace
+
+void setIdentity()
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
+    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("kiwi-outpost"));
+    QApplication::setWindowIcon(programIcon());
+}
