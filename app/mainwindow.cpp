@@ -1,10 +1,13 @@
 #include "app/mainwindow.h"
 
+#include "app/logline.h"
 #include "app/termination.h"
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
 #include "store/datapaths.h"
+#include "store/frequency.h"
+#include "store/receiverinput.h"
 #include "store/settings.h"
 
 #include <QApplication>
@@ -23,7 +26,8 @@
 
 #include <utility>
 
-MainWindow::MainWindow(Clock clockToUse) : clock(std::move(clockToUse))
+MainWindow::MainWindow(Clock clockToUse, StartOptions options)
+    : clock(std::move(clockToUse)), startOptions(std::move(options))
 {
     setWindowTitle(QStringLiteral("PELQ Kiwi Outpost"));
     resize(345, 245);
@@ -44,6 +48,9 @@ MainWindow::MainWindow(Clock clockToUse) : clock(std::move(clockToUse))
         findJt9(jt9PlacesOfThisSystem(profile.jt9Path, QCoreApplication::applicationDirPath(),
                                       QProcessEnvironment::systemEnvironment()));
     });
+    if (startOptions.connects) {
+        QTimer::singleShot(0, this, [this] { connectAtStart(); });
+    }
     startBridge();
     prepareForLogOff();
 }
@@ -64,6 +71,19 @@ void MainWindow::prepareForLogOff()
 {
     QGuiApplication::setFallbackSessionManagementEnabled(false);
     atLogOff(this, [this] { finishStatusSession(); });
+}
+
+// As "Apply and Connect" does it with what the window shows, except that nothing is saved.
+void MainWindow::connectAtStart()
+{
+    const ReceiverInput input = readReceiverInput(
+        profile.kiwiHost, QString::number(profile.kiwiPort), frequencyText(frequencyMhz));
+    if (!input.refusal.isEmpty()) {
+        logLine(input.refusal);
+        return;
+    }
+    profile.kiwiHost = input.host;
+    connectKiwi();
 }
 
 void MainWindow::buildClearButton()

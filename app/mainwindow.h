@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 
+#include "app/startoptions.h"
 #include "kiwi/linkstate.h"
 #include "store/profile.h"
 #include "store/statuslog.h"
@@ -40,7 +41,8 @@ public:
     // UTC, milliseconds since the epoch. Every decision that depends on the time of day asks it.
     using Clock = std::function<qint64()>;
 
-    explicit MainWindow(Clock clockToUse = QDateTime::currentMSecsSinceEpoch);
+    explicit MainWindow(Clock clockToUse = QDateTime::currentMSecsSinceEpoch,
+                        StartOptions options = {});
     ~MainWindow() override;
 
     // ---- app/menus.cpp, app/help.cpp ----
@@ -111,6 +113,7 @@ private:
     void buildStatusLabel();
     void buildCapture();
     void prepareForLogOff();
+    void connectAtStart();
     qint64 nowMs() const { return clock(); }
 
     // ---- app/menus.cpp ----
@@ -190,6 +193,7 @@ private:
     void refreshStatusLogView();
 
     const Clock clock;
+    StartOptions startOptions; // its frequency only until one is saved
 
     // Link
     LinkState link;

@@ -19,7 +19,9 @@ void MainWindow::findJt9(const Jt9Places &places)
     }
     if (path != QDir::cleanPath(profile.jt9Path)) {
         profile.jt9Path = path;
-        saveDefaultProfileQuietly();
+        if (!startOptions.profile) {
+            saveDefaultProfileQuietly();
+        }
     }
     useJt9(path);
     logLine(QStringLiteral("JT9 decoder ready: %1").arg(path));

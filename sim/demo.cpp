@@ -1,6 +1,7 @@
 // Shows the station decoding: the receiver simulator and the real main window in one program,
 // worked through the real dialog, with data and settings of their own in a temporary folder.
 
+#include "app/console.h"
 #include "app/identity.h"
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
@@ -229,33 +230,61 @@ void useHome(const QTemporaryDir &home)
     }
 }
 
-bool parseOptions(DemoOptions *options, bool display)
+QString program()
+{
+    return QStringLiteral("kiwi-outpost-demo");
+}
+
+QCommandLineOption periodsOption()
+{
+    return {QStringLiteral("periods"), QStringLiteral("Stop after N periods."),
+            QStringLiteral("N")};
+}
+
+QCommandLineOption wavOption()
+{
+    return {QStringLiteral("wav"), QStringLiteral("Play this recording. May be repeated."),
+            QStringLiteral("FILE")};
+}
+
+QCommandLineOption screenshotOption()
+{
+    return {QStringLiteral("screenshot"),
+            QStringLiteral("Save a picture of the window with the latest decodes."),
+            QStringLiteral("FILE")};
+}
+
+struct DemoCommandLine {
+    DemoOptions options;
+    std::optional<Ending> ending;
+};
+
+// Without a display there is no window to close, and the demonstration ends by itself.
+DemoCommandLine readDemoCommandLine(const QStringList &arguments, bool display)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Shows the station decoding a simulated receiver's FT8 band."));
-    const QCommandLineOption periods(QStringLiteral("periods"),
-                                     QStringLiteral("Stop after N periods."), QStringLiteral("N"));
-    const QCommandLineOption wav(QStringLiteral("wav"),
-                                 QStringLiteral("Play this recording; again for more."),
-                                 QStringLiteral("FILE"));
-    const QCommandLineOption screenshot(
-        QStringLiteral("screenshot"),
-        QStringLiteral("Save a picture of the window with the latest decodes."),
-        QStringLiteral("FILE"));
-    parser.addOptions({periods, wav, screenshot});
-    parser.addHelpOption();
-    parser.process(QCoreApplication::arguments());
-
-    bool valid = true;
-    options->periods = display ? 0 : 2;
-    if (parser.isSet(periods)) {
-        options->periods = parser.value(periods).toInt(&valid);
-        valid = valid && options->periods > 0;
+    parser.addOptions({periodsOption(), wavOption(), screenshotOption()});
+    if (const auto ending = parseArguments(&parser, program(), withoutQtOptions(arguments))) {
+        return {{}, ending};
     }
-    options->wavFiles = parser.values(wav);
-    options->screenshot = parser.value(screenshot);
-    return valid && parser.positionalArguments().isEmpty();
+    if (const auto ending = refuseOtherArguments(parser, program())) {
+        return {{}, ending};
+    }
+    DemoOptions options;
+    options.periods = display ? 0 : 2;
+    options.wavFiles = parser.values(wavOption());
+    options.screenshot = parser.value(screenshotOption());
+    if (parser.isSet(periodsOption())) {
+        options.periods = parser.value(periodsOption()).toInt();
+        if (options.periods < 1) {
+            const QString sentence =
+                QStringLiteral("--periods takes a whole number from 1 on; see --help.");
+            return {{}, wrongUse(program(), sentence)};
+        }
+    }
+    return {options, std::nullopt};
 }
 } // namespace
 
@@ -264,6 +293,11 @@ int main(int argc, char *argv[])
     ignoreBrokenPipes();
     const bool display =
         qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    const DemoCommandLine commandLine = readDemoCommandLine(argumentList(argc, argv), display);
+    if (commandLine.ending) {
+        showEnding(*commandLine.ending);
+        return commandLine.ending->exitCode;
+    }
     if (!display && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
@@ -280,12 +314,7 @@ int main(int argc, char *argv[])
     QLoggingCategory::setFilterRules(QStringLiteral("default.info=false"));
     setStationFont();
     setIdentity();
-    DemoOptions options;
-    if (!parseOptions(&options, display)) {
-        print(QStringLiteral("--periods takes a whole number from 1 on; see --help."));
-        return 2;
-    }
-    Demo demo(options, bandCache);
+    Demo demo(commandLine.options, bandCache);
     QString error;
     if (!demo.listen(&error)) {
         print(error);

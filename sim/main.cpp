@@ -1,3 +1,4 @@
+#include "app/programoptions.h"
 #include "app/termination.h"
 #include "sim/kiwisim.h"
 #include "sim/simwav.h"
@@ -13,7 +14,7 @@
 namespace
 {
 
-enum ExitStatus { Usage = 2, CannotListen = 1 };
+constexpr int cannotListen = 1;
 
 QCommandLineOption option(const char *name, const char *help, const char *value = "",
                           const char *standard = "")
@@ -47,7 +48,6 @@ void describe(QCommandLineParser *parser)
                "folder"),
         option("plan", "Print the stations of the synthetic band and end."),
     });
-    parser->addHelpOption();
     parser->addPositionalArgument(QStringLiteral("WAV"), QStringLiteral("Periods to play."),
                                   QStringLiteral("[WAV...]"));
 }
@@ -128,10 +128,15 @@ void savePeriod(const QDir &folder, const SentPeriod &period)
         say(stderr, QStringLiteral("kiwi-sim: ") + error);
 }
 
-int fail(ExitStatus status, const QString &error)
+QString program()
 {
-    say(stderr, QStringLiteral("kiwi-sim: ") + error);
-    return status;
+    return QStringLiteral("kiwi-sim");
+}
+
+int endWith(const Ending &ending)
+{
+    say(ending.exitCode == 0 ? stdout : stderr, ending.text);
+    return ending.exitCode;
 }
 
 } // namespace
@@ -142,11 +147,8 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     describe(&parser);
-    if (!parser.parse(QCoreApplication::arguments()))
-        return fail(Usage, parser.errorText());
-    if (parser.isSet(QStringLiteral("help"))) {
-        say(stdout, parser.helpText());
-        return 0;
+    if (const auto ending = parseArguments(&parser, program(), QCoreApplication::arguments())) {
+        return endWith(*ending);
     }
     if (parser.isSet(QStringLiteral("plan"))) {
         printPlan();
@@ -154,8 +156,9 @@ int main(int argc, char **argv)
     }
     SimConfig config;
     QString error;
-    if (!readOptions(parser, &config, &error))
-        return fail(Usage, error);
+    if (!readOptions(parser, &config, &error)) {
+        return endWith(wrongUse(program(), error));
+    }
     config.progress = [](const QString &text) { say(stderr, text); };
     if (parser.isSet(QStringLiteral("save"))) {
         const QDir folder(parser.value(QStringLiteral("save")));
@@ -163,8 +166,9 @@ int main(int argc, char **argv)
         config.onPeriod = [folder](const SentPeriod &period) { savePeriod(folder, period); };
     }
     KiwiSim receiver;
-    if (!receiver.listen(config, &error))
-        return fail(CannotListen, error);
+    if (!receiver.listen(config, &error)) {
+        return endWith({QStringLiteral("%1: %2").arg(program(), error), cannotListen});
+    }
     say(stdout, QStringLiteral("listening on %1 port %2").arg(config.host).arg(receiver.port()));
     return QCoreApplication::exec();
 }

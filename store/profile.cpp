@@ -1,7 +1,9 @@
 #include "store/profile.h"
 
 #include "app/buildconfig.h"
+#include "store/datafile.h"
 
+#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -38,4 +40,18 @@ QByteArray profileJson(const Profile &profile)
                            {QStringLiteral("Jt9Path"), profile.jt9Path},
                            {QStringLiteral("BridgePort"), profile.bridgePort}};
     return QJsonDocument(keys).toJson();
+}
+
+ProfileReading readProfileFile(const QString &path, const Profile &current)
+{
+    QFile file(path);
+    if (!openForReading(file)) {
+        return {std::nullopt, file.errorString()};
+    }
+    QString jsonError;
+    const std::optional<Profile> profile = parseProfile(file.readAll(), current, &jsonError);
+    if (!profile) {
+        return {std::nullopt, QStringLiteral("The profile is not valid JSON: %1").arg(jsonError)};
+    }
+    return {profile, QString()};
 }

@@ -27,3 +27,10 @@ std::optional<Profile> parseProfile(const QByteArray &json, const Profile &curre
 
 // The six keys, indented JSON in UTF-8.
 QByteArray profileJson(const Profile &profile);
+
+// What a profile file holds, or why it cannot be used.
+struct ProfileReading {
+    std::optional<Profile> profile;
+    QString error; // one sentence without its full stop; empty when there is a profile
+};
+ProfileReading readProfileFile(const QString &path, const Profile &current);

@@ -38,16 +38,11 @@ bool createFolderOf(const QString &path)
 bool MainWindow::loadProfile(const QString &path, bool showErrors)
 {
     QWidget *boxParent = showErrors ? this : nullptr;
-    const QString title = QStringLiteral("Profile Open Failed");
-    QFile file(path);
-    if (!openForReading(file))
-        return refuseProfile(boxParent, title, file.errorString());
-    QString error;
-    const std::optional<Profile> loaded = parseProfile(file.readAll(), profile, &error);
-    if (!loaded)
-        return refuseProfile(boxParent, title,
-                             QStringLiteral("The profile is not valid JSON: %1").arg(error));
-    profile = *loaded;
+    const ProfileReading reading = readProfileFile(path, profile);
+    if (!reading.profile) {
+        return refuseProfile(boxParent, QStringLiteral("Profile Open Failed"), reading.error);
+    }
+    profile = *reading.profile;
     return true;
 }
 
@@ -69,6 +64,11 @@ void MainWindow::saveDefaultProfileQuietly()
 
 void MainWindow::loadStartupProfile()
 {
+    if (startOptions.profile) {
+        profilePath = startOptions.profile->path;
+        profile = startOptions.profile->profile;
+        return;
+    }
     profilePath = defaultProfilePath();
     if (QFile::exists(profilePath))
         loadProfile(profilePath, false);
@@ -78,14 +78,19 @@ void MainWindow::loadStartupProfile()
 
 void MainWindow::loadFrequencyFile()
 {
+    if (startOptions.frequencyMhz) {
+        frequencyMhz = *startOptions.frequencyMhz;
+        return;
+    }
     QFile file(frequencyFilePath());
     if (openForReading(file, QIODevice::Text))
         frequencyMhz = parseFrequencyFile(file.readAll()).value_or(frequencyMhz);
 }
 
-// Nobody is told when it fails: the frequency in use stays right.
+// Nobody is told when it fails: the frequency in use stays right. From here on the file counts.
 void MainWindow::saveFrequencyFile()
 {
+    startOptions.frequencyMhz.reset();
     createFolderOf(frequencyFilePath());
     saveAtomically(frequencyFilePath(), frequencyText(frequencyMhz).toUtf8(), QIODevice::Text);
 }

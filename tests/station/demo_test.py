@@ -129,12 +129,6 @@ class DemoTest(unittest.TestCase):
         self.assertEqual(self.silent.exit_status(LONGEST_SECONDS), 1, self.silent.lines)
         self.assertEqual(self.silent.lines[-1], "1 periods, 0 decodes")
 
-    def test_refuses_a_number_of_periods_that_is_none(self):
-        for number in ("0", "-1", "two"):
-            with Home() as home, Demo(home, "refused", f"--periods={number}") as demo:
-                self.assertEqual(demo.exit_status(20), 2)
-                self.assertIn("--periods takes a whole number from 1 on", demo.lines[-1])
-
 
 if __name__ == "__main__":
     unittest.main()

@@ -1,0 +1,76 @@
+#include "app/commandline.h"
+
+#include "store/frequency.h"
+
+#include <QCommandLineParser>
+
+namespace
+{
+QString program()
+{
+    return QStringLiteral("kiwi-outpost");
+}
+
+QCommandLineOption profileOption()
+{
+    return {QStringLiteral("profile"),
+            QStringLiteral("Use this profile in place of the default one. Nothing is saved before "
+                           "you apply or choose something."),
+            QStringLiteral("FILE")};
+}
+
+QCommandLineOption mhzOption()
+{
+    return {QStringLiteral("mhz"),
+            QStringLiteral("Use this dial frequency in place of the saved one."),
+            QStringLiteral("FREQUENCY")};
+}
+
+QCommandLineOption connectOption()
+{
+    return {QStringLiteral("connect"), QStringLiteral("Connect to the receiver at the start.")};
+}
+
+CommandLine refused(const QString &sentence)
+{
+    return {{}, wrongUse(program(), sentence)};
+}
+
+// Nothing when there is no such option.
+std::optional<QString> valueOf(const QCommandLineParser &parser, const QCommandLineOption &option)
+{
+    return parser.isSet(option) ? std::optional(parser.value(option)) : std::nullopt;
+}
+} // namespace
+
+CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &readProfile)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Receive-only FT8 station for a KiwiSDR receiver. Qt's own options, such as "
+                       "-style\nand -geometry, are accepted, too."));
+    parser.addOptions({profileOption(), mhzOption(), connectOption()});
+    if (const auto ending = parseArguments(&parser, program(), withoutQtOptions(arguments))) {
+        return {{}, ending};
+    }
+    if (const auto ending = refuseOtherArguments(parser, program())) {
+        return {{}, ending};
+    }
+    StartOptions options;
+    options.connects = parser.isSet(connectOption());
+    if (const auto text = valueOf(parser, mhzOption())) {
+        options.frequencyMhz = parseFrequency(*text);
+        if (!options.frequencyMhz) {
+            return refused(
+                QStringLiteral("\"%1\" is not a frequency from 0.001 to 3000 MHz.").arg(*text));
+        }
+    }
+    if (const auto path = valueOf(parser, profileOption())) {
+        const ProfileReading reading = readProfile(*path);
+        if (!reading.profile) {
+            return refused(QStringLiteral("%1: %2").arg(*path, reading.error));
+        }
+        options.profile = OpenedProfile{*path, *reading.profile};
+    }
+    return {options, std::nullopt};
+}

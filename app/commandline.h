@@ -1,0 +1,19 @@
+#pragma once
+
+#include "app/programoptions.h"
+#include "app/startoptions.h"
+
+#include <functional>
+
+// What became of the station's command line: it starts with these options unless there is an
+// ending.
+struct CommandLine {
+    StartOptions options;
+    std::optional<Ending> ending;
+};
+
+using ReadProfile = std::function<ProfileReading(const QString &path)>;
+
+// The program's name comes first among the arguments. `readProfile` is asked for the file that
+// they name, if they do.
+CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &readProfile);

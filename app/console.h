@@ -1,0 +1,12 @@
+#pragma once
+
+#include "app/programoptions.h"
+
+// What a program does before it has an application object, and without a display.
+
+// The arguments of main in the user's encoding.
+QStringList argumentList(int argc, char **argv);
+
+// To standard output, or to standard error when the program could not do what was asked for. On
+// Windows to the console that the program was started from, or else in a box.
+void showEnding(const Ending &ending);

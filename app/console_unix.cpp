@@ -1,0 +1,21 @@
+#include "app/console.h"
+
+#include <clocale>
+#include <cstdio>
+
+QStringList argumentList(int argc, char **argv)
+{
+    std::setlocale(LC_ALL, ""); // the encoding, which Qt looks up once
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    return arguments;
+}
+
+void showEnding(const Ending &ending)
+{
+    std::FILE *stream = ending.exitCode == 0 ? stdout : stderr;
+    std::fprintf(stream, "%s\n", ending.text.toLocal8Bit().constData());
+    std::fflush(stream);
+}
