@@ -24,6 +24,8 @@ class LogLineTest : public QObject
 
 private slots:
     void localTimeABlankAndTheText();
+    void foreignTextKeepsToItsLine_data();
+    void foreignTextKeepsToItsLine();
 };
 
 void LogLineTest::localTimeABlankAndTheText()
@@ -39,6 +41,33 @@ void LogLineTest::localTimeABlankAndTheText()
     QCOMPARE(lastCategory, QStringLiteral("default"));
     const QString end = QStringLiteral(" say \"hello\" — 14.074000 MHz");
     QVERIFY2(lastMessage == earliest + end || lastMessage == latest + end, qPrintable(lastMessage));
+}
+
+void LogLineTest::foreignTextKeepsToItsLine_data()
+{
+    QTest::addColumn<QString>("foreign");
+    QTest::addColumn<QString>("shown");
+    const auto same = [](const char *name, const QString &text) {
+        QTest::newRow(name) << text << text;
+    };
+    same("empty", {});
+    same("printable", QStringLiteral("a \"b\" \\n <c> %1 — Grüße 漢字 \U0001f600"));
+    same("no-break space", QStringLiteral("a\u00a0b"));
+    QTest::newRow("line ends") << QStringLiteral("a\r\nb") << QStringLiteral("a\\u000d\\u000ab");
+    QTest::newRow("tab") << QStringLiteral("a\tb") << QStringLiteral("a\\u0009b");
+    QTest::newRow("zero") << QString(QChar(0)) << QStringLiteral("\\u0000");
+    QTest::newRow("terminal sequence") << QStringLiteral("\x1b[2J") << QStringLiteral("\\u001b[2J");
+    QTest::newRow("delete") << QStringLiteral("\x7f") << QStringLiteral("\\u007f");
+    QTest::newRow("C1") << QString(QChar(0x9b)) << QStringLiteral("\\u009b");
+    QTest::newRow("line separator") << QString(QChar(0x2028)) << QStringLiteral("\\u2028");
+    QTest::newRow("paragraph separator") << QString(QChar(0x2029)) << QStringLiteral("\\u2029");
+    QTest::newRow("reading direction") << QString(QChar(0x202e)) << QStringLiteral("\\u202e");
+}
+
+void LogLineTest::foreignTextKeepsToItsLine()
+{
+    QFETCH(QString, foreign);
+    QTEST(escapedControls(foreign), "shown");
 }
 
 QTEST_APPLESS_MAIN(LogLineTest)
