@@ -12,6 +12,7 @@
 
 #include "app/startoptions.h"
 #include "kiwi/linkstate.h"
+#include "kiwi/receivernotices.h"
 #include "store/profile.h"
 #include "store/statuslog.h"
 
@@ -140,6 +141,7 @@ private:
 
     // ---- kiwi/soundframes.cpp, kiwi/evidence.cpp ----
     void onBinaryFrame(QWebSocket *socket, const QByteArray &frame);
+    void logReceiverNotices(const QByteArray &frame);
     void takeSoundFrame(QWebSocket *socket, const QByteArray &frame);
     void sendKeepaliveWhenDue(QWebSocket *socket);
     void showSoundOutcome(const SoundOutcome &outcome);
@@ -204,6 +206,7 @@ private:
     bool probeQueued = false;
     bool socketErrorLogged = false; // of the live socket
     QString evidencePath;           // of this connection's report
+    RecentNotices recentNotices;    // of this connection, on all its endpoints
 
     // Decode
     std::unique_ptr<KiwiAudioCapture> capture;

@@ -61,6 +61,7 @@ void MainWindow::connectKiwi()
 {
     disconnectKiwi(false);
     resetLinkCounters();
+    recentNotices = {};
     link.probing = true;
     endpointIndex = 0;
     evidencePath = evidenceFilePath(qEnvironmentVariable("PELQ_KIWI_STAGE_CAPTURE_DIR"),

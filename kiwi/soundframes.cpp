@@ -4,6 +4,7 @@
 #include "app/mainwindow.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
+#include "kiwi/receivernotices.h"
 #include "kiwi/sndevidence.h"
 #include "kiwi/sndframe.h"
 
@@ -28,7 +29,18 @@ void MainWindow::onBinaryFrame(QWebSocket *socket, const QByteArray &frame)
                     .arg(QString::number(link.rxFrames), QString::number(frame.size()),
                          frameHead(frame)));
     }
+    logReceiverNotices(frame);
     setKiwiStatus(QString());
+}
+
+void MainWindow::logReceiverNotices(const QByteArray &frame)
+{
+    const QStringList notices = receiverNotices(frame);
+    for (const QString &notice : notices) {
+        if (recentNotices.tell(notice, nowMs())) {
+            logLine(QStringLiteral("Receiver says: %1").arg(notice));
+        }
+    }
 }
 
 void MainWindow::takeSoundFrame(QWebSocket *socket, const QByteArray &frame)

@@ -367,6 +367,7 @@ void SessionTest::aLinkThatEndsBeforeSoundIsFollowedByTheNextEndpoint()
     }
     QCOMPARE(inLines(station.trace.lines().filter(QStringLiteral("probe trying"))), inLines(tried));
     QVERIFY(!station.trace.contains(QStringLiteral("No verified SND data")));
+    QCOMPARE(station.trace.count(QStringLiteral("Receiver says: badp=1")), 1); // of all three
     QCOMPARE(sim.commands(first).size(), 7);
 }
 

@@ -59,6 +59,8 @@ private slots:
     void theFirstFramesAndEvery50thAreLogged();
     void theLogShowsTheFramesHeadAsPlainText_data();
     void theLogShowsTheFramesHeadAsPlainText();
+    void aRefusalIsLoggedInTheReceiversOwnWords();
+    void aRefusalIsLoggedOnceAMinuteAndForEachConnection();
     void aCaptureFolderThatCannotBeMadeIsTriedAgain();
     void theTitleTellsOfAPeriodAndStays();
     void theSessionOpensWithTheFirstSound();
@@ -258,6 +260,53 @@ void SoundFramesTest::theLogShowsTheFramesHeadAsPlainText()
         station.trace.lines(),
         QStringList{QStringLiteral("RX binary frame 1: size=%1, ascii=").arg(frame.size()) +
                     shown});
+}
+
+void SoundFramesTest::aRefusalIsLoggedInTheReceiversOwnWords()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    openLink(station, receiver);
+    receiver.sendText(QStringLiteral("MSG down=1"));
+    receiver.sendBinary("MSG badp=0");
+    receiver.sendBinary("MSG rx_chans=8 badp=1 monitor");
+    receiver.sendBinary("MSG kiwi_kick=1,You%20were%0akicked!");
+    receiver.sendBinary("SND down=1");
+    QTRY_VERIFY(station.trace.contains(QStringLiteral("RX binary frame 5")));
+    QCOMPARE(station.trace.lines().filter(QRegularExpression(QStringLiteral("^R[Xe]"))),
+             QStringList({QStringLiteral("RX text frame 1: MSG down=1"),
+                          QStringLiteral("RX binary frame 2: size=10, ascii=MSG badp"),
+                          QStringLiteral("RX binary frame 3: size=29, ascii=MSG rx_c"),
+                          QStringLiteral("Receiver says: badp=1"),
+                          QStringLiteral("Receiver says: monitor"),
+                          QStringLiteral("RX binary frame 4: size=36, ascii=MSG kiwi"),
+                          QStringLiteral("Receiver says: kiwi_kick=1,You were\\u000akicked!"),
+                          QStringLiteral("RX binary frame 5: size=10, ascii=SND down")}));
+    QVERIFY(statusText(station).startsWith(QStringLiteral("Connected")));
+}
+
+void SoundFramesTest::aRefusalIsLoggedOnceAMinuteAndForEachConnection()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    const QString line = QStringLiteral("Receiver says: too_busy=8");
+    openLink(station, receiver);
+    const qint64 startMs = station.clock.now();
+    const QVector<QPair<int, int>> steps = {{0, 1}, {0, 1}, {59999, 1}, {60000, 2}, {60001, 2}};
+    int frames = 0;
+    for (const auto &[afterMs, told] : steps) {
+        station.clock.set(startMs + afterMs);
+        receiver.sendBinary("MSG too_busy=8");
+        frames += 1;
+        const QString counted = QStringLiteral("RX binary frame %1:").arg(frames);
+        QTRY_VERIFY(station.trace.contains(counted));
+        QCOMPARE(station.trace.count(line), told);
+    }
+    station.connectTo(receiver.port());
+    QTRY_COMPARE(receiver.paths().size(), 2);
+    station.trace.clear();
+    receiver.sendBinary("MSG too_busy=8");
+    QTRY_COMPARE(station.trace.count(line), 1);
 }
 
 void SoundFramesTest::aCaptureFolderThatCannotBeMadeIsTriedAgain()

@@ -1,0 +1,76 @@
+#include "kiwi/receivernotices.h"
+
+#include "app/logline.h"
+#include "kiwi/kiwicommands.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+namespace
+{
+// Receivers say why in a few words. A configuration of megabytes is not searched for them.
+constexpr int maxSearchedBytes = 4096;
+constexpr int maxNotices = 20;
+constexpr qint64 repeatMs = 60000;
+
+bool tellsOfRefusal(const QByteArray &name)
+{
+    static const std::array<QByteArray, 8> names{"too_busy",  "monitor",           "badp",
+                                                 "down",      "redirect",          "ip_limit",
+                                                 "kiwi_kick", "inactivity_timeout"};
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// Of one "name" or "name=value"; empty when it tells of no refusal.
+QString notice(const QByteArray &pair)
+{
+    const int equals = pair.indexOf('=');
+    const QByteArray name = pair.mid(0, equals);
+    if (!tellsOfRefusal(name)) {
+        return {};
+    }
+    if (equals < 0) {
+        return QString::fromLatin1(name);
+    }
+    // Of a QByteArray, the text ends at the first zero byte.
+    const QString value = QString::fromUtf8(QByteArray::fromPercentEncoding(pair.mid(equals + 1)));
+    if (name == "badp" && value == QLatin1String("0")) {
+        return {}; // the password is accepted
+    }
+    return QString::fromLatin1(name) + QLatin1Char('=') + escapedControls(shortenedText(value));
+}
+} // namespace
+
+QStringList receiverNotices(const QByteArray &frame)
+{
+    const QByteArray tag = "MSG ";
+    if (!frame.startsWith(tag)) {
+        return {};
+    }
+    QStringList notices;
+    for (const QByteArray &pair : frame.mid(tag.size(), maxSearchedBytes).split(' ')) {
+        notices.append(notice(pair));
+    }
+    notices.removeAll(QString());
+    return notices;
+}
+
+bool RecentNotices::tell(const QString &notice, qint64 nowMs)
+{
+    forget(nowMs);
+    if (toldMs.contains(notice) || toldMs.size() >= maxNotices) {
+        return false;
+    }
+    toldMs.insert(notice, nowMs);
+    return true;
+}
+
+// What was told a minute ago, or after now: the computer's clock was set back since.
+void RecentNotices::forget(qint64 nowMs)
+{
+    for (auto it = toldMs.begin(); it != toldMs.end();) {
+        const bool recent = it.value() <= nowMs && nowMs - it.value() < repeatMs;
+        it = recent ? std::next(it) : toldMs.erase(it);
+    }
+}
