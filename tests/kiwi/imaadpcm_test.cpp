@@ -5,6 +5,8 @@
 #include <QVector>
 #include <QtEndian>
 
+#include <cmath>
+
 namespace
 {
 // Low nibble first, as the receiver packs them.
@@ -19,7 +21,7 @@ QVector<qint16> decodePayload(ImaAdpcmState &state, const QByteArray &payload)
     return samples;
 }
 
-// The payload that the reference decoder below was given.
+// The payloads that the reference decoder below was given. Noise keeps the index high.
 QByteArray noisePayload()
 {
     QByteArray payload;
@@ -29,6 +31,22 @@ QByteArray noisePayload()
         payload.append(static_cast<char>((x >> 16) & 0xffU));
     }
     return payload;
+}
+
+// Up through all steps, one a byte, and down again; the signs keep the samples from the limits.
+QByteArray sweepPayload()
+{
+    return QByteArray("\x84\x0c").repeated(44) + "\x84\x4c" + QByteArray("\x80").repeated(50);
+}
+
+// The recommendation's steps: 7 to 14, then each a tenth more than the one before, without its
+// fraction, up to the largest sample.
+int recommendedStep(int index)
+{
+    if (index < 8) {
+        return 7 + index;
+    }
+    return index < 88 ? int(16 * std::pow(1.1, index - 8)) : 32767;
 }
 } // namespace
 
@@ -42,6 +60,8 @@ private slots:
     void indexStaysWithinTheTable();
     void predictorStaysWithin16Bits();
     void stepIsTakenBeforeTheIndexMoves();
+    void everyStepIsTheRecommendedOne();
+    void agreesWithAnIndependentDecoder_data();
     void agreesWithAnIndependentDecoder();
     void stateRunsOnAcrossFrames();
 };
@@ -97,20 +117,45 @@ void ImaAdpcmTest::stepIsTakenBeforeTheIndexMoves()
     QCOMPARE(state.adpcmIndex, 18);
 }
 
-// 4096 samples that Python's audioop made of the same payload (nibbles swapped for it).
+void ImaAdpcmTest::everyStepIsTheRecommendedOne()
+{
+    for (int index = 0; index <= 88; ++index) {
+        const int step = recommendedStep(index);
+        ImaAdpcmState state{index, -32768};
+        QCOMPARE(int(decodeImaNibble(state, 7)), -32768 + step / 8 + step / 4 + step / 2 + step);
+    }
+}
+
+// Samples that Python's audioop made of the same payload (nibbles swapped for it).
+void ImaAdpcmTest::agreesWithAnIndependentDecoder_data()
+{
+    QTest::addColumn<QByteArray>("payload");
+    QTest::addColumn<QByteArray>("sha256"); // of the samples, little-endian
+    QTest::addColumn<int>("predictor");     // at the end
+    QTest::addColumn<int>("index");
+    QTest::newRow("noise") << noisePayload()
+                           << QByteArray("23afa18c02ff0cd90de328c1ff4b3beb"
+                                         "9f4b429a797338c3536ab1371f842e15")
+                           << 28672 << 87;
+    QTest::newRow("sweep") << sweepPayload()
+                           << QByteArray("3597f402f320ae50bbca243751182659"
+                                         "538f2bd90f2184fdd5ca15bb78171fc1")
+                           << 19309 << 0;
+}
+
 void ImaAdpcmTest::agreesWithAnIndependentDecoder()
 {
+    QFETCH(QByteArray, payload);
     ImaAdpcmState state;
     QByteArray bytes;
-    const QVector<qint16> samples = decodePayload(state, noisePayload());
+    const QVector<qint16> samples = decodePayload(state, payload);
     for (const qint16 sample : samples) {
         const qint16 little = qToLittleEndian(sample);
         bytes.append(reinterpret_cast<const char *>(&little), 2);
     }
-    QCOMPARE(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex(),
-             QByteArray("23afa18c02ff0cd90de328c1ff4b3beb9f4b429a797338c3536ab1371f842e15"));
-    QCOMPARE(state.adpcmPredictor, 28672);
-    QCOMPARE(state.adpcmIndex, 87);
+    QTEST(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex(), "sha256");
+    QTEST(state.adpcmPredictor, "predictor");
+    QTEST(state.adpcmIndex, "index");
 }
 
 void ImaAdpcmTest::stateRunsOnAcrossFrames()
