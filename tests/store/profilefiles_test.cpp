@@ -2,6 +2,7 @@
 // and behind Apply.
 
 #include "app/mainwindow.h"
+#include "sim/kiwisim.h"
 #include "tests/fixture/filedialogs.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
@@ -17,6 +18,10 @@
 #include <QPushButton>
 #include <QTcpSocket>
 #include <QTest>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
 
 namespace
 {
@@ -58,6 +63,33 @@ QStringList shownReceiver(const MainWindow &window)
     return shown;
 }
 
+// The titles of the boxes that come up during `act`; each is closed.
+QStringList boxesDuring(const std::function<void()> &act)
+{
+    QStringList titles;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &poll, [&titles] {
+        if (QWidget *box = QApplication::activeModalWidget()) {
+            titles += box->windowTitle();
+            box->close();
+        }
+    });
+    poll.start(1);
+    act();
+    return titles;
+}
+
+// With a box up, the window would not be there before somebody has closed it.
+std::unique_ptr<MainWindow> startWithoutBox()
+{
+    std::unique_ptr<MainWindow> window;
+    const QStringList boxes = boxesDuring([&] { window = std::make_unique<MainWindow>(); });
+    if (!boxes.isEmpty()) {
+        QTest::qFail(qPrintable(boxes.join(QStringLiteral("; "))), __FILE__, __LINE__);
+    }
+    return window;
+}
+
 } // namespace
 
 class ProfileFilesTest : public QObject
@@ -73,6 +105,7 @@ private slots:
     void aBrokenDefaultProfileIsIgnoredSilently_data();
     void aBrokenDefaultProfileIsIgnoredSilently();
     void aDefaultProfileThatCannotBeReadIsIgnoredSilently();
+    void aStartThatCannotSaveIsSilent();
     void theFrequencyIsReadAtTheStart_data();
     void theFrequencyIsReadAtTheStart();
 
@@ -82,6 +115,9 @@ private slots:
     void aPortInAStringIsNoPort();
     void openReadsTheFrequencyAgain();
     void openChangesNeitherBridgeNorDecoder();
+#ifdef OUTPOST_STREAMS
+    void openKeepsTheLinkAsItIs();
+#endif
     void openCancelledDoesNothing();
     void openRefusesWhatIsNoProfile_data();
     void openRefusesWhatIsNoProfile();
@@ -186,19 +222,30 @@ void ProfileFilesTest::aBrokenDefaultProfileIsIgnoredSilently()
     QFETCH(QByteArray, content);
     putFile(defaultProfile(), content);
     const LogTrace trace;
-    const MainWindow window;
+    const auto window = startWithoutBox();
     QCOMPARE(trace.lines().size(), 1); // the bridge's own
     QCOMPARE(fileBytes(defaultProfile()), content);
-    QCOMPARE(shownReceiver(window), QStringList({Profile().kiwiHost, QStringLiteral("8073"),
-                                                 QStringLiteral("14.074000")}));
+    QCOMPARE(shownReceiver(*window), QStringList({Profile().kiwiHost, QStringLiteral("8073"),
+                                                  QStringLiteral("14.074000")}));
 }
 
 void ProfileFilesTest::aDefaultProfileThatCannotBeReadIsIgnoredSilently()
 {
     QVERIFY(QFile::remove(defaultProfile()));
     QVERIFY(QDir().mkpath(defaultProfile()));
-    const MainWindow window;
-    QCOMPARE(shownReceiver(window).first(), Profile().kiwiHost);
+    const auto window = startWithoutBox();
+    QCOMPARE(shownReceiver(*window).first(), Profile().kiwiHost);
+}
+
+void ProfileFilesTest::aStartThatCannotSaveIsSilent()
+{
+    const QDir folder = QFileInfo(defaultProfile()).dir();
+    QVERIFY(QDir(folder).removeRecursively());
+    putFile(folder.path(), "in the folder's place");
+    const auto window = startWithoutBox();
+    QCOMPARE(boxesDuring([] { QTest::qWait(50); }), QStringList());
+    QCOMPARE(shownReceiver(*window).first(), Profile().kiwiHost);
+    QVERIFY(QFile::remove(folder.path()));
 }
 
 void ProfileFilesTest::theFrequencyIsReadAtTheStart_data()
@@ -309,6 +356,39 @@ void ProfileFilesTest::openChangesNeitherBridgeNorDecoder()
     QCOMPARE(summaryLine(window), summary);
     QCOMPARE(fileBytes(defaultProfile()), before);
 }
+
+#ifdef OUTPOST_STREAMS
+// Not even one that is up: the operator applies the new receiver when they want it.
+void ProfileFilesTest::openKeepsTheLinkAsItIs()
+{
+    KiwiSim receiver;
+    KiwiSim other;
+    QString error;
+    SimConfig config;
+    config.firstSoundDelayMs = 0;
+    QVERIFY2(receiver.listen(config, &error) && other.listen(config, &error), qPrintable(error));
+    QJsonObject keys = ordinaryProfile();
+    keys.insert(QStringLiteral("Host"), QStringLiteral("127.0.0.1"));
+    keys.insert(QStringLiteral("Port"), receiver.port());
+    testHome().writeProfile(keys);
+    keys.insert(QStringLiteral("Port"), other.port());
+    const QString path = anotherProfile(keys);
+    MainWindow window;
+    window.connectKiwi();
+    QTRY_VERIFY(summaryLine(window).startsWith(QStringLiteral("Kiwi Connected")));
+
+    const LogTrace trace;
+    chooseFile(path, [&] { choose(window, entry("Open Profile...")); });
+    QVERIFY(trace.contains(QStringLiteral("Profile opened: ") + path));
+    QTest::qWait(50); // a new attempt would be queued
+    QVERIFY(summaryLine(window).startsWith(QStringLiteral("Kiwi Connected")));
+    QVERIFY(!trace.contains(QStringLiteral("Kiwi receiver disconnected.")));
+    QVERIFY(!trace.contains(QStringLiteral("requested")));
+    QVERIFY(!trace.contains(QStringLiteral("probe")));
+    QCOMPARE(receiver.liveClients(), 1);
+    QVERIFY(other.events().isEmpty());
+}
+#endif
 
 void ProfileFilesTest::openCancelledDoesNothing()
 {
