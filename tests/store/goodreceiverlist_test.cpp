@@ -19,6 +19,7 @@
 #include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocalServer>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTest>
@@ -116,6 +117,7 @@ private slots:
     void theFirstWorkerThatDecodesRecordsTheReceiver();
 #endif
     void aBatchOfAWorkerRecords();
+    void theFrequencyInUseIsRecorded();
     void theTableRecordsWithAllItsRows();
     void noDecodesRecordNothing();
     void laterDecodesLeaveTheFileAsItIs();
@@ -125,6 +127,10 @@ private slots:
     void aBlankHostIsNotRecorded();
     void aDamagedFileIsReplaced_data();
     void aDamagedFileIsReplaced();
+#ifndef Q_OS_WIN // whose sockets are no files
+    void aFileThatCannotBeReadIsReplaced();
+#endif
+    void manyReceiversAreKeptAndListed();
     void aFailedRecordingIsOnlyLogged();
     void theFolderIsNotMade();
 
@@ -234,6 +240,14 @@ void GoodReceiverListTest::aBatchOfAWorkerRecords()
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
 }
 
+void GoodReceiverListTest::theFrequencyInUseIsRecorded()
+{
+    putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.0740005");
+    MainWindow().recordGoodReceiver(3);
+    QCOMPARE(savedList().at(0).toObject().value(QLatin1String("FrequencyMhz")).toDouble(),
+             7.0740005);
+}
+
 // The rows of the three periods shown, not those of the latest alone.
 void GoodReceiverListTest::theTableRecordsWithAllItsRows()
 {
@@ -327,6 +341,42 @@ void GoodReceiverListTest::aDamagedFileIsReplaced()
     QCOMPARE(savedList().size(), 1);
     QCOMPARE(savedList().at(0).toObject().value(QLatin1String("Host")).toString(),
              QStringLiteral("Kiwi.Example"));
+}
+
+#ifndef Q_OS_WIN
+// A socket lies in the folder like a file; nobody can read it as one, but a file can replace it.
+void GoodReceiverListTest::aFileThatCannotBeReadIsReplaced()
+{
+    MainWindow window;
+    QLocalServer server;
+    const QString socket = testHome().path(QStringLiteral("socket"));
+    QVERIFY(server.listen(socket));
+    QVERIFY(QFile::rename(socket, listFile()));
+    QVERIFY(QFile::exists(listFile()) && !QFile(listFile()).open(QIODevice::ReadOnly));
+    const LogTrace trace;
+    window.recordGoodReceiver(3);
+    QCOMPARE(trace.lines(),
+             QStringList(QStringLiteral("Good receiver recorded: Kiwi.Example:8073")));
+    QCOMPARE(savedList().size(), 1);
+}
+#endif
+
+void GoodReceiverListTest::manyReceiversAreKeptAndListed()
+{
+    constexpr int many = 300;
+    QJsonArray list;
+    for (int i = 0; i < many; ++i)
+        list.append(entry(QStringLiteral("kiwi%1.example").arg(i), 8073));
+    saveList(list);
+    MainWindow window;
+    window.recordGoodReceiver(3);
+    QCOMPARE(savedList().size(), many + 1);
+    inReceiverDialog(window, [](const ReceiverForm &form) {
+        QCOMPARE(form.goodReceivers->count(), 1 + many + 1);
+        QCOMPARE(removeItem(form, many + 1),
+                 QStringLiteral("Removed saved receiver: Kiwi.Example:8073"));
+    });
+    QCOMPARE(savedList(), list);
 }
 
 void GoodReceiverListTest::aFailedRecordingIsOnlyLogged()

@@ -115,6 +115,7 @@ private slots:
     void aFullDiskKeepsTheStatusLog();
     void aRemovalThatCannotBeSavedCountsAllTheSame_data();
     void aRemovalThatCannotBeSavedCountsAllTheSame();
+    void aReceiverAppliedAfterAFailedRemovalIsRecordedAgain();
     void applyingAReceiverKeepsTheSettings_data();
     void applyingAReceiverKeepsTheSettings();
 
@@ -346,6 +347,27 @@ void UnwritableFilesTest::aRemovalThatCannotBeSavedCountsAllTheSame()
     apply(window, QStringLiteral("other"));
     QCOMPARE(settingOnDisk(removedSetting), QStringList(QStringLiteral("kiwi:8073")));
     QCOMPARE(settingOnDisk(callsSetting), keptCalls);
+}
+
+// What was kept for want of room no longer counts once a change could be saved.
+void UnwritableFilesTest::aReceiverAppliedAfterAFailedRemovalIsRecordedAgain()
+{
+    SmallDisk disk(settingsFile());
+    QVERIFY(disk.isMounted());
+    writeProfile();
+    putFile(listFile(), R"([{"Host": "127.0.0.1", "Port": 1}])");
+    MainWindow window;
+    QVERIFY(disk.fillUp());
+    inReceiverDialog(window, [](const ReceiverForm &form) {
+        form.goodReceivers->setCurrentIndex(1);
+        QTest::mouseClick(form.remove, Qt::LeftButton);
+        QCOMPARE(form.status->text(), QStringLiteral("Removed saved receiver: 127.0.0.1:1"));
+    });
+    QVERIFY(disk.makeRoom());
+    apply(window, QStringLiteral("127.0.0.1"));
+    QVERIFY(!settingOnDisk(removedSetting).contains(QStringLiteral("127.0.0.1:1")));
+    window.recordGoodReceiver(3);
+    QVERIFY(fileBytes(listFile()).contains("127.0.0.1"));
 }
 
 void UnwritableFilesTest::applyingAReceiverKeepsTheSettings_data()
