@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 #include "sim/kiwisim.h"
+#include "tests/fixture/filedialogs.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
@@ -17,6 +18,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 #include <QTimer>
 
@@ -105,6 +107,7 @@ private slots:
     void showsTheFinishedSession();
     void listsTheNewestTwentyOfTwentyFive();
     void refreshesEveryFiveSecondsWithoutReadingTheFile();
+    void aReaderWhoHasScrolledStaysThere();
     void readsTheFileAgainWhenOpened();
 
     void aSecondStartChangesNothing();
@@ -112,6 +115,8 @@ private slots:
     void aSessionCountsOnlyWhileItRuns();
     void theStatusBarFollowsTheSession();
     void aSessionIsRecordedWhole();
+    void aSessionKeepsWhatItBeganWith();
+    void theLogHasNoLimit();
     void aSessionBelowOneSecondCounts();
     void hostsInAnotherCaseShareOneEntry();
     void aFileHoldingAnArrayIsReplaced();
@@ -194,6 +199,8 @@ void StatusLogWindowTest::opensModelessWithItsLook()
     const auto *box = dialog->findChild<QDialogButtonBox *>();
     QCOMPARE(box->buttons().size(), 1);
     QCOMPARE(box->standardButtons(), QDialogButtonBox::Close);
+    const int viewEnd = view->mapTo(dialog, view->rect().bottomLeft()).y();
+    QVERIFY(box->mapTo(dialog, QPoint()).y() > viewEnd);
 }
 
 // Looking again shows the same window and reads nothing.
@@ -329,6 +336,27 @@ void StatusLogWindowTest::refreshesEveryFiveSecondsWithoutReadingTheFile()
     QVERIFY(shows("No completed receiver sessions yet."));
 }
 
+void StatusLogWindowTest::aReaderWhoHasScrolledStaysThere()
+{
+    const auto window = newWindow();
+    for (int i = 0; i < 20; ++i)
+        runSession(window.get(), 1000);
+    window->startStatusSession();
+    openLog(*window);
+    logWindow()->resize(300, 250);
+    const auto *view = logWindow()->findChild<QPlainTextEdit *>();
+    QScrollBar *down = view->verticalScrollBar();
+    QScrollBar *across = view->horizontalScrollBar();
+    QTRY_VERIFY(down->maximum() > 9 && across->maximum() > 40);
+    down->setValue(9);
+    across->setValue(40);
+    now += 61000;
+    logWindow()->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)->setInterval(1);
+    QTRY_VERIFY(shows("Elapsed: 00:01:01\n"));
+    QCOMPARE(down->value(), 9);
+    QCOMPARE(across->value(), 40);
+}
+
 void StatusLogWindowTest::readsTheFileAgainWhenOpened()
 {
     const auto window = newWindow();
@@ -433,6 +461,53 @@ void StatusLogWindowTest::aSessionIsRecordedWhole()
                                               "        }\n"
                                               "    ]\n"
                                               "}\n"));
+}
+
+// A profile opened meanwhile changes the receiver of the next session.
+void StatusLogWindowTest::aSessionKeepsWhatItBeganWith()
+{
+    const auto window = newWindow();
+    openLog(*window);
+    window->startStatusSession();
+    const QString other = testHome().path(QStringLiteral("other.json"));
+    putFile(other, R"({"Host": "other.example", "Port": 8099})");
+    putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.074");
+    chooseFile(other, [&] {
+        choose(*window, {QStringLiteral("File"), QStringLiteral("Open Profile...")});
+    });
+    now += 75000;
+    window->finishStatusSession();
+    QVERIFY(shows("Kiwi.Example:8073 | Sessions: 1 |"));
+    QVERIFY(shows("2026-01-31T18:04:15Z | Kiwi.Example:8073 | 14.074000 MHz | 00:01:15 |"));
+    QCOMPARE(savedEntry("Receivers", 0).value(QLatin1String("LastFrequencyMhz")).toDouble(),
+             14.074);
+    runSession(window.get(), 1000);
+    QVERIFY(shows("| other.example:8099 | 7.074000 MHz | 00:00:01 |"));
+}
+
+void StatusLogWindowTest::theLogHasNoLimit()
+{
+    constexpr int many = 300;
+    QJsonArray receivers;
+    QJsonArray sessions;
+    for (int i = 0; i < many; ++i) {
+        const QJsonObject entry{{QStringLiteral("Host"), QStringLiteral("kiwi%1").arg(i)},
+                                {QStringLiteral("Port"), 8073}};
+        receivers.append(entry);
+        sessions.append(entry);
+    }
+    putFile(logFile(), QJsonDocument(QJsonObject{{QStringLiteral("Receivers"), receivers},
+                                                 {QStringLiteral("Sessions"), sessions}})
+                           .toJson());
+    const auto window = newWindow();
+    runSession(window.get(), 1000);
+    for (const char *list : {"Receivers", "Sessions"}) {
+        QCOMPARE(savedCount(list), many + 1);
+        QCOMPARE(savedEntry(list, 0).value(QLatin1String("Host")).toString(),
+                 QStringLiteral("kiwi0"));
+    }
+    openLog(*window);
+    QCOMPARE(shownText().count(QStringLiteral(" | Sessions: ")), many + 1);
 }
 
 void StatusLogWindowTest::aSessionBelowOneSecondCounts()
