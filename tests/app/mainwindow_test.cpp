@@ -251,8 +251,9 @@ void MainWindowTest::aSummaryOf335PixelsIsNotMadeSmaller()
     QFETCH(int, width);
     QFETCH(bool, fits);
     QFont font(QStringLiteral("DejaVu Sans"), 9);
-    for (int step = -400; summaryWidth(font) != width && step < 400; ++step) {
-        font.setLetterSpacing(QFont::AbsoluteSpacing, step / 100.0);
+    const double spacing = double(width - summaryWidth(font)) / longestSummary.size();
+    for (int step = -100; summaryWidth(font) != width && step <= 100; ++step) {
+        font.setLetterSpacing(QFont::AbsoluteSpacing, spacing + step / 100.0);
     }
     QCOMPARE(summaryWidth(font), width);
     const QFont before = QApplication::font();
