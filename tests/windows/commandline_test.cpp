@@ -66,7 +66,8 @@ private slots:
         file.close();
         const Answer answer = answerTo({QStringLiteral("--profile"), path});
         QCOMPARE(answer.exitCode, 2);
-        QVERIFY2(answer.errors.contains("The profile is not valid JSON"), answer.errors.constData());
+        QVERIFY2(answer.errors.contains("The profile is not valid JSON"),
+                 answer.errors.constData());
     }
 
     void whereNobodyListensABoxShowsIt()
