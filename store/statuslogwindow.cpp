@@ -5,6 +5,7 @@
 #include "store/atomicfile.h"
 #include "store/datafile.h"
 #include "store/datapaths.h"
+#include "store/textchanges.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -12,6 +13,8 @@
 #include <QJsonDocument>
 #include <QPlainTextEdit>
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QTextCursor>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -30,19 +33,95 @@ QPlainTextEdit *newLogView(QDialog *dialog)
 {
     auto *view = new QPlainTextEdit(dialog);
     view->setReadOnly(true);
+    view->setUndoRedoEnabled(false); // or every refresh would be kept
     view->setLineWrapMode(QPlainTextEdit::NoWrap);
     view->setAccessibleName(QStringLiteral("Receiver status log"));
     return view;
 }
 
-// A reader who has scrolled stays where they are.
+void makeChanges(QTextDocument *document, const QVector<TextChange> &changes)
+{
+    QTextCursor cursor(document);
+    cursor.beginEditBlock();
+    for (const TextChange &change : changes) {
+        cursor.setPosition(change.position);
+        cursor.setPosition(change.position + change.length, QTextCursor::KeepAnchor);
+        cursor.insertText(change.text);
+    }
+    cursor.endEditBlock();
+}
+
+// Where someone is in the log: positions in its text, and the column in view.
+struct Reader {
+    int anchor;
+    int position; // as the anchor: nothing is selected
+    int firstInView;
+    int column;
+};
+
+Reader readerOf(const QPlainTextEdit &view)
+{
+    const QTextCursor cursor = view.textCursor();
+    const int line = view.verticalScrollBar()->value(); // without wrapping, its unit
+    return {cursor.anchor(), cursor.position(), view.document()->findBlockByNumber(line).position(),
+            view.horizontalScrollBar()->value()};
+}
+
+// Qt's own cursors would not do: text that comes in at the end of a selection would join it, and a
+// selected number that counts on would not stay selected.
+Reader changedReader(const QVector<TextChange> &changes, const Reader &reader)
+{
+    const bool forwards = reader.anchor < reader.position;
+    const bool backwards = reader.position < reader.anchor;
+    return {changedPosition(changes, reader.anchor, backwards ? Edge::End : Edge::Start),
+            changedPosition(changes, reader.position, forwards ? Edge::End : Edge::Start),
+            changedPosition(changes, reader.firstInView, Edge::Start), reader.column};
+}
+
+void restoreReader(QPlainTextEdit *view, const Reader &reader)
+{
+    QTextDocument *document = view->document();
+    QTextCursor cursor(document);
+    cursor.setPosition(reader.anchor);
+    cursor.setPosition(reader.position, QTextCursor::KeepAnchor);
+    view->setTextCursor(cursor); // may scroll
+    view->verticalScrollBar()->setValue(document->findBlock(reader.firstInView).blockNumber());
+    view->horizontalScrollBar()->setValue(reader.column);
+}
+
+// As the view gives it back: a name in a hand-edited log may hold line breaks of every kind.
+QString asShown(QString text)
+{
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    for (QChar &character : text) {
+        switch (character.unicode()) {
+        case '\r':
+        case 0x2028: // line separator
+        case 0x2029: // paragraph separator
+        case 0xfdd0: // Qt's own marks of a frame's begin and end
+        case 0xfdd1:
+            character = QLatin1Char('\n');
+            break;
+        case 0xa0: // no-break space
+            character = QLatin1Char(' ');
+            break;
+        default:
+            break;
+        }
+    }
+    return text;
+}
+
+// What the reader has selected stays selected, and what is in view stays there.
 void replaceText(QPlainTextEdit *view, const QString &text)
 {
-    const int line = view->verticalScrollBar()->value();
-    const int column = view->horizontalScrollBar()->value();
-    view->setPlainText(text);
-    view->verticalScrollBar()->setValue(line);
-    view->horizontalScrollBar()->setValue(column);
+    const QVector<TextChange> changes = textChanges(view->toPlainText(), asShown(text));
+    if (changes.isEmpty()) {
+        return;
+    }
+    const Reader reader = readerOf(*view);
+    makeChanges(view->document(), changes);
+    restoreReader(view, changedReader(changes, reader));
 }
 
 } // namespace
