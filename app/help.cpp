@@ -1,5 +1,6 @@
 #include "app/helptext.h"
 #include "app/mainwindow.h"
+#include "app/smallscreen.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -29,5 +30,6 @@ void MainWindow::showHelpAbout()
     layout->addWidget(heading);
     layout->addWidget(text, 1);
     layout->addWidget(buttons);
+    keepOnScreen(&dialog);
     dialog.exec();
 }

@@ -1,6 +1,7 @@
 #include "display/livedialog.h"
 
 #include "app/dialogs.h"
+#include "app/smallscreen.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -30,6 +31,7 @@ LiveDialog buildLiveDialog(QWidget *parent, const QString &title, int refreshMs,
     auto *label = buildSelectableLabel(dialog);
     layout->addWidget(label);
     layout->addWidget(newCloseBox(dialog));
+    keepOnScreen(dialog);
 
     auto *timer = new QTimer(dialog);
     timer->setInterval(refreshMs);

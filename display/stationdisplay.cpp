@@ -1,4 +1,5 @@
 #include "app/mainwindow.h"
+#include "app/smallscreen.h"
 
 #include <QDialog>
 #include <QHeaderView>
@@ -148,6 +149,9 @@ QString MainWindow::stationText() const
 
 void MainWindow::sizeStationDialog()
 {
+    if (scrollsToFitScreen(*stationDialog)) {
+        return;
+    }
     constexpr int sideMargins = 16;
     stationDialog->setFixedWidth(qMax(stationLabel->sizeHint().width(), stationTable->width()) +
                                  sideMargins);

@@ -1,5 +1,6 @@
 #include "app/dialogs.h"
 #include "app/mainwindow.h"
+#include "app/smallscreen.h"
 
 #include "store/frequency.h"
 #include "store/receiverinput.h"
@@ -172,6 +173,7 @@ void MainWindow::showReceiverDialog()
     connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
 
     receiverStatusLabel = form.status;
+    keepOnScreen(&dialog);
     dialog.exec();
     receiverStatusLabel = nullptr;
 }

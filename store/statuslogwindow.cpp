@@ -2,6 +2,7 @@
 
 #include "app/dialogs.h"
 #include "app/logline.h"
+#include "app/smallscreen.h"
 #include "store/atomicfile.h"
 #include "store/datafile.h"
 #include "store/datapaths.h"
@@ -196,6 +197,7 @@ void MainWindow::buildStatusLogWindow()
     auto *layout = new QVBoxLayout(statusLogDialog);
     layout->addWidget(statusLogView);
     layout->addWidget(newCloseBox(statusLogDialog));
+    keepOnScreen(statusLogDialog);
     statusLogTimer = new QTimer(statusLogDialog);
     connect(statusLogTimer, &QTimer::timeout, this, [this] { refreshStatusLogView(); });
     connect(statusLogDialog, &QObject::destroyed, this, [this] {

@@ -1,0 +1,102 @@
+#include "app/smallscreen.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QEvent>
+#include <QPointer>
+#include <QScreen>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace
+{
+
+bool fits(const QSize &size, const QSize &room)
+{
+    return size.width() <= room.width() && size.height() <= room.height();
+}
+
+QSize smallestSize(const QDialog &dialog)
+{
+    return dialog.minimumSizeHint().expandedTo(dialog.minimumSize());
+}
+
+QScrollArea *newScrollArea(QDialog *dialog)
+{
+    auto *area = new QScrollArea(dialog);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setAccessibleName(dialog->windowTitle());
+    area->setWidget(new QWidget);
+    return area;
+}
+
+void scrollWhatIsAboveTheButtons(QDialog *dialog)
+{
+    const QPointer<QWidget> focused = dialog->focusWidget(); // loses it on the way
+    QLayout *content = dialog->layout();
+    auto *buttons = dialog->findChild<QDialogButtonBox *>();
+    QScrollArea *area = newScrollArea(dialog);
+    content->removeWidget(buttons);
+    area->widget()->setLayout(content);
+    auto *layout = new QVBoxLayout(dialog);
+    layout->setContentsMargins(content->contentsMargins());
+    content->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(area);
+    layout->addWidget(buttons);
+    dialog->setMinimumSize(0, 0);
+    dialog->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    area->show();
+    if (focused) {
+        focused->setFocus();
+    }
+}
+
+// The size of a dialog and of what it shows is known when it is shown and may change afterwards.
+class ScreenKeeper : public QObject
+{
+public:
+    explicit ScreenKeeper(QDialog *dialogToKeep) : QObject(dialogToKeep), dialog(dialogToKeep) {}
+
+protected:
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override
+    {
+        if (event->type() == QEvent::Show && !event->spontaneous()) {
+            keep(dialog->size().expandedTo(smallestSize(*dialog)));
+        } else if (event->type() == QEvent::LayoutRequest && dialog->isVisible()) {
+            keep(smallestSize(*dialog)); // a larger size is the operator's own
+        }
+        return false;
+    }
+
+private:
+    void keep(const QSize &wanted)
+    {
+        // The frame is not known before a window is on the screen, but its parent's is.
+        const QWidget *beside = dialog->parentWidget()->window();
+        const QRect free = beside->screen()->availableGeometry();
+        const QSize room = free.size() - (beside->frameSize() - beside->size());
+        if (fits(wanted, room)) {
+            return;
+        }
+        if (!scrollsToFitScreen(*dialog) && !fits(smallestSize(*dialog), room)) {
+            scrollWhatIsAboveTheButtons(dialog);
+        }
+        dialog->resize(room);
+        dialog->move(free.topLeft());
+    }
+
+    QDialog *const dialog;
+};
+
+} // namespace
+
+void keepOnScreen(QDialog *dialog)
+{
+    dialog->installEventFilter(new ScreenKeeper(dialog));
+}
+
+bool scrollsToFitScreen(const QDialog &dialog)
+{
+    return dialog.findChild<QScrollArea *>({}, Qt::FindDirectChildrenOnly) != nullptr;
+}
