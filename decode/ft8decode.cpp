@@ -1,5 +1,6 @@
 #include "decode/ft8decode.h"
 
+#include <QHash>
 #include <QRegularExpression>
 #include <QSet>
 #include <QVector>
@@ -12,9 +13,10 @@ namespace
 {
 constexpr qint64 sameSignalHz = 12;
 
+// Of decodes with the same message.
 bool sameSignal(const Ft8Decode &a, const Ft8Decode &b)
 {
-    return qAbs(qint64(a.freq) - b.freq) <= sameSignalHz && a.key == b.key;
+    return qAbs(qint64(a.freq) - b.freq) <= sameSignalHz;
 }
 
 bool isBetter(const Ft8Decode &fresh, const Ft8Decode &known)
@@ -24,16 +26,30 @@ bool isBetter(const Ft8Decode &fresh, const Ft8Decode &known)
     return std::abs(fresh.dt) < std::abs(known.dt);
 }
 
-void addDecode(QVector<Ft8Decode> &decodes, const Ft8Decode &fresh)
+// One decode of each signal, in the order in which the signals were first met.
+class DistinctDecodes
 {
-    const auto known = std::find_if(decodes.begin(), decodes.end(), [&](const Ft8Decode &decode) {
-        return sameSignal(decode, fresh);
-    });
-    if (known == decodes.end())
-        decodes.append(fresh);
-    else if (isBetter(fresh, *known))
-        *known = fresh;
-}
+public:
+    void add(const Ft8Decode &fresh)
+    {
+        QVector<int> &sameMessage = places[fresh.key];
+        const auto known = std::find_if(sameMessage.begin(), sameMessage.end(), [&](int place) {
+            return sameSignal(decodes.at(place), fresh);
+        });
+        if (known == sameMessage.end()) {
+            sameMessage.append(decodes.size());
+            decodes.append(fresh);
+        } else if (isBetter(fresh, decodes.at(*known))) {
+            decodes[*known] = fresh;
+        }
+    }
+
+    const QVector<Ft8Decode> &all() const { return decodes; }
+
+private:
+    QVector<Ft8Decode> decodes;
+    QHash<QString, QVector<int>> places; // in `decodes`, of each message's
+};
 } // namespace
 
 const QRegularExpression &decodeLinePattern()
@@ -64,13 +80,13 @@ Ft8Decode parseDecodeLine(const QString &line)
 
 QStringList mergeDecodeLines(const QStringList &lines)
 {
-    QVector<Ft8Decode> decodes;
+    DistinctDecodes distinct;
     QSet<QString> otherKeys;
     QStringList otherLines;
     for (const QString &line : lines) {
         const Ft8Decode decode = parseDecodeLine(line);
         if (decode.valid) {
-            addDecode(decodes, decode);
+            distinct.add(decode);
             continue;
         }
         const QString otherKey = decode.line.simplified().toUpper();
@@ -80,6 +96,7 @@ QStringList mergeDecodeLines(const QStringList &lines)
         }
     }
 
+    QVector<Ft8Decode> decodes = distinct.all();
     std::sort(decodes.begin(), decodes.end(), [](const Ft8Decode &a, const Ft8Decode &b) {
         return std::tie(a.freq, a.key) < std::tie(b.freq, b.key);
     });

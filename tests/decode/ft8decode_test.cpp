@@ -112,6 +112,7 @@ private slots:
             "zz ~ odd|000001 1 0.1 1000 ~ CQ B| ZZ  ~  ODD|aa ~ odd|000001 1 0.1 900 ~ CQ A|zz ~ "
             "odd",
             "000001 1 0.1 900 ~ CQ A|000001 1 0.1 1000 ~ CQ B|zz ~ odd|aa ~ odd");
+        row("other lines keep their inner blanks", " a  ~   odd |A ~ ODD", "a  ~   odd");
         row("blank lines vanish, lines are trimmed", "  |  000001 1 0.1 1000 ~ CQ B  | x ",
             "000001 1 0.1 1000 ~ CQ B|x");
     }
