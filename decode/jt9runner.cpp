@@ -5,11 +5,19 @@
 #include <QFileInfo>
 #include <QProcessEnvironment>
 
+#include <utility>
+
 #include "decode/jt9locator.h"
 #include "decode/jt9process.h"
 
 namespace
 {
+#ifdef Q_OS_WIN
+constexpr bool crashIsSignal = false; // the exit code tells what happened
+#else
+constexpr bool crashIsSignal = true;
+#endif
+
 // The decoder finds its own libraries first and keeps its files in the worker's folder.
 QProcessEnvironment jt9Environment(const QString &jt9Folder, const QString &workerFolder)
 {
@@ -40,14 +48,49 @@ bool readUntilFinished(QProcess &process, int finishMs, Jt9Output &output)
     }
     return process.state() == QProcess::NotRunning;
 }
+
+Jt9Failure failureOf(const QProcess &finished)
+{
+    const QString code = QString::number(finished.exitCode());
+    if (finished.exitStatus() != QProcess::NormalExit) {
+        return {crashIsSignal ? Jt9Cause::Killed : Jt9Cause::ExitCode, code};
+    }
+    return finished.exitCode() == 0 ? Jt9Failure() : Jt9Failure{Jt9Cause::ExitCode, code};
+}
+
+Jt9Result resultOf(Jt9Output &output)
+{
+    Jt9Result result;
+    result.lines = output.finish();
+    if (output.hasDroppedLines()) {
+        result.failure = {Jt9Cause::TooManyLines, QString::number(Jt9Output::maxLines)};
+    }
+    return result;
+}
+
+QString seconds(int ms)
+{
+    return QString::number(ms / 1000.0);
+}
+
+// Where the next line ends in `bytes`, or -1.
+int lineEnd(const QByteArray &bytes, int from)
+{
+    for (int at = from; at < bytes.size(); ++at) {
+        if (bytes.at(at) == '\n' || bytes.at(at) == '\r') {
+            return at;
+        }
+    }
+    return -1;
+}
 } // namespace
 
-QStringList runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
-                   int depth, const Jt9Limits &limits, bool folderIsOwn)
+Jt9Result runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
+                 int depth, const Jt9Limits &limits, bool folderIsOwn)
 {
     const QString jt9Path = jt9PathInUse();
     if (jt9Path.isEmpty() || !QFileInfo::exists(jt9Path) || !canRunJt9(jt9Path))
-        return {};
+        return {{}, {Jt9Cause::NoDecoder, jt9Path}};
 
     Jt9Process process(folderIsOwn);
     process.setWorkingDirectory(workerFolder);
@@ -59,59 +102,65 @@ QStringList runJt9(const QString &wavPath, const QString &workerFolder, const De
                                    QString::number(band.lowHz),  QStringLiteral("-H"),
                                    QString::number(band.highHz), wavPath};
     if (!process.launch(jt9Path, arguments, limits.startMs))
-        return {};
+        return {{}, {Jt9Cause::NotStarted, process.errorString()}};
 
     Jt9Output output;
     if (!readUntilFinished(process, limits.finishMs, output)) {
         process.killFamily();
         process.waitForFinished(limits.killMs);
-        return {};
+        return {{}, {Jt9Cause::Overran, seconds(limits.finishMs)}};
     }
-    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        return {};
-    return output.finish();
+    const Jt9Failure failure = failureOf(process);
+    if (failure.cause != Jt9Cause::None) {
+        return {{}, failure};
+    }
+    return resultOf(output);
 }
 
 void Jt9Output::add(const QByteArray &bytes)
 {
-    if (ended)
+    if (ended) {
         return;
-    partialLine += bytes;
-    const int nul = partialLine.indexOf('\0');
-    if (nul >= 0) {
-        partialLine.truncate(nul);
-        ended = true;
     }
-    const int lastEnd = qMax(partialLine.lastIndexOf('\n'), partialLine.lastIndexOf('\r'));
-    if (lastEnd >= 0) {
-        takeLines(partialLine.left(lastEnd));
-        partialLine.remove(0, lastEnd + 1);
+    const int nul = bytes.indexOf('\0');
+    const QByteArray text = nul < 0 ? bytes : bytes.left(nul);
+    int begin = 0;
+    for (int end = lineEnd(text, 0); end >= 0 && !ended; end = lineEnd(text, begin)) {
+        extendLine(text.mid(begin, end - begin));
+        takeLine();
+        begin = end + 1;
     }
-    if (partialLine.size() > mostBytes || keptBytes > mostBytes) {
-        partialLine.clear();
-        ended = true;
-    }
+    extendLine(text.mid(begin));
+    ended = ended || nul >= 0;
 }
 
 QStringList Jt9Output::finish()
 {
-    takeLines(partialLine);
-    partialLine.clear();
+    takeLine();
     ended = true;
     return lines;
 }
 
-// Line by line: the conversion drops a byte order mark from the front of what it is given, which
-// must not hang on how the output happened to arrive.
-void Jt9Output::takeLines(QByteArray wholeLines)
+// One byte beyond the bound tells that the line is too long.
+void Jt9Output::extendLine(const QByteArray &part)
 {
-    for (const QByteArray &part : wholeLines.replace('\r', '\n').split('\n')) {
-        if (!part.contains('~'))
-            continue; // not worth converting
-        const QString line = QString::fromLocal8Bit(part).trimmed();
-        if (!line.contains(QLatin1Char('~')))
-            continue;
-        lines.append(line);
-        keptBytes += line.size();
+    line += part.left(maxLineBytes + 1 - line.size());
+}
+
+// The conversion drops a byte order mark from the front of what it is given, so it is given one
+// line at a time, however the output happened to arrive.
+void Jt9Output::takeLine()
+{
+    const QByteArray whole = std::exchange(line, {});
+    if (!whole.contains('~') || whole.size() > maxLineBytes) {
+        return; // not worth converting
+    }
+    const QString text = QString::fromLocal8Bit(whole).trimmed();
+    if (!text.contains(QLatin1Char('~'))) {
+        return;
+    }
+    dropped = ended = lines.size() == maxLines;
+    if (!dropped) {
+        lines.append(text);
     }
 }

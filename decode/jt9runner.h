@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include "decode/decodeband.h"
+#include "decode/jt9result.h"
 
 // How long one run may take, in ms.
 struct Jt9Limits {
@@ -17,30 +18,33 @@ struct Jt9Limits {
 // one WAV file and one sub-band, and returns its decode lines. The decoder works in
 // `workerFolder` and takes it for its home, so that what it leaves behind goes with that folder.
 // Every failure (no decoder, one that cannot run from where it lies, no start, overrun, crash, an
-// exit code other than 0) gives an empty list. When this returns, nothing that the decoder
-// started is running any more (`folderIsOwn`: no other run has this folder, nor another copy of
-// the program; otherwise what has left the decoder's process group goes on). `depth` is 1..3.
-// Blocks; may run on several threads at once.
-QStringList runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
-                   int depth, const Jt9Limits &limits = {}, bool folderIsOwn = true);
+// exit code other than 0) gives no lines and the cause. When this returns, nothing that the
+// decoder started is running any more (`folderIsOwn`: no other run has this folder, nor another
+// copy of the program; otherwise what has left the decoder's process group goes on). `depth` is
+// 1..3. Blocks; may run on several threads at once.
+Jt9Result runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
+                 int depth, const Jt9Limits &limits = {}, bool folderIsOwn = true);
 
 // Gathers the decode lines of a decoder's standard output as it arrives: those that contain "~",
 // trimmed, in order. Reading ends at the first NUL byte. Everything else is dropped as it comes,
-// and no more than about mostBytes of lines are kept, so that a decoder that prints without end
-// does not fill the memory.
+// and so are longer lines and further ones than any real decoder prints, so that one that prints
+// without end fills neither the memory nor the window.
 class Jt9Output
 {
 public:
-    static constexpr int mostBytes = 256 * 1024; // a crowded band takes a few kB
+    static constexpr int maxLineBytes = 512; // without its end; a decode takes fewer than 80
+    static constexpr int maxLines = 500;     // a sub-band holds fewer than 60 signals
 
-    void add(const QByteArray &bytes); // in the local 8-bit encoding
-    QStringList finish();              // also takes a last line without an end
+    void add(const QByteArray &bytes);               // in the local 8-bit encoding
+    QStringList finish();                            // also takes a last line without an end
+    bool hasDroppedLines() const { return dropped; } // after the first maxLines
 
 private:
-    void takeLines(QByteArray wholeLines);
+    void extendLine(const QByteArray &part);
+    void takeLine();
 
-    QByteArray partialLine;
+    QByteArray line; // of one that is too long, the beginning
     QStringList lines;
-    int keptBytes = 0;
+    bool dropped = false;
     bool ended = false; // the rest is not looked at
 };

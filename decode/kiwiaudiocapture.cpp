@@ -67,6 +67,11 @@ void KiwiAudioCapture::setDecodeDepth(int depth)
     decodeDepth = depth;
 }
 
+void KiwiAudioCapture::setDecoderLimits(const Jt9Limits &limits)
+{
+    decoderLimits = limits;
+}
+
 void KiwiAudioCapture::setPeriodCallback(DecodeCallback callback)
 {
     periodCallback = std::move(callback);
@@ -185,35 +190,46 @@ void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &sa
                              decodeBand(worker),
                              decodeDepth,
                              captureFolder.path(),
-                             captureFolder.isOwn()};
+                             captureFolder.isOwn(),
+                             decoderLimits};
         workerPool.start(
             new DecodeTask([guard, object = this, queuedAtReset = resets, job, samples] {
-                const QStringList lines = decodeSlot(job, samples);
+                const Jt9Result result = decodeSlot(job, samples);
                 if (guard.isNull())
                     return;
-                const auto delivery = [guard, queuedAtReset, job, lines] {
+                const auto delivery = [guard, queuedAtReset, job, result] {
                     if (guard)
-                        guard->deliver(queuedAtReset, job.periodStartMs, lines);
+                        guard->deliver(queuedAtReset, job, result);
                 };
                 QMetaObject::invokeMethod(object, delivery, Qt::QueuedConnection);
             }));
     }
 }
 
-void KiwiAudioCapture::deliver(int queuedAtReset, qint64 finishedStartMs, const QStringList &lines)
+void KiwiAudioCapture::deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result)
 {
+    const qint64 finishedStartMs = job.periodStartMs;
     if (queuedAtReset != resets || !pendingPeriods.contains(finishedStartMs))
         return;
-    if (workerCallback && !lines.isEmpty())
-        workerCallback(periodLabel(finishedStartMs), lines);
+    logFailure(job, result.failure);
+    if (workerCallback && !result.lines.isEmpty())
+        workerCallback(periodLabel(finishedStartMs), result.lines);
 
     PendingSlot &slot = pendingPeriods[finishedStartMs];
-    slot.collectedLines += lines;
+    slot.collectedLines += result.lines;
     if (++slot.finishedWorkers < workersPerPeriod)
         return;
     finishedPeriods.insert(finishedStartMs, mergeDecodeLines(slot.collectedLines));
     pendingPeriods.remove(finishedStartMs);
     drainInOrder();
+}
+
+void KiwiAudioCapture::logFailure(const SlotJob &job, const Jt9Failure &failure)
+{
+    const QString news = failures.report(periodLabel(job.periodStartMs), job.worker, failure);
+    if (!news.isEmpty()) {
+        logLine(news);
+    }
 }
 
 // An earlier period that is still being decoded holds the later ones back.

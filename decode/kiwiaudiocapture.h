@@ -12,7 +12,11 @@
 #include <functional>
 
 #include "decode/capturefolder.h"
+#include "decode/jt9runner.h"
+#include "decode/workerfailures.h"
 #include "kiwi/imaadpcm.h"
+
+struct SlotJob;
 
 // Receives one FT8 period (or one worker's share of it): the period's UTC start as "HH:mm:ss",
 // and jt9 decode lines.
@@ -48,6 +52,7 @@ public:
     // each works in a folder of its own (see decode/capturefolder.h).
     void setCaptureFolder(const QString &folder);
     void setDecodeDepth(int depth);                  // jt9's, 1..3; applies from the next period on
+    void setDecoderLimits(const Jt9Limits &limits);  // other than usual; from the next period on
     void setPeriodCallback(DecodeCallback callback); // merged lines, once per non-empty period
     void setWorkerCallback(DecodeCallback callback); // raw lines, once per non-empty worker
 
@@ -97,7 +102,8 @@ private:
     bool takeAdpcm(const QByteArray &frame);
     bool takePlain(const QByteArray &frame);
     bool closePeriod(); // false: passed over
-    void deliver(int queuedAtReset, qint64 finishedStartMs, const QStringList &lines);
+    void deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result);
+    void logFailure(const SlotJob &job, const Jt9Failure &failure);
     void drainInOrder();
 
     CaptureFolder captureFolder;
@@ -108,7 +114,9 @@ private:
     QList<qint64> periodOrder; // starts of the queued periods, oldest first
     QMap<qint64, PendingSlot> pendingPeriods;
     QMap<qint64, QStringList> finishedPeriods; // merged, waiting for their turn
+    WorkerFailures failures;
     int decodeDepth = 2;
+    Jt9Limits decoderLimits;
     QByteArray periodSamples; // bytesPerPeriod long throughout; counters.samples of it are filled
     bool started = false;
     bool armed = false;

@@ -8,7 +8,6 @@
 #include <QThread>
 
 #include "app/timetext.h"
-#include "decode/jt9runner.h"
 
 namespace
 {
@@ -112,19 +111,22 @@ QString writeSlotWav(const QString &path, const QByteArray &samples)
     return {};
 }
 
-QStringList decodeSlot(const SlotJob &job, const QByteArray &samples)
+Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
 {
     if (samples.size() != slotPcmBytes)
-        return {};
+        return {{}, {Jt9Cause::WavNotWritten, QStringLiteral("the period is not whole")}};
 
     const QString folder = QDir(job.captureFolder).absoluteFilePath(workerFolderName(job));
-    if (!removeFolder(folder) || !makeFolder(folder))
-        return {};
+    if (!removeFolder(folder))
+        return {{}, {Jt9Cause::FolderLeft, {}}};
+    if (!makeFolder(folder))
+        return {{}, {Jt9Cause::FolderMissing, {}}};
 
     const QString wavPath = folder + QStringLiteral("/pelq_ft8_slot.wav");
-    QStringList lines;
-    if (writeSlotWav(wavPath, samples).isEmpty())
-        lines = runJt9(wavPath, folder, job.band, job.depth, {}, job.folderIsOwn);
+    const QString wavError = writeSlotWav(wavPath, samples);
+    Jt9Result result = wavError.isEmpty() ? runJt9(wavPath, folder, job.band, job.depth, job.limits,
+                                                   job.folderIsOwn)
+                                          : Jt9Result{{}, {Jt9Cause::WavNotWritten, wavError}};
     removeFolder(folder);
-    return lines;
+    return result;
 }

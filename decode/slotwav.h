@@ -2,9 +2,9 @@
 
 #include <QByteArray>
 #include <QString>
-#include <QStringList>
 
 #include "decode/decodeband.h"
+#include "decode/jt9runner.h"
 
 // One worker's share of a period.
 struct SlotJob {
@@ -14,6 +14,7 @@ struct SlotJob {
     int depth = 2;            // jt9's, 1..3
     QString captureFolder;    // root of the workers' scratch folders
     bool folderIsOwn = false; // no other copy of the program works in it
+    Jt9Limits limits = {};
 };
 
 constexpr int slotPcmBytes = 360000; // 15 s of signed 16-bit mono at 12000 Hz
@@ -26,6 +27,6 @@ QString workerFolderName(const SlotJob &job);
 QString writeSlotWav(const QString &path, const QByteArray &samples);
 
 // Writes the period to a scratch folder of its own, runs jt9 on it there, removes the folder and
-// returns jt9's decode lines. Every failure gives an empty list. Blocks as long as jt9 runs;
-// meant for a worker thread.
-QStringList decodeSlot(const SlotJob &job, const QByteArray &samples);
+// returns jt9's decode lines. Every failure gives no lines and the cause. Blocks as long as jt9
+// runs; meant for a worker thread.
+Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples);

@@ -11,14 +11,14 @@
 
 namespace
 {
-// The decode lines of a whole output, all at once.
+// All decode lines of a whole output at once, however many.
 QStringList referenceLines(const QByteArray &output)
 {
     QStringList lines;
     QByteArray text = output.split('\0').first();
     for (const QByteArray &part : text.replace('\r', '\n').split('\n')) {
         const QString line = QString::fromUtf8(part).trimmed();
-        if (line.contains(QLatin1Char('~')))
+        if (part.size() <= 512 && line.contains(QLatin1Char('~')))
             lines.append(line);
     }
     return lines;
@@ -29,7 +29,11 @@ QStringList linesInChunks(const QByteArray &output, int chunkBytes)
     Jt9Output lines;
     for (int at = 0; at < output.size(); at += chunkBytes)
         lines.add(output.mid(at, chunkBytes));
-    return lines.finish();
+    const QStringList kept = lines.finish();
+    const QStringList all = referenceLines(output);
+    require(kept == all.mid(0, 500), "the first lines are kept, and chunks do not matter");
+    require(lines.hasDroppedLines() == (all.size() > 500), "it is told that more were printed");
+    return kept;
 }
 
 struct Record {
@@ -119,13 +123,7 @@ void checkMerge(const QStringList &lines)
 // A decoder that prints without end: the input over and over.
 void checkBound(const QByteArray &piece, int chunkBytes)
 {
-    const QByteArray endless = piece.repeated(2 * Jt9Output::mostBytes / qMax(1, piece.size()));
-    const QStringList lines = linesInChunks(endless, chunkBytes);
-    int kept = 0;
-    for (const QString &line : lines)
-        kept += line.size();
-    require(kept <= 2 * Jt9Output::mostBytes + chunkBytes, "what is kept is bounded");
-    require(lines == referenceLines(endless).mid(0, lines.size()), "the first lines are kept");
+    linesInChunks(piece.repeated(500000 / qMax(1, piece.size())), chunkBytes);
 }
 } // namespace
 
@@ -141,9 +139,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     FuzzInput input(data, size);
     const int chunkBytes = 1 + input.byte();
     const QByteArray output = input.rest();
-    const QStringList lines = linesInChunks(output, chunkBytes);
-    require(lines == referenceLines(output), "chunks do not matter");
-    checkMerge(lines);
+    checkMerge(linesInChunks(output, chunkBytes));
     if (input.isOneIn(256))
         checkBound(output, 4096);
     return 0;

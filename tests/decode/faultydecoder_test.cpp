@@ -27,6 +27,8 @@ private slots:
     void aFolderThatIsThereAgainIsUsedAgain_data();
     void aFolderThatIsThereAgainIsUsedAgain();
     void theWindowMayGoWhileADecoderRuns();
+    void aFailedRunIsOneLineInTheLogAndNothingElse_data();
+    void aFailedRunIsOneLineInTheLogAndNothingElse();
 };
 
 namespace
@@ -245,6 +247,50 @@ void FaultyDecoderTest::theWindowMayGoWhileADecoderRuns()
     station.reset();
     QTRY_COMPARE(receiver.liveLinks(), 0);
     judge(aftermath);
+}
+
+void FaultyDecoderTest::aFailedRunIsOneLineInTheLogAndNothingElse_data()
+{
+    QTest::addColumn<QByteArray>("fault");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("exits 1") << QByteArray("exit 1")
+                             << QStringLiteral("jt9 ended with exit code 1");
+    QTest::newRow("crashes") << QByteArray("kill -SEGV $$")
+                             << QStringLiteral("jt9 was killed by signal 11");
+}
+
+void FaultyDecoderTest::aFailedRunIsOneLineInTheLogAndNothingElse()
+{
+    QFETCH(QByteArray, fault);
+    QFETCH(QString, reason);
+    const QStringList nextPeriod{QStringLiteral("14:23:30")};
+    PuppetReceiver receiver;
+    QStringList usualLines;
+    {
+        TestStation healthy(faultyOnce("exit 0"));
+        healthy.hearPeriod(receiver);
+        sendPeriod(receiver);
+        QTRY_COMPARE(shownPeriods(healthy), nextPeriod);
+        usualLines = healthy.trace.lines();
+    }
+    TestStation station(faultyOnce("[ $5 != 725 ] && exit 0; " + fault));
+    station.hearPeriod(receiver);
+    const QString title = station.window->windowTitle();
+    sendPeriod(receiver);
+    QTRY_COMPARE(shownPeriods(station), nextPeriod);
+    QCOMPARE(station.window->windowTitle(), title);
+    for (const QWidget *shown : QApplication::topLevelWidgets()) {
+        QVERIFY(shown == station.window.get() || !shown->isVisible());
+    }
+    QStringList lines = station.trace.lines();
+    const QString worker = QStringLiteral(", worker 2 (725-1550 Hz): ");
+    QCOMPARE(lines.removeAll(QStringLiteral("Period 14:23:15") + worker +
+                             QStringLiteral("no decodes, ") + reason),
+             1);
+    QCOMPARE(lines.removeAll(QStringLiteral("Period 14:23:30") + worker +
+                             QStringLiteral("all is well again")),
+             1);
+    QCOMPARE(lines, usualLines);
 }
 
 OUTPOST_WINDOW_TEST_MAIN(FaultyDecoderTest)

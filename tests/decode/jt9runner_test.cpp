@@ -40,6 +40,14 @@ int memoryKb(const QByteArray &name)
     return -1;
 }
 
+QStringList linesInChunks(const QByteArray &text, int chunkBytes)
+{
+    Jt9Output output;
+    for (int at = 0; at < text.size(); at += chunkBytes)
+        output.add(text.mid(at, chunkBytes));
+    return output.finish();
+}
+
 bool isAlive(const QByteArray &pid)
 {
     QFile stat(QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(pid.trimmed())));
@@ -106,6 +114,8 @@ private:
 };
 } // namespace
 
+Q_DECLARE_METATYPE(Jt9Cause)
+
 class Jt9RunnerTest : public QObject
 {
     Q_OBJECT
@@ -141,35 +151,63 @@ private slots:
     {
         QFETCH(QByteArray, output);
         QFETCH(QStringList, lines);
-        Jt9Output whole;
-        whole.add(output);
-        QCOMPARE(whole.finish(), lines);
-
-        Jt9Output byteByByte;
-        for (int i = 0; i < output.size(); ++i)
-            byteByByte.add(output.mid(i, 1));
-        QCOMPARE(byteByByte.finish(), lines);
+        QCOMPARE(linesInChunks(output, qMax(1, output.size())), lines);
+        QCOMPARE(linesInChunks(output, 1), lines);
     }
 
-    void keepsWholeLinesOnlyUpToABound()
+    void keepsTheFirst500Lines_data()
     {
-        const QByteArray block = (decodeLine.toLatin1() + '\n').repeated(1000);
+        QTest::addColumn<int>("printed");
+        QTest::addColumn<int>("kept");
+        QTest::addColumn<bool>("hasDropped");
+        QTest::newRow("499") << 499 << 499 << false;
+        QTest::newRow("500") << 500 << 500 << false;
+        QTest::newRow("501") << 501 << 500 << true;
+        QTest::newRow("20,000") << 20000 << 500 << true;
+    }
+
+    void keepsTheFirst500Lines()
+    {
+        QFETCH(int, printed);
+        QFETCH(int, kept);
+        QFETCH(bool, hasDropped);
+        QByteArray text;
+        for (int i = 1; i <= printed; ++i)
+            text += "banner\n~ " + QByteArray::number(i) + '\n';
         Jt9Output output;
-        for (int i = 0; i < 1000; ++i)
-            output.add(block);
+        output.add(text + "banner\n");
         const QStringList lines = output.finish();
-        QVERIFY(lines.size() * decodeLine.size() >= Jt9Output::mostBytes);
-        QVERIFY(lines.size() * decodeLine.size() < 2 * Jt9Output::mostBytes);
-        QCOMPARE(lines.last(), decodeLine);
+        QCOMPARE(lines.size(), kept);
+        QCOMPARE(lines.first(), QStringLiteral("~ 1"));
+        QCOMPARE(lines.last(), QStringLiteral("~ %1").arg(kept));
+        QCOMPARE(output.hasDroppedLines(), hasDropped);
     }
 
-    void aLineWithoutEndIsDropped()
+    void aLineBeyond512BytesIsNoDecode_data()
     {
-        Jt9Output output;
-        output.add(decodeLine.toLatin1() + '\n');
-        for (int i = 0; i < 100; ++i)
-            output.add(QByteArray(10000, '~'));
-        QCOMPARE(output.finish(), QStringList(decodeLine));
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<bool>("isDecode");
+        QTest::newRow("512") << 512 << true;
+        QTest::newRow("513") << 513 << false;
+        QTest::newRow("5 MB") << 5000000 << false;
+    }
+
+    void aLineBeyond512BytesIsNoDecode()
+    {
+        QFETCH(int, bytes);
+        QFETCH(bool, isDecode);
+        const QByteArray line = '~' + QByteArray(bytes - 2, ' ') + 'x';
+        QStringList expected = {QStringLiteral("~ before"), QString::fromLatin1(line),
+                                QStringLiteral("~ after")};
+        if (!isDecode)
+            expected.removeAt(1);
+        for (const char *end : {"\n", "\r\n", "\r"}) {
+            const QByteArray output = QByteArray("~ before") + end + line + end + "~ after" + end;
+            QCOMPARE(linesInChunks(output, output.size()), expected);
+            QCOMPARE(linesInChunks(output, 100), expected);
+            QCOMPARE(linesInChunks(output, 1), expected);
+        }
+        QCOMPARE(linesInChunks(line, 100), isDecode ? expected.mid(1, 1) : QStringList());
     }
 
     void manyOtherLinesDoNotHideADecode()
@@ -301,23 +339,68 @@ private slots:
         QVERIFY(decoder.allLeft().isEmpty());
     }
 
-    void failuresGiveNothing_data()
+    void failuresGiveNoLinesAndTheirCause_data()
     {
         QTest::addColumn<QString>("script");
-        const auto row = [](const char *name, const char *script) {
-            QTest::newRow(name) << QString::fromLatin1(script);
+        QTest::addColumn<Jt9Cause>("cause");
+        QTest::addColumn<QString>("detail");
+        const auto row = [](const char *name, const char *script, Jt9Cause cause,
+                            const char *detail) {
+            QTest::newRow(name) << QString::fromLatin1(script) << cause
+                                << QString::fromLatin1(detail);
         };
-        row("exit code 1", "echo '~ x'; exit 1");
-        row("exit code 3", "echo '~ x'; exit 3");
-        row("crash", "echo '~ x'; kill -SEGV $$");
-        row("nothing printed", "exit 0");
+        row("exit code 1", "echo '~ x'; exit 1", Jt9Cause::ExitCode, "1");
+        row("exit code 3", "echo '~ x'; exit 3", Jt9Cause::ExitCode, "3");
+        row("crash", "echo '~ x'; kill -SEGV $$", Jt9Cause::Killed, "11");
+        row("killed", "echo '~ x'; kill -KILL $$", Jt9Cause::Killed, "9");
+        row("a flood, then exit code 1", "yes '~ x' | head -1000; exit 1", Jt9Cause::ExitCode, "1");
+        row("overrun", "echo '~ x'; exec sleep 1000", Jt9Cause::Overran, "1.5");
     }
 
-    void failuresGiveNothing()
+    void failuresGiveNoLinesAndTheirCause()
+    {
+        QFETCH(QString, script);
+        QFETCH(Jt9Cause, cause);
+        QFETCH(QString, detail);
+        const ScriptedDecoder decoder(script);
+        const bool overruns = cause == Jt9Cause::Overran;
+        const Jt9Result result = runWith({5000, overruns ? 1500 : 45000, 60000});
+        QCOMPARE(result.lines, QStringList());
+        QCOMPARE(result.failure.cause, cause);
+        QCOMPARE(result.failure.detail, detail);
+    }
+
+    void withoutAFailureThereIsNoCause_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("decodes") << QStringLiteral("echo '~ x'");
+        QTest::newRow("nothing printed") << QStringLiteral("exit 0");
+    }
+
+    void withoutAFailureThereIsNoCause()
     {
         QFETCH(QString, script);
         const ScriptedDecoder decoder(script);
-        QCOMPARE(run(), QStringList());
+        QCOMPARE(runWith({}).failure, Jt9Failure());
+    }
+
+    void linesBeyondTheFirst500AreTheCauseOfALoss()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("yes '~ x' | head -501"));
+        const Jt9Result result = runWith({});
+        QCOMPARE(result.lines.size(), 500);
+        QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::TooManyLines, QStringLiteral("500")}));
+    }
+
+    void withoutADecoderItsPathIsTheDetail()
+    {
+        const ScriptedDecoder decoder;
+        QVERIFY(QFile::remove(decoder.bin(QStringLiteral("wsjtx"))));
+        QCOMPARE(runWith({}).failure, (Jt9Failure{Jt9Cause::NoDecoder, decoder.path()}));
+        QVERIFY(QFile::remove(decoder.path()));
+        QCOMPARE(runWith({}).failure, (Jt9Failure{Jt9Cause::NoDecoder, decoder.path()}));
+        qunsetenv("PELQ_JT9_PATH");
+        QCOMPARE(runWith({}).failure, (Jt9Failure{Jt9Cause::NoDecoder, {}}));
     }
 
     void aDecoderThatCannotStartGivesNothing()
@@ -328,7 +411,10 @@ private slots:
         decoder.writeProgram(broken, QStringLiteral("echo '~'"));
         QVERIFY(QFile::setPermissions(broken, QFile::ReadOwner));
         qputenv("PELQ_JT9_PATH", broken.toLocal8Bit());
-        QCOMPARE(run(), QStringList());
+        const Jt9Result result = runWith({});
+        QCOMPARE(result.lines, QStringList());
+        QCOMPARE(result.failure.cause, Jt9Cause::NotStarted);
+        QVERIFY(!result.failure.detail.isEmpty());
     }
 
     void aDecoderThatIsLongInStartingIsGivenUp()
@@ -493,7 +579,7 @@ private slots:
         const QString head = QStringLiteral("yes '%1' | head -c 100000000; echo; echo '~ last'");
         QTest::newRow("100 MB of other lines")
             << head.arg(QString(60, QLatin1Char('b'))) << 45000 << 1;
-        QTest::newRow("100 MB of decodes") << head.arg(decodeLine) << 45000 << 5000;
+        QTest::newRow("100 MB of decodes") << head.arg(decodeLine) << 45000 << 500;
         QTest::newRow("one line without end")
             << QStringLiteral("echo '~ x'; head -c 100000000 /dev/zero | tr '\\0' '~'") << 45000
             << 1;
@@ -529,16 +615,16 @@ private slots:
         QVERIFY(QFile::exists(signal));
 
         qputenv("PELQ_JT9_PATH", jt9.toLocal8Bit());
-        const QStringList lines = runJt9(signal, work->path(), {725, 1550}, 2);
+        const QStringList lines = runJt9(signal, work->path(), {725, 1550}, 2).lines;
         QCOMPARE(lines.size(), 1);
         QVERIFY2(lines.first().contains(QStringLiteral(" 1234 ~  CQ K1ABC FN42")),
                  qPrintable(lines.first()));
-        QCOMPARE(runJt9(signal, work->path(), {2175, 3000}, 2), QStringList());
+        QCOMPARE(runJt9(signal, work->path(), {2175, 3000}, 2).lines, QStringList());
         qunsetenv("PELQ_JT9_PATH");
     }
 
 private:
-    QStringList run(const Jt9Limits &limits = {}, bool folderIsOwn = true) const
+    Jt9Result runWith(const Jt9Limits &limits, bool folderIsOwn = true) const
     {
         return runJt9(wav, work->path(), {725, 1550}, 2, limits, folderIsOwn);
     }
@@ -552,6 +638,11 @@ private:
                               "read x < $here/never\" %1 &\n"
                               "read up < $here/up; echo '~ x'")
             .arg(redirections);
+    }
+
+    QStringList run(const Jt9Limits &limits = {}, bool folderIsOwn = true) const
+    {
+        return runWith(limits, folderIsOwn).lines;
     }
 
     std::unique_ptr<QTemporaryDir> work;

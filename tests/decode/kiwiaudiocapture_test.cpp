@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -468,6 +469,68 @@ private slots:
         QVERIFY(QDir(folder->path()).isEmpty());
     }
 
+    void aFailureIsLoggedOnceAndSoIsItsEnd()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("case $slot in *_142415_*) ;; *_142400_S2_*) kill -9 $$;;\n"
+                           "*_S2_*) exit 3;; esac; echo \"~ $5\""));
+        const LogTrace log;
+        for (int i = 0; i < 5; ++i) {
+            capture->queueDecodeSlices(boundaryMs + i * KiwiAudioCapture::periodMs, silence);
+            QTRY_COMPARE(periods.size(), i + 1);
+        }
+        const QString worker = QStringLiteral("Period %1, worker 2 (725-1550 Hz): %2");
+        const QStringList lines = {
+            worker.arg(QLatin1String("14:23:15"),
+                       QLatin1String("no decodes, jt9 ended with exit code 3")),
+            worker.arg(QLatin1String("14:24:00"),
+                       QLatin1String("no decodes, jt9 was killed by signal 9")),
+            worker.arg(QLatin1String("14:24:15"), QLatin1String("all is well again"))};
+        QCOMPARE(log.lines(), lines);
+    }
+
+    void aDecoderThatHangsCostsItsWorkersLines()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("case $slot in *_142315_S1_*) exec sleep 1000;; esac; echo \"~ $5\""));
+        const LogTrace log;
+        capture->setDecoderLimits({5000, 3000, 60000});
+        QElapsedTimer timer;
+        timer.start();
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->setDecoderLimits({});
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE_WITH_TIMEOUT(periods.size(), 2, 30000);
+        QVERIFY(timer.elapsed() >= 3000);
+        QCOMPARE(periods.at(0).label, QStringLiteral("14:23:15"));
+        QCOMPARE(periods.at(0).lines.size(), 3);
+        QCOMPARE(periods.at(1).lines.size(), 4);
+        QCOMPARE(log.lines().first(), QStringLiteral("Period 14:23:15, worker 1 (0-825 Hz): no "
+                                                     "decodes, jt9 overran 3 s"));
+        QVERIFY(QDir(folder->path()).isEmpty());
+    }
+
+    void otherLinesComeInTheOrderInWhichTheWorkersReport()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("[ $5 = 725 ] || flock -s $here/$5 true; echo \"~ $5\""));
+        const Gate first(decoder.left(QStringLiteral("0")));
+        const Gate third(decoder.left(QStringLiteral("1450")));
+        const Gate fourth(decoder.left(QStringLiteral("2175")));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(batches.size(), 1);
+        int reported = 1;
+        for (const Gate *gate : {&fourth, &first, &third}) {
+            gate->open();
+            ++reported;
+            QTRY_COMPARE(batches.size(), reported);
+        }
+        const QStringList inOrder = {QStringLiteral("~ 725"), QStringLiteral("~ 2175"),
+                                     QStringLiteral("~ 0"), QStringLiteral("~ 1450")};
+        QCOMPARE(periods.size(), 1);
+        QCOMPARE(periods.first().lines, inOrder);
+    }
+
     void periodsAreDeliveredInOrder()
     {
         // Worker 0 of the first period is held back; the second period's finish meanwhile.
@@ -633,6 +696,22 @@ private slots:
         QCOMPARE(batches.size(), 4);
         QVERIFY(!decoder.readLeft(QStringLiteral("log")).contains("_142330_"));
         QVERIFY(QDir(folder->path()).isEmpty());
+    }
+
+    void aFailureFromBeforeAResetIsNotLogged()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("case $slot in *_142315_*) echo + >> $here/log\n"
+                           "flock -s $here/gate true; exit 1;; esac; echo \"~ $slot\""));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        const LogTrace log;
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")).size(), 8);
+        capture->reset();
+        gate.open();
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(log.lines(), QStringList());
     }
 
     void resultsFromBeforeAResetDoNotReachTheSamePeriodAfterIt()

@@ -1,6 +1,7 @@
 #include "decode/slotwav.h"
 
 #include <QDir>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QtTest>
@@ -8,7 +9,9 @@
 #include <memory>
 
 #ifndef Q_OS_WIN
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <sys/resource.h>
 
 #include "tests/decode/scripteddecoder.h"
@@ -100,7 +103,7 @@ private slots:
     void noDecoderLeavesNoFolder()
     {
         qunsetenv("PELQ_JT9_PATH");
-        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+        QCOMPARE(linesOf(job(), periodOfSamples()), QStringList());
         QVERIFY(QDir(capture->path()).isEmpty());
     }
 
@@ -121,7 +124,7 @@ private slots:
                 "echo '%1'; echo '<DecodeFinished>'")
                 .arg(decodeLine));
         const QByteArray samples = periodOfSamples();
-        QCOMPARE(decodeSlot(job(), samples), QStringList(decodeLine));
+        QCOMPARE(linesOf(job(), samples), QStringList(decodeLine));
 
         const QString folder =
             capture->filePath(QStringLiteral("WORKER_20260116_142315_S2_725_1550"));
@@ -178,7 +181,7 @@ private slots:
         const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
         SlotJob missing = job();
         missing.captureFolder = capture->filePath(QStringLiteral("never/made"));
-        QCOMPARE(decodeSlot(missing, QByteArray(size, '\0')), QStringList());
+        QCOMPARE(linesOf(missing, QByteArray(size, '\0')), QStringList());
         QVERIFY(QDir(capture->path()).isEmpty());
         QVERIFY(decoder.allLeft().isEmpty());
     }
@@ -193,7 +196,7 @@ private slots:
         QVERIFY(wav.open(QIODevice::WriteOnly));
         QVERIFY(wav.resize(500000));
 
-        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList(decodeLine));
+        QCOMPARE(linesOf(job(), periodOfSamples()), QStringList(decodeLine));
         QCOMPARE(decoder.readLeft(QStringLiteral("ls")), QByteArray("pelq_ft8_slot.wav\n"));
         QVERIFY(!folder.exists());
     }
@@ -204,7 +207,7 @@ private slots:
             QStringLiteral("mkdir -p a/b/.c; touch a/b/.c/file; chmod 0 a/b/.c; chmod 0400 a/b\n"
                            "chmod 0500 .; echo '%1'")
                 .arg(decodeLine));
-        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList(decodeLine));
+        QCOMPARE(linesOf(job(), periodOfSamples()), QStringList(decodeLine));
         QVERIFY(QDir(capture->path()).isEmpty());
     }
 
@@ -224,7 +227,7 @@ private slots:
         QVERIFY(QDir(elsewhere.path()).mkpath(QStringLiteral("kept/deep")));
         const QString link = capture->filePath(workerFolderName(job()));
         QVERIFY(QFile::link(elsewhere.filePath(target), link));
-        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList(decodeLine));
+        QCOMPARE(linesOf(job(), periodOfSamples()), QStringList(decodeLine));
         QCOMPARE(decoder.readLeft(QStringLiteral("pwd")), link.toLocal8Bit() + '\n');
         QVERIFY(QDir(elsewhere.filePath(QStringLiteral("kept/deep"))).exists());
         QVERIFY(QDir(capture->path()).isEmpty());
@@ -247,7 +250,7 @@ private slots:
         QVERIFY(QFile::setPermissions(kept, QFile::ReadOwner | QFile::ExeOwner));
         const ScriptedDecoder decoder(
             QStringLiteral("target='%1'; %2; echo '%3'").arg(kept, script, decodeLine));
-        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList(decodeLine));
+        QCOMPARE(linesOf(job(), periodOfSamples()), QStringList(decodeLine));
         QVERIFY(QDir(kept + QStringLiteral("/deep")).exists());
         QVERIFY(!QFileInfo(kept).permission(QFile::WriteOwner));
         QVERIFY(
@@ -260,8 +263,44 @@ private slots:
         const ScriptedDecoder decoder(QStringLiteral("echo '%1'").arg(decodeLine));
         SlotJob deep = job();
         deep.captureFolder = capture->filePath(QStringLiteral("a/b"));
-        QCOMPARE(decodeSlot(deep, periodOfSamples()), QStringList(decodeLine));
+        QCOMPARE(linesOf(deep, periodOfSamples()), QStringList(decodeLine));
         QVERIFY(QDir(deep.captureFolder).isEmpty());
+    }
+
+    // Its path just fits; that of a file in it does not.
+    void aFileThatCannotBeOpenedIsTheCauseAndLeavesNoFolder()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        SlotJob deep = job();
+        deep.captureFolder = deepFolder(4090);
+        QVERIFY(QDir().mkpath(deep.captureFolder));
+        const Jt9Result result = decodeSlot(deep, periodOfSamples());
+        QCOMPARE(result.lines, QStringList());
+        QCOMPARE(result.failure.cause, Jt9Cause::WavNotWritten);
+        QCOMPARE(result.failure.detail, QString::fromLocal8Bit(strerror(ENAMETOOLONG)));
+        QVERIFY(decoder.allLeft().isEmpty());
+        QVERIFY(QDir(deep.captureFolder).isEmpty());
+    }
+
+    // What lies in it has too long a path to be removed by.
+    void anOldFolderThatCannotBeRemovedIsTheCause()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        SlotJob deep = job();
+        deep.captureFolder = deepFolder(4060);
+        const QString old = QDir(deep.captureFolder).filePath(workerFolderName(deep));
+        QVERIFY(QDir().mkpath(old));
+        const QString before = QDir::currentPath();
+        const auto restore = qScopeGuard([&] {
+            QDir().rmdir(QString(100, QLatin1Char('x')));
+            QDir::setCurrent(before);
+        });
+        QVERIFY(QDir::setCurrent(old));
+        QVERIFY(QDir().mkdir(QString(100, QLatin1Char('x'))));
+        const Jt9Result result = decodeSlot(deep, periodOfSamples());
+        QCOMPARE(result.lines, QStringList());
+        QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::FolderLeft, {}}));
+        QVERIFY(decoder.allLeft().isEmpty());
     }
 
     void aFileInTheFoldersPlaceGivesNothing()
@@ -269,7 +308,9 @@ private slots:
         const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
         QFile inTheWay(capture->filePath(workerFolderName(job())));
         QVERIFY(inTheWay.open(QIODevice::WriteOnly));
-        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+        const Jt9Result result = decodeSlot(job(), periodOfSamples());
+        QCOMPARE(result.lines, QStringList());
+        QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::FolderMissing, {}}));
         QVERIFY(decoder.allLeft().isEmpty());
     }
 
@@ -278,7 +319,11 @@ private slots:
         const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
         {
             const FileSizeLimit limit(100000);
-            QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+            const Jt9Result result = decodeSlot(job(), periodOfSamples());
+            QCOMPARE(result.lines, QStringList());
+            QCOMPARE(result.failure,
+                     (Jt9Failure{Jt9Cause::WavNotWritten,
+                                 QStringLiteral("PCM payload write was incomplete.")}));
         }
         QVERIFY(decoder.allLeft().isEmpty());
         QVERIFY(QDir(capture->path()).isEmpty());
@@ -288,13 +333,32 @@ private slots:
     {
         const ScriptedDecoder decoder(
             QStringLiteral("touch scrap $here/ran; echo '%1'; exit 1").arg(decodeLine));
-        QCOMPARE(decodeSlot(job(), periodOfSamples()), QStringList());
+        const Jt9Result result = decodeSlot(job(), periodOfSamples());
+        QCOMPARE(result.lines, QStringList());
+        QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::ExitCode, QStringLiteral("1")}));
         QCOMPARE(decoder.allLeft(), QStringList(QStringLiteral("ran")));
         QVERIFY(QDir(capture->path()).isEmpty());
     }
 #endif
 
 private:
+    static QStringList linesOf(const SlotJob &job, const QByteArray &samples)
+    {
+        return decodeSlot(job, samples).lines;
+    }
+
+#ifndef Q_OS_WIN
+    // A capture folder in which the worker's folder has a path of so many bytes.
+    QString deepFolder(int workerFolderBytes) const
+    {
+        const int bytes = workerFolderBytes - 1 - workerFolderName(job()).size();
+        QString folder = capture->path();
+        while (bytes - folder.size() > 250)
+            folder += QLatin1Char('/') + QString(200, QLatin1Char('d'));
+        return folder + QLatin1Char('/') + QString(bytes - folder.size() - 1, QLatin1Char('d'));
+    }
+#endif
+
     SlotJob job() const
     {
         return {periodStartMs, 1, {725, 1550}, 3, capture->path()};

@@ -88,7 +88,7 @@ private slots:
         const QString workerFolder = work->filePath(folder);
         QVERIFY(QDir().mkpath(workerFolder));
         const QString wav = workerFolder + QStringLiteral("/pelq_ft8_slot.wav");
-        QCOMPARE(runJt9(wav, workerFolder, band, 2), QStringList(QStringLiteral("~ x")));
+        QCOMPARE(runJt9(wav, workerFolder, band, 2).lines, QStringList(QStringLiteral("~ x")));
 
         const QStringList arguments = {QStringLiteral("--ft8"), QStringLiteral("-d"),
                                        QStringLiteral("2"),     QStringLiteral("-L"),
@@ -217,7 +217,7 @@ private slots:
         const QByteArray samples(slotPcmBytes, '\x11');
         const QString capture = work->filePath(QStringLiteral("J\u00fcrgen's capture"));
         const SlotJob job = {1768573395000, 1, band, 3, capture};
-        QCOMPARE(decodeSlot(job, samples), QStringList(QStringLiteral("~ x")));
+        QCOMPARE(decodeSlot(job, samples).lines, QStringList(QStringLiteral("~ x")));
         QCOMPARE(decoder.left(QStringLiteral("725.wav")).mid(44), samples);
         QCOMPARE(decoder.recorded(725, QStringLiteral("argument")).value(7),
                  capture + QStringLiteral("/WORKER_20260116_142315_S2_725_1550/pelq_ft8_slot.wav"));
@@ -228,7 +228,8 @@ private:
     QStringList run(const Jt9Limits &limits = {}) const
     {
         return runJt9(work->filePath(QStringLiteral("pelq_ft8_slot.wav")), work->path(), band, 2,
-                      limits);
+                      limits)
+            .lines;
     }
 
     std::unique_ptr<QTemporaryDir> work;

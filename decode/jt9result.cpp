@@ -1,0 +1,35 @@
+#include "decode/jt9result.h"
+
+static QString failurePattern(const Jt9Failure &failure)
+{
+    switch (failure.cause) {
+    case Jt9Cause::NoDecoder:
+        return failure.detail.isEmpty() ? QStringLiteral("no decodes, no decoder is chosen")
+                                        : QStringLiteral("no decodes, %1 cannot be run");
+    case Jt9Cause::NotStarted:
+        return QStringLiteral("no decodes, jt9 did not start: %1");
+    case Jt9Cause::Overran:
+        return QStringLiteral("no decodes, jt9 overran %1 s");
+    case Jt9Cause::Killed:
+        return QStringLiteral("no decodes, jt9 was killed by signal %1");
+    case Jt9Cause::ExitCode:
+        return QStringLiteral("no decodes, jt9 ended with exit code %1");
+    case Jt9Cause::FolderLeft:
+        return QStringLiteral("no decodes, an old scratch folder could not be removed");
+    case Jt9Cause::FolderMissing:
+        return QStringLiteral("no decodes, the scratch folder could not be made");
+    case Jt9Cause::WavNotWritten:
+        return QStringLiteral("no decodes, the WAV file was not written: %1");
+    case Jt9Cause::TooManyLines:
+        return QStringLiteral("only the first %1 lines of jt9 were kept");
+    case Jt9Cause::None:
+        break;
+    }
+    return {};
+}
+
+QString failureText(const Jt9Failure &failure)
+{
+    const QString pattern = failurePattern(failure);
+    return failure.detail.isEmpty() ? pattern : pattern.arg(failure.detail);
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+enum class Jt9Cause {
+    None,
+    NoDecoder,     // detail: its path; empty when none is chosen
+    NotStarted,    // detail: the system's reason
+    Overran,       // detail: the time that it had, in s
+    Killed,        // detail: the signal's number
+    ExitCode,      // detail: the code, other than 0
+    FolderLeft,    // an old scratch folder of the worker's could not be removed
+    FolderMissing, // the worker's scratch folder could not be made
+    WavNotWritten, // detail: the reason
+    TooManyLines   // detail: how many were kept
+};
+
+// Why a run of the decoder brought no lines, or not all that it printed.
+struct Jt9Failure {
+    Jt9Cause cause = Jt9Cause::None;
+    QString detail;
+
+    bool operator==(const Jt9Failure &other) const
+    {
+        return cause == other.cause && detail == other.detail;
+    }
+};
+
+// What one run of the decoder brought.
+struct Jt9Result {
+    QStringList lines;
+    Jt9Failure failure;
+};
+
+// In words, for the log: "no decodes, jt9 was killed by signal 11". Empty for none.
+QString failureText(const Jt9Failure &failure);

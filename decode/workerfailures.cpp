@@ -1,0 +1,18 @@
+#include "decode/workerfailures.h"
+
+#include "decode/decodeband.h"
+
+QString WorkerFailures::report(const QString &periodLabel, int worker, const Jt9Failure &failure)
+{
+    Jt9Failure &last = known[worker];
+    if (failure == last) {
+        return {};
+    }
+    last = failure;
+    const DecodeBand band = decodeBand(worker);
+    const QString text = failure.cause == Jt9Cause::None ? QStringLiteral("all is well again")
+                                                         : failureText(failure);
+    return QStringLiteral("Period %1, worker %2 (%3-%4 Hz): %5")
+        .arg(periodLabel, QString::number(worker + 1), QString::number(band.lowHz),
+             QString::number(band.highHz), text);
+}
