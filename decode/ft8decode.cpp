@@ -13,6 +13,13 @@ namespace
 {
 constexpr qint64 sameSignalHz = 12;
 
+// What the pattern takes for a blank, line ends aside.
+bool isBlank(QChar c)
+{
+    return c == QLatin1Char(' ') || c == QLatin1Char('\t') || c == QLatin1Char('\v') ||
+           c == QLatin1Char('\f');
+}
+
 // Of decodes with the same message.
 bool sameSignal(const Ft8Decode &a, const Ft8Decode &b)
 {
@@ -59,11 +66,24 @@ const QRegularExpression &decodeLinePattern()
     return pattern;
 }
 
+QRegularExpressionMatch matchDecodeLine(const QString &line)
+{
+    QString text;
+    text.reserve(line.size());
+    for (const QChar c : line.trimmed()) {
+        const bool blank = isBlank(c);
+        if (!blank || !text.endsWith(QLatin1Char(' '))) {
+            text.append(blank ? QLatin1Char(' ') : c);
+        }
+    }
+    return decodeLinePattern().match(text);
+}
+
 Ft8Decode parseDecodeLine(const QString &line)
 {
     Ft8Decode decode;
     decode.line = line.trimmed();
-    const QRegularExpressionMatch match = decodeLinePattern().match(decode.line);
+    const QRegularExpressionMatch match = matchDecodeLine(decode.line);
     if (!match.hasMatch())
         return decode;
 

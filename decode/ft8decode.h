@@ -4,6 +4,7 @@
 #include <QStringList>
 
 class QRegularExpression;
+class QRegularExpressionMatch;
 
 // One decode line as jt9 prints it:
 //   hhmmss  SNR  DT  Hz ~  message
@@ -19,6 +20,10 @@ struct Ft8Decode {
 // The one pattern of a decode line; it wants the line trimmed. Groups: 1 time (six digits),
 // 2 SNR, 3 DT, 4 audio frequency, 5 message.
 const QRegularExpression &decodeLinePattern();
+
+// Matches a line against it, with runs of blanks as one blank: in a long run the pattern would try
+// each blank as the message's end, and look at all that follow.
+QRegularExpressionMatch matchDecodeLine(const QString &line);
 
 Ft8Decode parseDecodeLine(const QString &line);
 

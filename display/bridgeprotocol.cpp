@@ -17,7 +17,7 @@ QString bridgePeriodTime(const QString &periodLabel)
 
 std::optional<BridgeDecode> parseBridgeDecode(const QString &line, QString *periodTime)
 {
-    const QRegularExpressionMatch match = decodeLinePattern().match(line.trimmed());
+    const QRegularExpressionMatch match = matchDecodeLine(line);
     if (!match.hasMatch())
         return std::nullopt;
     if (periodTime->size() != 6)
