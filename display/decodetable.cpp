@@ -6,6 +6,7 @@
 #include <QTableWidget>
 
 #include "display/decoderow.h"
+#include "display/decodeview.h"
 #include "display/tabletexts.h"
 
 static void setSectionResizeMode(QTableWidget *table, QHeaderView::ResizeMode mode)
@@ -31,7 +32,7 @@ static void releaseSections(QTableWidget *table)
 
 void MainWindow::buildDecodeTable()
 {
-    decodeTable = new QTableWidget(this);
+    decodeTable = new DecodeView(this);
     decodeTable->setAccessibleName(QStringLiteral("Decodes"));
     decodeTable->setColumnCount(DecodeColumnCount);
     decodeTable->setHorizontalHeaderLabels(decodeHeaders());
@@ -91,9 +92,14 @@ void MainWindow::dropOldPeriods()
 {
     const QStringList labels = columnTexts(*decodeTable, TimeColumn);
     const QStringList kept = keptPeriodLabels(labels);
+    const auto goes = [&](int row) { return !kept.contains(labels.at(row).trimmed()); };
     for (int row = decodeTable->rowCount() - 1; row >= 0; --row) {
-        if (!kept.contains(labels.at(row).trimmed()))
-            decodeTable->removeRow(row);
+        int count = 0; // of neighbours, which go at once
+        while (row >= count && goes(row - count))
+            ++count;
+        if (count > 0)
+            decodeTable->model()->removeRows(row - count + 1, count);
+        row -= count;
     }
 }
 

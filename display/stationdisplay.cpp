@@ -11,6 +11,7 @@
 
 #include "display/bridgetexts.h"
 #include "display/decoderow.h"
+#include "display/decodeview.h"
 #include "display/livedialog.h"
 #include "display/stationtexts.h"
 #include "display/tabletexts.h"
@@ -19,7 +20,8 @@ static constexpr int mostVisibleRows = 10;
 
 static QTableWidget *buildStationTable(QWidget *parent)
 {
-    auto *table = new QTableWidget(0, DecodeColumnCount, parent);
+    auto *table = new DecodeView(parent);
+    table->setColumnCount(DecodeColumnCount);
     table->setAccessibleName(QStringLiteral("Decodes"));
     table->setHorizontalHeaderLabels(decodeHeaders());
     table->verticalHeader()->hide();

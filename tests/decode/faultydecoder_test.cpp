@@ -5,13 +5,18 @@
 #include "tests/fixture/teststation.h"
 #include "tests/store/privatemounts.h"
 
+#include "display/decoderow.h"
+#include "display/tabletexts.h"
 #include "store/datapaths.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTcpSocket>
 #include <QtTest>
 
+#include <cstdio>
+#include <limits>
 #include <thread>
 
 class FaultyDecoderTest : public QObject
@@ -29,6 +34,8 @@ private slots:
     void theWindowMayGoWhileADecoderRuns();
     void aFailedRunIsOneLineInTheLogAndNothingElse_data();
     void aFailedRunIsOneLineInTheLogAndNothingElse();
+    void theWindowAnswersWhileDecodersPrintAllThatIsTaken_data();
+    void theWindowAnswersWhileDecodersPrintAllThatIsTaken();
 };
 
 namespace
@@ -39,6 +46,12 @@ const bool privateMounts = enterPrivateMounts();
 // What a debug build on a loaded machine may take beyond what it had, in kB. Of 400 MB of output
 // it would be more if any of it were kept.
 constexpr qint64 mostExtraKb = 100 * 1024;
+
+#ifdef __SANITIZE_ADDRESS__
+constexpr int mostStallMs = 3000;
+#else
+constexpr int mostStallMs = 300;
+#endif
 
 const QByteArray goodDecoder =
     "[ $5 = 0 ] && echo \"$(basename $(dirname \"$8\") | cut -d_ -f3) -12 0.3 1234 ~ CQ K1ABC "
@@ -291,6 +304,57 @@ void FaultyDecoderTest::aFailedRunIsOneLineInTheLogAndNothingElse()
                              QStringLiteral("all is well again")),
              1);
     QCOMPARE(lines, usualLines);
+}
+
+void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken_data()
+{
+    QTest::addColumn<QByteArray>("message"); // in awk's language
+    QTest::newRow("500 of the widest lines a worker") << QByteArray("\"CQ \" low \" \" i \" \" w");
+    QTest::newRow("500 lines of single letters a worker")
+        << QByteArray("\"CQ \" low \" \" i \" \" l");
+    QTest::newRow("500 lines of blanks a worker") << QByteArray("\"CQ \" low \" \" i b \"x\"");
+    QTest::newRow("500 times the same message a worker") << QByteArray("\"CQ \" w");
+}
+
+// On a busy machine any period can be slow, so the quickest of three counts. A wide message makes
+// a wide window, within the bound of a line.
+void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken()
+{
+    QFETCH(QByteArray, message);
+    const QByteArray flood = "awk -v low=$5 'BEGIN {\n"
+                             "while (length(w) < 600) { w = w \"W\"; l = l \" I\"; b = b \" \" }\n"
+                             "for (i = 1; i <= 600; ++i) {\n"
+                             "  head = sprintf(\"142315 -12 0.3 %d ~ \", low + 13 * i)\n"
+                             "  b = substr(b, 1, 480)\n"
+                             "  print substr(head " +
+                             message + ", 1, 512) } }'\nexit 0\n";
+    PuppetReceiver receiver;
+    TestStation station(flood);
+    station.hear(receiver);
+    choose(*station.window,
+           {QStringLiteral("Settings"), QStringLiteral("View"), QStringLiteral("Station Display")});
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station.bridgePort));
+    QVERIFY(client.waitForConnected());
+    station.clock.set(MadeUpClock::boundaryMs());
+    Aftermath aftermath;
+    const QTableWidget *table = decodeTableOf(*station.window);
+    const auto newest = [table] { return cellText(*table, table->rowCount() - 1, TimeColumn); };
+    int leastStallMs = std::numeric_limits<int>::max();
+    for (const char *period :
+         {"14:23:15", "14:23:30", "14:23:45", "14:24:00", "14:24:15", "14:24:30"}) {
+        const Heartbeat heartbeat;
+        sendPeriod(receiver);
+        QTRY_COMPARE_WITH_TIMEOUT(newest(), QString::fromLatin1(period), 60000);
+        QTest::qWait(50);                      // what a batch leaves to be measured later
+        if (qstrcmp(period, "14:23:45") > 0) { // as many rows go as come
+            leastStallMs = qMin(leastStallMs, heartbeat.longestStallMs());
+        }
+    }
+    aftermath.print(QTest::currentDataTag());
+    std::printf("FIGURE %s: %d ms in the quickest period\n", QTest::currentDataTag(), leastStallMs);
+    QVERIFY(station.window->width() < 10000);
+    QVERIFY(leastStallMs < mostStallMs);
 }
 
 OUTPOST_WINDOW_TEST_MAIN(FaultyDecoderTest)

@@ -230,7 +230,7 @@ void DecodeTableLookTest::updatesAreSuspendedWhileRowsComeAndGo()
     connect(table->model(), &QAbstractItemModel::rowsRemoved, table, note);
     for (const char *label : {"10:15:00", "10:15:15", "10:15:30", "10:15:45"})
         append(label, jt9Lines(2));
-    QVERIFY(changes >= 10);
+    QVERIFY(changes >= 9); // eight new rows, and one removal for the oldest period
     QVERIFY(suspended);
     QVERIFY(table->updatesEnabled());
     changes = 0;
