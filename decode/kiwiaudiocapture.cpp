@@ -228,7 +228,7 @@ void KiwiAudioCapture::logFailure(const SlotJob &job, const Jt9Failure &failure)
 {
     const QString news = failures.report(periodLabel(job.periodStartMs), job.worker, failure);
     if (!news.isEmpty()) {
-        logLine(news);
+        logLine(escapedControls(news)); // it may quote a path
     }
 }
 
