@@ -10,7 +10,7 @@ std::unique_ptr<QLockFile> takeLock(const QString &path, int waitMs)
     // A lock whose process lives stays its own however old it is: the system locks the file, too.
     // The age counts for one of a copy that was killed as it took it, and where another process
     // has got the number of the one that was killed.
-    constexpr int staleMs = 2000;
+    constexpr int staleMs = 500;
     constexpr int pauseMs = 10;
     auto lock = std::make_unique<QLockFile>(path + QStringLiteral(".lock"));
     lock->setStaleLockTime(staleMs);

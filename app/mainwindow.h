@@ -14,6 +14,7 @@
 #include "kiwi/linkstate.h"
 #include "kiwi/receivernotices.h"
 #include "store/profile.h"
+#include "store/receiverkey.h"
 #include "store/statuslog.h"
 
 class KiwiAudioCapture;
@@ -186,7 +187,7 @@ private:
     void removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
                                     QLabel *statusLabel);
     QStringList removedReceivers() const;
-    void saveRemovedReceivers(const QStringList &keys);
+    void changeRemovedReceivers(const ReceiverKey &key, bool removed);
     void applyReceiver(const QString &hostText, const QString &portText, const QString &mhzText);
 
     // ---- store/statuslogwindow.cpp ----
@@ -237,8 +238,8 @@ private:
     Profile profile;
     QString profilePath; // last opened or saved
     double frequencyMhz = 14.074;
-    std::optional<QStringList> unsavedRemovedKeys; // none while the settings have them
-    QLabel *receiverStatusLabel = nullptr;         // the receiver dialog's, while it is open
+    RemovedKeyChanges unsavedRemovedKeys;  // none while the settings have them
+    QLabel *receiverStatusLabel = nullptr; // the receiver dialog's, while it is open
     StatusSession statusSession;
     QDialog *statusLogDialog = nullptr;
     QPlainTextEdit *statusLogView = nullptr;

@@ -1,21 +1,19 @@
 #include "store/datafile.h"
 
-#include "store/lockedfile.h"
-
 #include <QDateTime>
 #include <QJsonDocument>
 
-bool openForReading(QFile &file, QIODevice::OpenMode textFlag)
+bool openForReading(QFile &file, QIODevice::OpenMode textFlag, int waitMs)
 {
-    whileLocked(lockedFileMs,
+    whileLocked(waitMs,
                 [&] { return file.open(QIODevice::ReadOnly | textFlag) || !file.exists(); });
     return file.isOpen();
 }
 
-std::optional<QByteArray> readFile(const QString &path)
+std::optional<QByteArray> readFile(const QString &path, int waitMs)
 {
     QFile file(path);
-    if (!openForReading(file))
+    if (!openForReading(file, {}, waitMs))
         return std::nullopt;
     return file.readAll();
 }

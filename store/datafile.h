@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/lockedfile.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QJsonArray>
@@ -13,10 +15,10 @@
 
 // Opens it for reading; false when it cannot be opened. A file that is only locked is waited for,
 // so that it is not taken for a missing one.
-bool openForReading(QFile &file, QIODevice::OpenMode textFlag = {});
+bool openForReading(QFile &file, QIODevice::OpenMode textFlag = {}, int waitMs = lockedFileMs);
 
 // The whole file; nothing when it cannot be opened.
-std::optional<QByteArray> readFile(const QString &path);
+std::optional<QByteArray> readFile(const QString &path, int waitMs = lockedFileMs);
 
 // Nothing when the bytes are not JSON, or JSON of another kind.
 std::optional<QJsonArray> parseJsonArray(const QByteArray &json);

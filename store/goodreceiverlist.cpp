@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/lockfile.h"
 #include "app/logline.h"
 #include "store/atomicfile.h"
 #include "store/datafile.h"
@@ -11,6 +12,7 @@
 #include <QComboBox>
 #include <QJsonDocument>
 #include <QLabel>
+#include <QLockFile>
 #include <QPushButton>
 #include <QVariantMap>
 
@@ -57,11 +59,17 @@ void MainWindow::recordGoodReceiver(int decodeCount)
                                 decodeCount};
     if (decodeCount <= 0 || receiver.host.isEmpty())
         return;
+    // The first recording stays as it is.
+    const auto isNewIn = [this, &receiver](const QJsonArray &list) {
+        return !containsReceiver(list, receiver.host, receiver.port) &&
+               !containsKey(removedReceivers(), receiverKey(receiver.host, receiver.port));
+    };
+    if (!isNewIn(receiversIn(readFile(goodReceiversPath(), 0))))
+        return; // as usual, and the list need not be kept from other copies
+    const auto lock = takeLock(goodReceiversPath(), changeWaitMs);
     const std::optional<QByteArray> file = readFile(goodReceiversPath());
     const QJsonArray list = receiversIn(file);
-    if (containsReceiver(list, receiver.host, receiver.port))
-        return; // the first recording stays as it is
-    if (containsKey(removedReceivers(), receiverKey(receiver.host, receiver.port)))
+    if (!isNewIn(list))
         return;
     const SaveResult saved =
         saveReceivers(withReceiver(list, receiver, nowMs()), waitToReplaceMs(file.has_value()));
@@ -89,6 +97,7 @@ void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *remov
     const QString host = selected.value(QStringLiteral("Host")).toString().trimmed();
     const int port = selected.value(QStringLiteral("Port")).toInt();
 
+    const auto lock = takeLock(goodReceiversPath(), changeWaitMs);
     const std::optional<QByteArray> file = readFile(goodReceiversPath());
     if (!file)
         return statusLabel->setText(QStringLiteral("Could not open the saved receiver list."));
@@ -103,7 +112,7 @@ void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *remov
     const SaveResult saved = saveReceivers(kept);
     if (!saved)
         return statusLabel->setText(removalFailureText(saved));
-    saveRemovedReceivers(withKey(removedReceivers(), receiverKey(host, port)));
+    changeRemovedReceivers(receiverKey(host, port), true);
     fillGoodReceiversCombo(combo);
     combo->setCurrentIndex(0);
     removeButton->setEnabled(false);
@@ -115,12 +124,16 @@ void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *remov
 // What could not be saved counts until the program ends, and is saved with the next change.
 QStringList MainWindow::removedReceivers() const
 {
-    return unsavedRemovedKeys.value_or(removedKeys(stationSettings()));
+    return withChanges(removedKeys(stationSettings()), unsavedRemovedKeys);
 }
 
-void MainWindow::saveRemovedReceivers(const QStringList &keys)
+// Only what changed: another copy of the program may have changed other keys.
+void MainWindow::changeRemovedReceivers(const ReceiverKey &key, bool removed)
 {
-    unsavedRemovedKeys.reset();
-    if (!saveSetting(removedKeysSetting(), keys))
-        unsavedRemovedKeys = keys;
+    unsavedRemovedKeys.insert(key, removed);
+    const auto change = [this](const QVariant &keys) {
+        return withChanges(keys.toStringList(), unsavedRemovedKeys);
+    };
+    if (changeSetting(removedKeysSetting(), change))
+        unsavedRemovedKeys.clear();
 }

@@ -185,7 +185,7 @@ void MainWindow::applyReceiver(const QString &hostText, const QString &portText,
     if (!input.refusal.isEmpty())
         return receiverStatusLabel->setText(input.refusal);
     // Once removed, it may be recorded as a good receiver again.
-    saveRemovedReceivers(withoutKey(removedReceivers(), receiverKey(input.host, input.port)));
+    changeRemovedReceivers(receiverKey(input.host, input.port), false);
     profile.kiwiHost = input.host;
     profile.kiwiPort = input.port;
     frequencyMhz = input.frequencyMhz;

@@ -46,6 +46,14 @@ QStringList withoutKey(QStringList keys, const ReceiverKey &key)
     return keys;
 }
 
+QStringList withChanges(QStringList keys, const RemovedKeyChanges &changes)
+{
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        keys = *change ? withKey(keys, change.key()) : withoutKey(keys, change.key());
+    }
+    return keys;
+}
+
 QString removedKeysSetting()
 {
     return QStringLiteral("receivers/removedKeys");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -19,6 +20,10 @@ bool isReceiver(const QJsonObject &entry, const QString &host, int port, int por
 bool containsKey(const QStringList &keys, const ReceiverKey &key);
 QStringList withKey(QStringList keys, const ReceiverKey &key);
 QStringList withoutKey(QStringList keys, const ReceiverKey &key); // every element that equals it
+
+// By key: removed, or applied again (false).
+using RemovedKeyChanges = QMap<ReceiverKey, bool>;
+QStringList withChanges(QStringList keys, const RemovedKeyChanges &changes);
 
 // The setting "receivers/removedKeys", and the keys that a store has in it.
 QString removedKeysSetting();

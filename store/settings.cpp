@@ -1,28 +1,37 @@
 #include "store/settings.h"
 
+#include "app/lockfile.h"
 #include "app/logline.h"
 
-#ifndef Q_OS_WIN
+#ifdef Q_OS_WIN
+#include "store/datapaths.h"
+#else
 #include "store/atomicfile.h"
 #include "store/datafile.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #endif
 
+#include <QLockFile>
+
 namespace
 {
 
+using Change = std::function<QVariant(const QVariant &)>;
+
 #ifdef Q_OS_WIN
 
-bool store(const QString &key, const QVariant &value)
+// The registry replaces each value as a whole. Without the lock, what another copy stores between
+// reading and writing would be lost.
+bool store(const QString &key, const Change &change)
 {
+    const auto lock = takeLock(dataFolder() + QStringLiteral("/settings"), changeWaitMs);
     QSettings settings = stationSettings();
-    settings.setValue(key, value);
+    settings.setValue(key, change(settings.value(key)));
     settings.sync();
     return settings.status() == QSettings::NoError;
 }
@@ -39,17 +48,47 @@ bool holds(const QString &path, const QSettings &settings)
                        [&](const QString &key) { return found.value(key) == settings.value(key); });
 }
 
-// On a full disk the toolkit puts an empty or short file in the old one's place and reports
-// success. So it writes a draft, which replaces the settings once it has been read again.
-bool store(const QString &key, const QVariant &value)
+// A draft is made under the lock of the settings, so whoever has that finds only what copies of the
+// program have left that were killed in a save.
+void removeOldDrafts(const QString &path)
+{
+    QDir settings = QFileInfo(path).dir();
+    const QString name = QFileInfo(path).fileName();
+    const QStringList folders = {name + QStringLiteral(".save??????"),
+                                 name + QStringLiteral(".save.??????")};
+    for (const QString &left :
+         settings.entryList(folders, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks)) {
+        QDir draft(settings.filePath(left));
+        for (const QString &file :
+             draft.entryList({QStringLiteral("draft*"), QStringLiteral("written*")},
+                             QDir::Files | QDir::Hidden)) {
+            draft.remove(file);
+        }
+        settings.rmdir(left); // unless something else is in it
+    }
+}
+
+// An empty list reads back as nothing.
+QVariant storable(const QVariant &value)
+{
+    return value == QVariant(QStringList()) ? QVariant() : value;
+}
+
+// On a full disk Qt puts an empty or short file in the old one's place and reports success. So it
+// writes a draft, which replaces the settings once it has been read again.
+bool store(const QString &key, const Change &change)
 {
     const QString path = stationSettings().fileName();
     QDir().mkpath(QFileInfo(path).path());
-    QLockFile lock(path + QStringLiteral(".lock")); // the one that the toolkit takes
-    lock.setStaleLockTime(2000);                    // of a station that was killed as it took it
-    const QTemporaryDir folder(path + QStringLiteral(".save"));
-    if (!lock.lock() || !folder.isValid())
+    const auto lock = takeLock(path, changeWaitMs); // the one that Qt takes
+    if (!lock->isLocked()) {
         return false;
+    }
+    removeOldDrafts(path);
+    const QTemporaryDir folder(path + QStringLiteral(".save"));
+    if (!folder.isValid()) {
+        return false;
+    }
 
     const QString draft = folder.filePath(QStringLiteral("draft"));
     const QString written = folder.filePath(QStringLiteral("written"));
@@ -57,8 +96,7 @@ bool store(const QString &key, const QVariant &value)
     if (old ? !saveAtomically(draft, *old) : QFileInfo::exists(path))
         return false;
     QSettings settings(draft, QSettings::IniFormat);
-    // An empty list reads back as nothing.
-    settings.setValue(key, value == QVariant(QStringList()) ? QVariant() : value);
+    settings.setValue(key, storable(change(settings.value(key))));
     settings.sync();
     if (!QFile::rename(draft, written) || !holds(written, settings))
         return false;
@@ -71,7 +109,12 @@ bool store(const QString &key, const QVariant &value)
 
 bool saveSetting(const QString &key, const QVariant &value)
 {
-    const bool saved = store(key, value);
+    return changeSetting(key, [&value](const QVariant &) { return value; });
+}
+
+bool changeSetting(const QString &key, const Change &change)
+{
+    const bool saved = store(key, change);
     if (!saved)
         logLine(QStringLiteral("Settings save failed: %1").arg(stationSettings().fileName()));
     return saved;

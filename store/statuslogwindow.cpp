@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/dialogs.h"
+#include "app/lockfile.h"
 #include "app/logline.h"
 #include "app/smallscreen.h"
 #include "store/atomicfile.h"
@@ -12,6 +13,7 @@
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QJsonDocument>
+#include <QLockFile>
 #include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -28,6 +30,16 @@ constexpr int refreshIntervalMs = 5000;
 QJsonObject statusLogIn(const std::optional<QByteArray> &file)
 {
     return parseJsonObject(file.value_or(QByteArray())).value_or(QJsonObject());
+}
+
+SaveResult addToStatusLog(const StatusSession &session, qint64 endMs)
+{
+    QDir().mkpath(dataFolder());
+    const auto lock = takeLock(statusLogPath(), changeWaitMs);
+    const std::optional<QByteArray> file = readFile(statusLogPath());
+    const QJsonObject log = withFinishedSession(statusLogIn(file), session, endMs);
+    return saveAtomically(statusLogPath(), QJsonDocument(log).toJson(), {},
+                          waitToReplaceMs(file.has_value()));
 }
 
 QPlainTextEdit *newLogView(QDialog *dialog)
@@ -147,12 +159,7 @@ void MainWindow::finishStatusSession()
 {
     if (!statusSession.statusSessionActive)
         return;
-    const qint64 endMs = nowMs();
-    QDir().mkpath(dataFolder());
-    const std::optional<QByteArray> file = readFile(statusLogPath());
-    const QJsonObject log = withFinishedSession(statusLogIn(file), statusSession, endMs);
-    const SaveResult saved = saveAtomically(statusLogPath(), QJsonDocument(log).toJson(), {},
-                                            waitToReplaceMs(file.has_value()));
+    const SaveResult saved = addToStatusLog(statusSession, nowMs());
     if (!saved)
         logLine(QStringLiteral("Status log save failed: %1").arg(saved.error));
     statusSession = {};

@@ -8,8 +8,11 @@
 #include "store/settings.h"
 #include "store/statuslog.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
+#include <QLockFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -27,6 +30,8 @@ private slots:
     void aFileIsTheOldOneOrTheNewOne_data();
     void aFileIsTheOldOneOrTheNewOne();
     void theSettingsAreTheOldOnesOrTheNewOnes();
+    void theNextSaveClearsWhatAKilledOneHasLeft();
+    void draftsOfARunningCopyStay();
 
 private:
     std::unique_ptr<QTemporaryDir> folder;
@@ -151,6 +156,50 @@ void KilledSavesTest::theSettingsAreTheOldOnesOrTheNewOnes()
     }
     save(oldCalls);
     QCOMPARE(stationSettings().value(key).toStringList(), oldCalls);
+    const QDir settings = QFileInfo(stationSettings().fileName()).dir();
+    QCOMPARE(settings.entryList({QStringLiteral("*.save*")}, QDir::AllEntries), QStringList());
+}
+
+namespace
+{
+// The folder of a draft as a killed save leaves it.
+QString leaveADraft()
+{
+    const QString path = stationSettings().fileName();
+    QDir().mkpath(QFileInfo(path).path());
+    QTemporaryDir draft(path + QStringLiteral(".save"));
+    draft.setAutoRemove(false);
+    for (const char *name : {"draft", "draft.lock", "written"}) {
+        QFile(draft.filePath(QLatin1String(name))).open(QIODevice::WriteOnly);
+    }
+    return draft.path();
+}
+} // namespace
+
+void KilledSavesTest::theNextSaveClearsWhatAKilledOneHasLeft()
+{
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder->path()));
+    const QStringList left = {leaveADraft(), leaveADraft()};
+    const QString ofAPerson = stationSettings().fileName() + QStringLiteral(".savebackup/kept");
+    QVERIFY(QDir().mkpath(ofAPerson));
+    QVERIFY(saveSetting(QStringLiteral("decoder/depth"), 3));
+    QVERIFY(!QFile::exists(left.first()));
+    QVERIFY(!QFile::exists(left.last()));
+    QVERIFY(QFile::exists(ofAPerson));
+}
+
+// It has the lock for as long as it needs its draft.
+void KilledSavesTest::draftsOfARunningCopyStay()
+{
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder->path()));
+    const QString draft = leaveADraft();
+    QLockFile lock(stationSettings().fileName() + QStringLiteral(".lock"));
+    QVERIFY(lock.tryLock());
+    QVERIFY(!saveSetting(QStringLiteral("decoder/depth"), 3));
+    QVERIFY(QFile::exists(draft));
+    lock.unlock();
+    QVERIFY(saveSetting(QStringLiteral("decoder/depth"), 3));
+    QVERIFY(!QFile::exists(draft));
 }
 
 QTEST_GUILESS_MAIN(KilledSavesTest)

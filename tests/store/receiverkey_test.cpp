@@ -18,6 +18,7 @@ private slots:
     void findsAKeyInAnyCase();
     void addsAKeyOnce();
     void takesOutEveryEqualKey();
+    void changesRemoveAndApplyAgain();
     void absentKeysReadAsNone();
     void storedKeysAreReadBackFromDisk_data();
     void storedKeysAreReadBackFromDisk();
@@ -110,6 +111,15 @@ void ReceiverKeyTest::takesOutEveryEqualKey()
     QCOMPARE(withoutKey(list("a:1|b:2|A:1|c:3|a:1"), QStringLiteral("a:1")), list("b:2|c:3"));
     QCOMPARE(withoutKey(list("A:1"), QStringLiteral("a:1")), QStringList());
     QCOMPARE(withoutKey(list("a:11|aa:1"), QStringLiteral("a:1")), list("a:11|aa:1"));
+}
+
+void ReceiverKeyTest::changesRemoveAndApplyAgain()
+{
+    const RemovedKeyChanges changes = {{QStringLiteral("a:1"), false},
+                                       {QStringLiteral("d:4"), true}};
+    QCOMPARE(withChanges(list("A:1|b:2"), changes), list("b:2|d:4"));
+    QCOMPARE(withChanges(list("b:2|D:4"), changes), list("b:2|D:4"));
+    QCOMPARE(withChanges(list("b:2"), {}), list("b:2"));
 }
 
 void ReceiverKeyTest::absentKeysReadAsNone()
