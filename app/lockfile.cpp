@@ -1,23 +1,42 @@
 #include "app/lockfile.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QLockFile>
 #include <QThread>
 
-// Its own waiting sleeps longer and longer, while a lock is usually held for a few ms.
+namespace
+{
+// A lock whose process lives stays its own however old it is: the system locks the file, too. The
+// age, in ms, counts for one of a copy that was killed as it took it, and where another process has
+// got the number of the one that was killed.
+constexpr int staleMs = 500;
+
+// Qt removes a stale lock under another lock, and would wait 30 s for that of a copy that was
+// killed as it took it.
+void freeRemovalLock(const QString &path)
+{
+    if (QFile::exists(path)) {
+        QLockFile lock(path);
+        lock.setStaleLockTime(staleMs);
+        lock.tryLock();
+    }
+}
+} // namespace
+
+// Qt's own waiting sleeps longer and longer, while a lock is usually held for a few ms.
 std::unique_ptr<QLockFile> takeLock(const QString &path, int waitMs)
 {
-    // A lock whose process lives stays its own however old it is: the system locks the file, too.
-    // The age counts for one of a copy that was killed as it took it, and where another process
-    // has got the number of the one that was killed.
-    constexpr int staleMs = 500;
     constexpr int pauseMs = 10;
-    auto lock = std::make_unique<QLockFile>(path + QStringLiteral(".lock"));
+    const QString file = path + QStringLiteral(".lock");
+    auto lock = std::make_unique<QLockFile>(file);
     lock->setStaleLockTime(staleMs);
     const QDeadlineTimer deadline(waitMs);
+    freeRemovalLock(file + QStringLiteral(".rmlock"));
     while (!lock->tryLock() && lock->error() == QLockFile::LockFailedError &&
            !deadline.hasExpired()) {
         QThread::msleep(pauseMs);
+        freeRemovalLock(file + QStringLiteral(".rmlock"));
     }
     return lock;
 }

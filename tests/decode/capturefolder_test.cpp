@@ -138,16 +138,22 @@ private slots:
     // As when the copy was killed before it had written its number, or its number is used again.
     void aLockThatTellsNobodyIsTakenOverOnceItIsOld()
     {
-        const QString lock = wanted() + QStringLiteral(".lock");
-        QFile file(lock);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-60),
-                                 QFileDevice::FileModificationTime));
-        file.close();
+        makeOldFile(wanted() + QStringLiteral(".lock"));
         CaptureFolder folder(wanted());
         QVERIFY(folder.make());
         QCOMPARE(folder.path(), wanted());
         QVERIFY(folder.isOwn());
+    }
+
+    // Qt's own lock for that, of a copy that was killed as it took it.
+    void whatATakeoverHasLeftIsTakenOverToo()
+    {
+        makeOldFile(wanted() + QStringLiteral(".lock"));
+        makeOldFile(wanted() + QStringLiteral(".lock.rmlock"));
+        CaptureFolder folder(wanted());
+        QVERIFY(folder.make());
+        QCOMPARE(folder.path(), wanted());
+        QCOMPARE(made(), (QStringList{QStringLiteral("capture"), QStringLiteral("capture.lock")}));
     }
 
     void theLockOfARunningCopyIsNeverTooOld()
@@ -190,6 +196,14 @@ private slots:
     }
 
 private:
+    static void makeOldFile(const QString &path)
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-20),
+                                 QFileDevice::FileModificationTime));
+    }
+
     QString wanted() const { return place->filePath(QStringLiteral("capture")); }
     QStringList made() const
     {

@@ -2,7 +2,6 @@
 
 import contextlib
 import re
-import shutil
 import subprocess
 import unittest
 from typing import NamedTuple
@@ -40,14 +39,12 @@ def planned_stations(period):
 
 
 class Demo(Program):
-    """A demonstration with a capture folder of its own, which lies beside the program's folder."""
+    """A demonstration. All run the same program, so each decodes in a capture folder of its own."""
 
-    def __init__(self, home, name, *options, display=None):
-        folder = home.path / name / "bin"
-        folder.mkdir(parents=True)
-        program = shutil.copy2(PROGRAMS / "kiwi-outpost-demo", folder)
+    def __init__(self, home, *options, display=None):
         # What a person reads, without the program's trace, which CTest keeps.
-        super().__init__([program, *options], home.environment(display), errors=None)
+        super().__init__([PROGRAMS / "kiwi-outpost-demo", *options], home.environment(display),
+                         errors=None)
 
     def periods(self):
         """The rows of each period, by its label, in the order in which they were printed."""
@@ -73,14 +70,14 @@ class DemoTest(unittest.TestCase):
         recording.write_silence(home.path / "silence.wav")
         display = resources.enter_context(Display(home))
 
-        def start(name, *options, **where):
-            return resources.enter_context(Demo(home, name, *options, **where))
-        cls.silent = start("silent", "--wav", home.path / "silence.wav", "--periods", "1")
-        cls.band = start("band", "--periods", "2")
-        cls.recorded = start("recorded", "--wav", cls.recordings[0], "--wav", cls.recordings[1],
+        def start(*options, **where):
+            return resources.enter_context(Demo(home, *options, **where))
+        cls.silent = start("--wav", home.path / "silence.wav", "--periods", "1")
+        cls.band = start("--periods", "2")
+        cls.recorded = start("--wav", cls.recordings[0], "--wav", cls.recordings[1],
                              "--periods", "2")
         cls.display = display
-        cls.shown = start("shown", display=display.name)
+        cls.shown = start(display=display.name)
 
     def test_decodes_the_stations_of_the_synthetic_band(self):
         self.assertEqual(self.band.exit_status(LONGEST_SECONDS), 0, self.band.lines)
