@@ -14,7 +14,9 @@
 #include <QJsonDocument>
 #include <QMessageBox>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTest>
+#include <QTextCodec>
 
 namespace
 {
@@ -67,6 +69,27 @@ void selectByHand(const MainWindow &window)
                     QStringLiteral("Select Installed jt9.exe...")});
 }
 
+// What is saved and what is published while the trace says that a decoder is in use.
+class WhileLogged
+{
+public:
+    WhileLogged() : before(qInstallMessageHandler(look)) { seen.clear(); }
+    ~WhileLogged() { qInstallMessageHandler(before); }
+    Q_DISABLE_COPY(WhileLogged)
+
+    static QStringList savedAndPublished() { return seen; }
+
+private:
+    static void look(QtMsgType, const QMessageLogContext &, const QString &text)
+    {
+        if (text.contains(QLatin1String("jt9.exe")))
+            seen << savedPath() << publishedPath();
+    }
+
+    inline static QStringList seen;
+    const QtMessageHandler before;
+};
+
 } // namespace
 
 class ChooseDecoderTest : public QObject
@@ -86,16 +109,20 @@ private slots:
     void aPathStillValidIsFoundFirstAndNotSavedAgain();
     void thePathIsComparedCleaned();
     void thePathIsComparedInItsCase();
+    void aFoundDecoderIsSavedThenPublishedThenLogged();
+    void thePathIsPublishedInTheLocalEncoding();
     void refusedFoldersAreNotUsed_data();
     void refusedFoldersAreNotUsed();
     void theLastModifiedUnderARootWins();
     void theFoundPathGoesToTheDefaultProfile();
 
+    void theChoiceStartsInTheFolderOfTheDecoder_data();
     void theChoiceStartsInTheFolderOfTheDecoder();
     void theChoiceStartsAtTheRootWithoutADecoder();
     void aCancelledChoiceChangesNothing();
     void aChosenDecoderIsSavedPublishedAndTold_data();
     void aChosenDecoderIsSavedPublishedAndTold();
+    void aChosenDecoderIsSavedThenPublishedThenLogged();
     void anotherChoiceIsRefused_data();
     void anotherChoiceIsRefused();
 
@@ -232,6 +259,27 @@ void ChooseDecoderTest::thePathIsComparedInItsCase()
     QCOMPARE(savedPath(), upper);
 }
 
+void ChooseDecoderTest::aFoundDecoderIsSavedThenPublishedThenLogged()
+{
+    const auto window = startedWindow();
+    const QString found = installedUnder(QStringLiteral("WSJT/bin"));
+    const WhileLogged logged;
+    window->findJt9(placesOf({found}));
+    QCOMPARE(logged.savedAndPublished(), QStringList() << found << found);
+}
+
+void ChooseDecoderTest::thePathIsPublishedInTheLocalEncoding()
+{
+    const auto window = startedWindow();
+    const auto restore = qScopeGuard(
+        [codec = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(codec); });
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    const QString found = installedUnder(QStringLiteral("J\u00fcrgen/bin"));
+    window->findJt9(placesOf({found}));
+    QCOMPARE(qgetenv("PELQ_JT9_PATH"), found.toLatin1());
+    QVERIFY(QDir(testHome().path(QStringLiteral("J\u00fcrgen"))).removeRecursively());
+}
+
 void ChooseDecoderTest::refusedFoldersAreNotUsed_data()
 {
     QTest::addColumn<QString>("folder");
@@ -282,13 +330,29 @@ void ChooseDecoderTest::theFoundPathGoesToTheDefaultProfile()
     QCOMPARE(fileBytes(opened), QByteArray("{\"Serial\": \"44444\"}"));
 }
 
+void ChooseDecoderTest::theChoiceStartsInTheFolderOfTheDecoder_data()
+{
+    QTest::addColumn<QString>("saved");
+    const QString path = decoder.path();
+    QTest::newRow("as saved") << path;
+    QTest::newRow("blanks around") << QLatin1Char(' ') + path + QLatin1Char(' ');
+    QTest::newRow("no decoder there any more") << QFileInfo(path).path() + QStringLiteral("/gone");
+}
+
 void ChooseDecoderTest::theChoiceStartsInTheFolderOfTheDecoder()
 {
+    QFETCH(QString, saved);
     const auto window = startedWindow();
+    const QString opened = testHome().path(QStringLiteral("opened.json"));
+    putFile(opened, QJsonDocument(QJsonObject{{QStringLiteral("Jt9Path"), saved}}).toJson());
+    chooseFile(opened, [&] {
+        choose(*window, {QStringLiteral("File"), QStringLiteral("Open Profile...")});
+    });
     const SeenFileDialog dialog = chooseFile(QString(), [&] { selectByHand(*window); });
     QCOMPARE(dialog.title, QStringLiteral("Select Installed WSJT jt9.exe"));
     QCOMPARE(dialog.filters.join(QStringLiteral(";;")), jt9FileFilter());
     QCOMPARE(dialog.folder, QFileInfo(decoder.path()).path());
+    QCOMPARE(dialog.suggestedName, QString());
 }
 
 void ChooseDecoderTest::theChoiceStartsAtTheRootWithoutADecoder()
@@ -352,6 +416,17 @@ void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold()
     QCOMPARE(trace.lines(), linesBeforeBox);
     QCOMPARE(inUseBeforeBox, QStringList() << path << path);
     QCOMPARE(savedPath(), path);
+}
+
+void ChooseDecoderTest::aChosenDecoderIsSavedThenPublishedThenLogged()
+{
+    const QString path = installedUnder(QStringLiteral("WSJT/bin"));
+    const auto window = startedWindow();
+    const WhileLogged logged;
+    chooseFile(
+        path, [&] { selectByHand(*window); },
+        [&](QMessageBox *box) { closePlainBox(box, window.get()); });
+    QCOMPARE(logged.savedAndPublished(), QStringList() << path << path);
 }
 
 void ChooseDecoderTest::anotherChoiceIsRefused_data()
