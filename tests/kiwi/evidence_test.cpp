@@ -2,8 +2,36 @@
 
 #include "tests/fixture/teststation.h"
 
+#include <QCryptographicHash>
 #include <QDir>
+#include <QSaveFile>
+#include <QTextStream>
 #include <QtTest>
+
+namespace
+{
+// What went into the streams of files that are saved, the newest at the end: the file itself
+// stays empty.
+struct StreamedText {
+    QString path;
+    QString text;
+};
+QList<StreamedText> streamedTexts;
+} // namespace
+
+// The linker puts this in the place of QTextStream::operator<<(const QString &).
+QTextStream &realStream(QTextStream *stream,
+                        const QString &text) __asm__("__real__ZN11QTextStreamlsERK7QString");
+QTextStream &watchedStream(QTextStream *stream,
+                           const QString &text) __asm__("__wrap__ZN11QTextStreamlsERK7QString");
+
+QTextStream &watchedStream(QTextStream *stream, const QString &text)
+{
+    if (const auto *file = qobject_cast<QSaveFile *>(stream->device())) {
+        streamedTexts.append({file->fileName(), text});
+    }
+    return realStream(stream, text);
+}
 
 namespace
 {
@@ -52,6 +80,7 @@ private slots:
     }
 
     void theFileIsThereAndEmpty();
+    void theReportTellsOfTheStreamAndTheProgramFile();
     void rewrittenAtTheFirstSoundAndEvery20th();
     void nothingIsWrittenBeforeSound();
     void oneFileForEachConnection();
@@ -70,6 +99,39 @@ void EvidenceTest::theFileIsThereAndEmpty()
     QCOMPARE(QDir(testHome().path(QStringLiteral("stage"))).entryList(QDir::Files | QDir::Hidden),
              QStringList{QFileInfo(path).fileName()});
     QCOMPARE(QFileInfo(path).size(), 0);
+}
+
+void EvidenceTest::theReportTellsOfTheStreamAndTheProgramFile()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    const qint64 startMs = station.clock.now();
+    openLink(station, receiver);
+    receiver.sendText(QStringLiteral("hello"));
+    receiver.sendBinary("W/F");
+    streamedTexts.clear();
+    sendSound(station, receiver, 1);
+    station.clock.set(startMs + 61000);
+    sendSound(station, receiver, 20);
+    QCOMPARE(streamedTexts.size(), 2);
+    QCOMPARE(streamedTexts.last().path,
+             testHome().path(QStringLiteral("stage")) + fileName(startMs));
+    const QString program = QCoreApplication::applicationFilePath();
+    const QByteArray sha256 =
+        QCryptographicHash::hash(fileBytes(program), QCryptographicHash::Sha256).toHex().toUpper();
+    const QString expected =
+        QStringLiteral("PELQ KIWI STAGE17C LIVE SND EVIDENCE\n\nRESULT: LIVE SND VERIFIED\n\n"
+                       "Captured local: %1\n\nHost:\n127.0.0.1\n\nPort:\n%2\n\n"
+                       "Endpoint:\n/kiwi/0/SND\n\nFrequency MHz:\n14.074000\n\n"
+                       "RX frames:\n22\n\nSND frames:\n20\n\nOther binary frames:\n1\n\n"
+                       "RX bytes:\n20688\n\nLast frame size:\n1034\n\n"
+                       "Executable:\n%3\n\nExecutable SHA-256:\n%4\n\n")
+            .arg(QLocale::c().toString(QDateTime::fromMSecsSinceEpoch(startMs + 61000),
+                                       QStringLiteral("yyyy-MM-dd HH:mm:ss")),
+                 QString::number(receiver.port()), program, QString::fromLatin1(sha256));
+    QCOMPARE(streamedTexts.last().text.left(expected.size()), expected);
+    QVERIFY(streamedTexts.first().text.contains(QStringLiteral("\nSND frames:\n1\n")));
+    QVERIFY(streamedTexts.first().text.contains(QString::fromLatin1(sha256)));
 }
 
 void EvidenceTest::rewrittenAtTheFirstSoundAndEvery20th()
