@@ -32,6 +32,8 @@ void KiwiCommandsTest::urlTakesItsPartsAsTheyStand_data()
     QTest::addColumn<QString>("url");
     QTest::newRow("name") << QStringLiteral("kiwi.example.org")
                           << QStringLiteral("ws://kiwi.example.org:8073/kiwi/2/SND");
+    QTest::newRow("upper case") << QStringLiteral("Kiwi.Example.ORG")
+                                << QStringLiteral("ws://Kiwi.Example.ORG:8073/kiwi/2/SND");
     QTest::newRow("placeholder in the host")
         << QStringLiteral("%1") << QStringLiteral("ws://%1:8073/kiwi/2/SND");
 }
@@ -96,19 +98,23 @@ void KiwiCommandsTest::keepaliveIsDueEveryFiveSeconds()
 
 void KiwiCommandsTest::loggedTextIsCutAfter180Characters_data()
 {
-    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("message");
     QTest::addColumn<QString>("shown");
     const QString letters180(180, QLatin1Char('x'));
-    QTest::newRow("0") << 0 << QString();
-    QTest::newRow("180") << 180 << letters180;
-    QTest::newRow("181") << 181 << letters180 + QStringLiteral("...");
-    QTest::newRow("5000") << 5000 << letters180 + QStringLiteral("...");
+    const QString umlauts180(180, QChar(0xfc)); // two bytes each in UTF-8
+    QTest::newRow("0") << QString() << QString();
+    QTest::newRow("180") << letters180 << letters180;
+    QTest::newRow("181") << letters180 + QLatin1Char('x') << letters180 + QStringLiteral("...");
+    QTest::newRow("5000") << QString(5000, QLatin1Char('x')) << letters180 + QStringLiteral("...");
+    QTest::newRow("180 of two bytes") << umlauts180 << umlauts180;
+    QTest::newRow("181 of two bytes")
+        << umlauts180 + QLatin1Char('x') << umlauts180 + QStringLiteral("...");
 }
 
 void KiwiCommandsTest::loggedTextIsCutAfter180Characters()
 {
-    QFETCH(int, length);
-    QTEST(shortenedText(QString(length, QLatin1Char('x'))), "shown");
+    QFETCH(QString, message);
+    QTEST(shortenedText(message), "shown");
 }
 
 QTEST_APPLESS_MAIN(KiwiCommandsTest)

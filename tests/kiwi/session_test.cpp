@@ -1,10 +1,12 @@
 // The link as the operator and the receiver see it, from Apply to the end.
 
+#include "tests/fixture/peerthread.h"
 #include "tests/fixture/simulator.h"
 #include "tests/fixture/teststation.h"
 
 #include "kiwi/kiwicommands.h"
 
+#include <QAbstractEventDispatcher>
 #include <QTableWidget>
 #include <QTcpSocket>
 #include <QWebSocket>
@@ -50,7 +52,7 @@ QStringList openingLines(int port, const QString &mhz)
     return lines;
 }
 
-const QTimer *watchdogOf(const MainWindow &window)
+QTimer *watchdogOf(const MainWindow &window)
 {
     const auto timers = window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
     const auto watchdog = std::find_if(timers.begin(), timers.end(),
@@ -61,6 +63,17 @@ const QTimer *watchdogOf(const MainWindow &window)
     return *watchdog;
 }
 
+// What the program has planned for later: its own timers that run, and Qt's single shots.
+int plannedActions(const MainWindow &window)
+{
+    const auto timers = window.findChildren<QTimer *>();
+    const auto others = QAbstractEventDispatcher::instance()->children();
+    return static_cast<int>(std::count_if(timers.begin(), timers.end(),
+                                          [](const QTimer *timer) { return timer->isActive(); }) +
+                            std::count_if(others.begin(), others.end(), [](const QObject *other) {
+                                return other->inherits("QSingleShotTimer");
+                            }));
+}
 } // namespace
 
 class SessionTest : public QObject
@@ -75,6 +88,7 @@ private slots:
     void nothingConnectsAtStart();
     void connectingWhileConnectedIsSilent();
     void aNewLinkCountsFromZeroAndIsKeptAliveAtOnce();
+    void aNewLinkHasNoEndpointUntilItsFirstProbe();
     void connectingAgainEndsTheOldSession();
     void twoConnectsInOneTurnOpenOneSocket();
     void aDisconnectRightAfterAConnectOpensNoSocket();
@@ -85,8 +99,11 @@ private slots:
     void aLinkThatEndsBeforeSoundIsFollowedByTheNextEndpoint();
     void noProbeStartsInsideASocketsSignal();
     void refusedOnEveryEndpointFails();
+    void linksThatFailWhileTheyOpenAreFollowedByTheNextEndpoint();
     void afterAFailureTheFirstEndpointComesFirst();
     void anEndedStreamIsNotConnectedAgain();
+    void anErrorLeavesTheMovingOnToTheWatchdog_data();
+    void anErrorLeavesTheMovingOnToTheWatchdog();
     void theWatchdogRunsUntilSoundArrives();
     void periodsOfAnEndedStreamStillArriveButCountForNoSession();
     void disconnectingDropsPendingPeriods();
@@ -171,14 +188,18 @@ void SessionTest::theFieldsOfTheDialogAreUsedAsEntered()
     const PuppetReceiver receiver;
     TestStation station;
     inReceiverDialog(*station.window, [&](ReceiverHands hands) {
-        hands.enter(QStringLiteral("localhost"), receiver.port(), QStringLiteral("7.0741234"));
+        hands.enter(QStringLiteral("LocalHost"), receiver.port(), QStringLiteral("7.0741234"));
         hands.apply();
     });
     QTRY_VERIFY(receiver.commands().size() >= 7);
     QVERIFY(receiver.commands().at(5).endsWith(QStringLiteral(" freq=7074.123")));
-    QCOMPARE(station.trace.lines().first(),
-             QStringLiteral("Native Kiwi connection requested: localhost:%1, 7.074123 MHz.")
-                 .arg(receiver.port()));
+    // A URL writes host names in lower case.
+    QCOMPARE(
+        inLines(station.trace.lines().mid(0, 2)),
+        inLines({QStringLiteral("Native Kiwi connection requested: LocalHost:%1, 7.074123 MHz.")
+                     .arg(receiver.port()),
+                 QStringLiteral("Kiwi WebSocket probe trying: ws://localhost:%1/kiwi/0/SND")
+                     .arg(receiver.port())}));
 }
 
 void SessionTest::nothingConnectsAtStart()
@@ -229,6 +250,16 @@ void SessionTest::aNewLinkCountsFromZeroAndIsKeptAliveAtOnce()
                             "SND: 1 frames   0.00 MB\nOther: 0   Last: 1034 bytes"));
     QTRY_COMPARE(receiver.commands().size(), 8);
     QCOMPARE(receiver.commands().last(), QStringLiteral("SET keepalive"));
+}
+
+void SessionTest::aNewLinkHasNoEndpointUntilItsFirstProbe()
+{
+    const PuppetReceiver receiver;
+    TestStation station;
+    station.hear(receiver);
+    station.window->connectKiwi();
+    QCOMPARE(station.window->kiwiStatusText(),
+             QStringLiteral("Connecting — 14.074000 MHz\nEndpoint: --\nNo verified SND data yet."));
 }
 
 void SessionTest::connectingAgainEndsTheOldSession()
@@ -405,12 +436,35 @@ void SessionTest::refusedOnEveryEndpointFails()
     }
     expected.append(QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
     QCOMPARE(inLines(station.trace.lines()), inLines(expected));
-    QVERIFY(!watchdogOf(*station.window)->isActive());
+    QCoreApplication::processEvents();
+    QCOMPARE(plannedActions(*station.window), 0);
     QTRY_COMPARE(station.window->findChildren<QWebSocket *>().size(), 0);
     // The failure stands only as long as the dialog: its text follows from the state.
     inReceiverDialog(*station.window, [](ReceiverHands hands) {
         QCOMPARE(hands.status(), QStringLiteral("Disconnected"));
     });
+}
+
+// TCP refuses a broadcast address before it sends anything: the call that opens the link ends it.
+void SessionTest::linksThatFailWhileTheyOpenAreFollowedByTheNextEndpoint()
+{
+    TestStation station;
+    inReceiverDialog(*station.window, [&](ReceiverHands hands) {
+        hands.enter(QStringLiteral("127.255.255.255"), 8073, QStringLiteral("14.074"));
+        hands.apply();
+        QTRY_COMPARE(hands.status(), QStringLiteral("Failed — no Kiwi SND endpoint produced data"));
+    });
+    QStringList expected;
+    for (const QString &endpoint : kiwiSndEndpoints()) {
+        expected.append(QStringLiteral("Kiwi WebSocket probe trying: ws://127.255.255.255:8073") +
+                        endpoint);
+        expected.append(
+            QStringLiteral("Kiwi WebSocket error at %1: Network unreachable").arg(endpoint));
+    }
+    expected.append(QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
+    QCOMPARE(inLines(station.trace.lines().mid(1)), inLines(expected));
+    QCOMPARE(plannedActions(*station.window), 0);
+    QTRY_COMPARE(station.window->findChildren<QWebSocket *>().size(), 0);
 }
 
 void SessionTest::afterAFailureTheFirstEndpointComesFirst()
@@ -437,12 +491,50 @@ void SessionTest::anEndedStreamIsNotConnectedAgain()
     QTRY_COMPARE(station.trace.count(ended), 1);
     QCOMPARE(station.trace.lines().last(), ended);
     QCoreApplication::processEvents();
+    QCOMPARE(plannedActions(*station.window), 0);
     QCOMPARE(receiver.paths(), QStringList{first});
+    inReceiverDialog(*station.window, [](ReceiverHands hands) {
+        QCOMPARE(hands.status(), QStringLiteral("Disconnected"));
+    });
     const QJsonObject log =
         jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")));
     const QJsonObject session = log.value(QLatin1String("Sessions")).toArray().at(0).toObject();
     QCOMPARE(session.value(QLatin1String("Port")).toInt(), receiver.port());
     QCOMPARE(session.value(QLatin1String("DurationSeconds")).toInt(), 3);
+}
+
+void SessionTest::anErrorLeavesTheMovingOnToTheWatchdog_data()
+{
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("refused, TCP kept open") << local << QString();
+    QTest::newRow("no URL") << QStringLiteral("no host") << QStringLiteral("Invalid URL.");
+}
+
+void SessionTest::anErrorLeavesTheMovingOnToTheWatchdog()
+{
+    QFETCH(QString, host);
+    QFETCH(QString, error);
+    PeerThread peers;
+    const int port = peers.addRawPeer("HTTP/1.1 404 Not Found\r\n\r\n", {});
+    TestStation station;
+    QTimer *watchdog = watchdogOf(*station.window);
+    inReceiverDialog(*station.window, [&](ReceiverHands hands) {
+        hands.enter(host, port, QStringLiteral("14.074"));
+        hands.apply();
+        const QString line = QStringLiteral("Kiwi WebSocket error at /kiwi/0/SND: ") + error;
+        QTRY_VERIFY(station.trace.contains(line));
+        QCoreApplication::processEvents();
+        QCOMPARE(hands.status(), QStringLiteral("Connecting — trying /kiwi/0/SND"));
+        QVERIFY(watchdog->isActive());
+        QCOMPARE(watchdog->interval(), 5000);
+        watchdog->start(0); // its time is up
+        QTRY_COMPARE(hands.status(), QStringLiteral("Connecting — trying /kiwi/1/SND"));
+        QCOMPARE(watchdog->interval(), 5000);
+    });
+    QCOMPARE(
+        station.trace.lines().filter(QStringLiteral("trying next endpoint")),
+        QStringList{QStringLiteral("No verified SND data at /kiwi/0/SND; trying next endpoint.")});
 }
 
 void SessionTest::theWatchdogRunsUntilSoundArrives()
@@ -541,6 +633,9 @@ void SessionTest::textFramesAreLoggedUpTo180Characters_data()
     QTest::newRow("empty") << QString() << QString();
     QTest::newRow("180") << c180 << c180;
     QTest::newRow("181") << c180 + QLatin1Char('y') << c180 + QStringLiteral("...");
+    const QString u180(180, QChar(0xfc)); // two bytes each
+    QTest::newRow("180 of two bytes") << u180 << u180;
+    QTest::newRow("181 of two bytes") << u180 + QLatin1Char('y') << u180 + QStringLiteral("...");
     QTest::newRow("numbered placeholders") << QStringLiteral("%1 %2") << QStringLiteral("%1 %2");
 }
 
