@@ -20,6 +20,8 @@ private slots:
     void oneDialogWithHeadingTextAndOk();
     void theMainWindowTakesNoInputMeanwhile();
     void okAccepts();
+    void escapeAndReturnCloseIt_data();
+    void escapeAndReturnCloseIt();
     void theWindowsCloseButtonCloses();
 };
 
@@ -101,6 +103,28 @@ void HelpTest::okAccepts()
         QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
         QVERIFY(!dialog->isVisible());
         QCOMPARE(dialog->result(), static_cast<int>(QDialog::Accepted));
+    });
+}
+
+void HelpTest::escapeAndReturnCloseIt_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<int>("result");
+    QTest::newRow("Escape") << Qt::Key_Escape << static_cast<int>(QDialog::Rejected);
+    QTest::newRow("Return") << Qt::Key_Return << static_cast<int>(QDialog::Accepted);
+    QTest::newRow("Enter") << Qt::Key_Enter << static_cast<int>(QDialog::Accepted);
+}
+
+// Without a look at where the focus is: on the text.
+void HelpTest::escapeAndReturnCloseIt()
+{
+    QFETCH(Qt::Key, key);
+    const TestStation station;
+    inHelp(station, [&](QDialog *dialog) {
+        QTRY_VERIFY(dialog->focusWidget() != nullptr);
+        QTest::keyClick(dialog->focusWidget(), key);
+        QVERIFY(!dialog->isVisible());
+        QTEST(dialog->result(), "result");
     });
 }
 
