@@ -27,6 +27,21 @@ static void setRemovedReceivers(const QStringList &keys)
     settings.sync();
 }
 
+class PaintCount : public QObject
+{
+public:
+    explicit PaintCount(QWidget *painted) { painted->installEventFilter(this); }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+};
+
 class DecodeTableLookTest : public QObject
 {
     Q_OBJECT
@@ -44,10 +59,12 @@ private slots:
     void aHighlightedNewestRowIsInViewToo();
     void theNewestRowIsSelected();
     void aHighlightedNewestRowIsNotCovered();
+    void theArrowKeysGoOnFromTheUncoveredRow();
     void anOlderHighlightedRowDoesNotMatter();
     void aHighlightedRowIsYellowWithBlackText();
     void otherRowsHaveNoColoursOfTheirOwn();
     void updatesAreSuspendedWhileRowsComeAndGo();
+    void aBatchIsPaintedWhenItIsWhole();
     void theReceiverIsRecordedWithTheRowsLeft();
     void aBatchWithoutRowsRecordsNoReceiver();
     void receiverThenStationDisplayThenStatusBar();
@@ -187,6 +204,17 @@ void DecodeTableLookTest::aHighlightedNewestRowIsNotCovered()
     QVERIFY(table->selectedItems().isEmpty());
 }
 
+// Nothing is selected, but the row that was current stays so.
+void DecodeTableLookTest::theArrowKeysGoOnFromTheUncoveredRow()
+{
+    append("10:15:30", jt9Lines(3));
+    append("10:15:45", {jt9Line(QStringLiteral("CQ W1AW FN31"))});
+    QVERIFY(table->selectedItems().isEmpty());
+    QCOMPARE(table->currentRow(), 2);
+    QTest::keyClick(table, Qt::Key_Down);
+    QCOMPARE(table->currentRow(), 3);
+}
+
 void DecodeTableLookTest::anOlderHighlightedRowDoesNotMatter()
 {
     append("10:15:30",
@@ -238,6 +266,20 @@ void DecodeTableLookTest::updatesAreSuspendedWhileRowsComeAndGo()
     QVERIFY(changes > 0);
     QVERIFY(suspended);
     QVERIFY(table->updatesEnabled());
+}
+
+// Once when it is whole; Qt then paints once more for the rows and columns that changed in size.
+void DecodeTableLookTest::aBatchIsPaintedWhenItIsWhole()
+{
+    append("10:15:15", jt9Lines(40));
+    append("10:15:30", jt9Lines(40));
+    QTest::qWait(100); // until all of that is painted
+    const PaintCount paints(table->viewport());
+    append("10:15:45", jt9Lines(40));
+    QCOMPARE(paints.count, 0);
+    QTRY_VERIFY(paints.count > 0);
+    QTest::qWait(100);
+    QVERIFY(paints.count <= 2);
 }
 
 void DecodeTableLookTest::theReceiverIsRecordedWithTheRowsLeft()

@@ -4,6 +4,7 @@
 #include "displaystation.h"
 #include "tabstops.h"
 #include "tests/fixture/operator.h"
+#include "tests/fixture/settingreader.h"
 #include "tests/fixture/windowshome.h"
 
 #include <cstdio>
@@ -112,6 +113,8 @@ private slots:
     void anEmptyListEndsAllHighlighting();
     void aHighlightedCurrentRowLosesItsSelection();
     void anotherCurrentRowKeepsItsSelection();
+    void theArrowKeysGoOnFromTheUncoveredRow();
+    void theCallsAreSavedBeforeTheRowsAreColoured();
     void blanksAndRepeatsGiveOneEntry();
     void anInvalidEntryIsRefusedAndTheTextComesBack_data();
     void anInvalidEntryIsRefusedAndTheTextComesBack();
@@ -264,6 +267,34 @@ void HighlightTest::anotherCurrentRowKeepsItsSelection()
     append({QStringLiteral("CQ K1ABC FN42"), QStringLiteral("CQ W1AW FN31")});
     edit(**station, {QStringLiteral("K1ABC")});
     QCOMPARE(decodeTableOf(**station)->selectedItems().size(), 5);
+}
+
+// Nothing is selected, but the row that was current stays so.
+void HighlightTest::theArrowKeysGoOnFromTheUncoveredRow()
+{
+    append({QStringLiteral("CQ W1AW FN31"), QStringLiteral("CQ K1ABC FN42"),
+            QStringLiteral("CQ W9XYZ EN37")});
+    QTableWidget *table = decodeTableOf(**station);
+    table->selectRow(1);
+    edit(**station, {QStringLiteral("K1ABC")});
+    QVERIFY(table->selectedItems().isEmpty());
+    QTest::keyClick(table, Qt::Key_Down);
+    QCOMPARE(table->currentRow(), 2);
+}
+
+// Whoever sees the colours may rely on it that the calls are stored.
+void HighlightTest::theCallsAreSavedBeforeTheRowsAreColoured()
+{
+    append({QStringLiteral("CQ K1ABC FN42")});
+    QStringList stored;
+    const QObject watch;
+    connect(decodeTableOf(**station)->model(), &QAbstractItemModel::dataChanged, &watch, [&] {
+        if (stored.isEmpty()) {
+            stored = settingOnDisk(QStringLiteral("highlight/calls"));
+        }
+    });
+    edit(**station, {QStringLiteral("K1ABC")});
+    QCOMPARE(stored, QStringList{QStringLiteral("K1ABC")});
 }
 
 void HighlightTest::blanksAndRepeatsGiveOneEntry()
@@ -435,6 +466,8 @@ void HighlightTest::nothingIsWrittenBackByReading()
 
 int main(int argc, char **argv)
 {
+    if (answersForSetting(argc, argv))
+        return 0;
     if (argc == 2 && qstrcmp(argv[1], "--restarted") == 0)
         return showTextAfterRestart(argc, argv);
     testHome();

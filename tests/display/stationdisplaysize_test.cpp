@@ -34,6 +34,7 @@ private slots:
     void fewRowsAreAllInView();
     void tenRowsNeedNoScrollBar();
     void of25RowsTheLastTenAreInView();
+    void openedOn25RowsItShowsTheLastTen();
     void theTableMayGrowDownwardsOnly();
     void theWindowIsAsWideAsItsTable();
     void theWindowIsAsWideAsALongReceiverName();
@@ -168,6 +169,26 @@ void StationDisplaySizeTest::of25RowsTheLastTenAreInView()
     table->scrollToTop();
     (*station)->refreshStationDisplay();
     QVERIFY(isAtTheBottom());
+}
+
+void StationDisplaySizeTest::openedOn25RowsItShowsTheLastTen()
+{
+    dialog->close();
+    QTRY_VERIFY(!dialog);
+    append(jt9Lines(25));
+    show();
+    QTRY_VERIFY(dialog->isActiveWindow());
+    QCOMPARE(table->rowCount(), 25);
+    QCOMPARE(table->minimumHeight(), heightWithoutRows() + heightOfRows(10));
+    QCOMPARE(table->height(), table->minimumHeight());
+    QCOMPARE(table->width(), widthOfColumns() + widthOfScrollBar());
+    QCOMPARE(dialog->width(), table->width() + 16);
+    QCOMPARE(dialog->size(), dialog->sizeHint());
+    QVERIFY(isAtTheBottom());
+    const QRect seen = table->viewport()->rect();
+    QVERIFY(seen.contains(table->visualItemRect(table->item(24, 0)).center()));
+    QVERIFY(seen.contains(table->visualItemRect(table->item(15, 0)).center()));
+    QVERIFY(!seen.contains(table->visualItemRect(table->item(14, 0)).center()));
 }
 
 void StationDisplaySizeTest::theTableMayGrowDownwardsOnly()
