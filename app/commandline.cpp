@@ -1,6 +1,6 @@
 #include "app/commandline.h"
 
-#include "store/frequency.h"
+#include "base/frequency.h"
 
 #include <QCommandLineParser>
 

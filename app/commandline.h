@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/programoptions.h"
 #include "app/startoptions.h"
+#include "base/programoptions.h"
 
 #include <functional>
 

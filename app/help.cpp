@@ -1,6 +1,6 @@
 #include "app/helptext.h"
 #include "app/mainwindow.h"
-#include "app/smallscreen.h"
+#include "base/smallscreen.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>

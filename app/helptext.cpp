@@ -1,6 +1,6 @@
 #include "app/helptext.h"
 
-#include "app/buildconfig.h"
+#include "base/buildconfig.h"
 
 QString helpHeading()
 {

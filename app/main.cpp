@@ -1,9 +1,9 @@
 #include "app/commandline.h"
-#include "app/console.h"
 #include "app/identity.h"
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
 #include "app/termination.h"
+#include "base/console.h"
 
 #include <QApplication>
 

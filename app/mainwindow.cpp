@@ -1,14 +1,14 @@
 #include "app/mainwindow.h"
 
-#include "app/logline.h"
 #include "app/termination.h"
+#include "base/datapaths.h"
+#include "base/frequency.h"
+#include "base/logline.h"
+#include "base/settings.h"
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
-#include "store/datapaths.h"
-#include "store/frequency.h"
 #include "store/receiverinput.h"
-#include "store/settings.h"
 
 #include <QApplication>
 #include <QDialog>

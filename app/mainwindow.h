@@ -11,10 +11,10 @@
 #include <optional>
 
 #include "app/startoptions.h"
+#include "base/receiverkey.h"
 #include "kiwi/linkstate.h"
 #include "kiwi/receivernotices.h"
 #include "store/profile.h"
-#include "store/receiverkey.h"
 #include "store/statuslog.h"
 
 class KiwiAudioCapture;

@@ -1,8 +1,8 @@
 // The menu bar. No entry has a shortcut, an icon or a tool tip.
 
 #include "app/mainwindow.h"
+#include "base/settings.h"
 #include "decode/kiwiaudiocapture.h"
-#include "store/settings.h"
 
 #include <QActionGroup>
 #include <QMenu>

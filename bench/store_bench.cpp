@@ -5,8 +5,8 @@
 #include "bench/compare.h"
 
 #include "app/mainwindow.h"
+#include "base/datapaths.h"
 #include "fixture/home.h"
-#include "store/datapaths.h"
 
 #include <QApplication>
 #include <QFile>

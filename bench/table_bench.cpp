@@ -5,7 +5,7 @@
 #include "bench/compare.h"
 
 #include "app/mainwindow.h"
-#include "app/timetext.h"
+#include "base/timetext.h"
 #include "display/decoderow.h"
 #include "fixture/operator.h"
 

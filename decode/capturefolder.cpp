@@ -4,7 +4,7 @@
 #include <QFileInfo>
 #include <QLockFile>
 
-#include "app/lockfile.h"
+#include "base/lockfile.h"
 
 CaptureFolder::CaptureFolder(const QString &wantedFolder)
     : wanted(wantedFolder.isEmpty() ? QString() : QDir::cleanPath(wantedFolder)), chosen(wanted)

@@ -4,8 +4,8 @@
 #include <QFileDialog>
 #include <QFileInfo>
 
-#include "app/dialogs.h"
-#include "app/logline.h"
+#include "base/dialogs.h"
+#include "base/logline.h"
 #include "decode/jt9locator.h"
 
 void MainWindow::findJt9(const Jt9Places &places)

@@ -6,8 +6,8 @@
 
 #include <utility>
 
-#include "app/logline.h"
-#include "app/timetext.h"
+#include "base/logline.h"
+#include "base/timetext.h"
 #include "decode/decodeband.h"
 #include "decode/ft8decode.h"
 #include "decode/slotwav.h"

@@ -7,7 +7,7 @@
 #include <QFileInfo>
 #include <QThread>
 
-#include "app/timetext.h"
+#include "base/timetext.h"
 
 namespace
 {

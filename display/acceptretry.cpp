@@ -3,7 +3,7 @@
 #include <QTcpServer>
 #include <QTimer>
 
-#include "app/logline.h"
+#include "base/logline.h"
 
 #ifdef Q_OS_WIN
 #include <winsock2.h>

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "app/logline.h"
+#include "base/logline.h"
 #include "display/acceptretry.h"
 #include "display/bridgeprotocol.h"
 

@@ -1,5 +1,5 @@
-#include "app/dialogs.h"
 #include "app/mainwindow.h"
+#include "base/dialogs.h"
 
 #include <QDialog>
 #include <QLabel>

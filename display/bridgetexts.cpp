@@ -2,7 +2,7 @@
 
 #include <QDateTime>
 
-#include "app/timetext.h"
+#include "base/timetext.h"
 
 static QString lastOutputText(const BridgeState &bridge)
 {

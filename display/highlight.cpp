@@ -1,11 +1,11 @@
-#include "app/dialogs.h"
 #include "app/mainwindow.h"
+#include "base/dialogs.h"
 
 #include <QInputDialog>
 #include <QPlainTextEdit>
 
+#include "base/settings.h"
 #include "display/highlightcalls.h"
-#include "store/settings.h"
 
 static const QString callsKey = QStringLiteral("highlight/calls");
 

@@ -1,7 +1,7 @@
 #include "display/livedialog.h"
 
-#include "app/dialogs.h"
-#include "app/smallscreen.h"
+#include "base/dialogs.h"
+#include "base/smallscreen.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>

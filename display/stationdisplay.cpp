@@ -1,5 +1,5 @@
 #include "app/mainwindow.h"
-#include "app/smallscreen.h"
+#include "base/smallscreen.h"
 
 #include <QDialog>
 #include <QHeaderView>

@@ -1,7 +1,7 @@
 #include "display/stationtexts.h"
 
-#include "display/duration.h"
-#include "store/frequency.h"
+#include "base/duration.h"
+#include "base/frequency.h"
 
 static const QLatin1String noValue("--");
 

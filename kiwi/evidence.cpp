@@ -1,7 +1,7 @@
 // The live report on the stream, rewritten whole while the stream runs.
 
-#include "app/logline.h"
 #include "app/mainwindow.h"
+#include "base/logline.h"
 #include "kiwi/sndevidence.h"
 
 #include <QCoreApplication>

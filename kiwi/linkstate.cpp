@@ -1,6 +1,6 @@
 #include "kiwi/linkstate.h"
 
-#include "store/frequency.h"
+#include "base/frequency.h"
 
 namespace
 {

@@ -1,6 +1,6 @@
 #include "kiwi/receivernotices.h"
 
-#include "app/logline.h"
+#include "base/logline.h"
 #include "kiwi/kiwicommands.h"
 
 #include <algorithm>

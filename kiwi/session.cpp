@@ -1,12 +1,12 @@
 // The WebSocket session with one receiver: which endpoint is tried, when it is given up, and
 // what the operator reads meanwhile. A link counts as good only when a real "SND" frame arrived.
 
-#include "app/logline.h"
 #include "app/mainwindow.h"
+#include "base/frequency.h"
+#include "base/logline.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
 #include "kiwi/sndevidence.h"
-#include "store/frequency.h"
 
 #include <QLabel>
 #include <QTcpSocket>

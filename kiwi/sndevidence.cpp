@@ -1,7 +1,7 @@
 #include "kiwi/sndevidence.h"
 
-#include "app/timetext.h"
-#include "store/frequency.h"
+#include "base/frequency.h"
+#include "base/timetext.h"
 
 #include <QCryptographicHash>
 #include <QFile>

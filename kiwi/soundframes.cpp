@@ -1,7 +1,7 @@
 // What arrives in binary frames: counted, and audio handed to the capture.
 
-#include "app/logline.h"
 #include "app/mainwindow.h"
+#include "base/logline.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
 #include "kiwi/receivernotices.h"

@@ -1,12 +1,12 @@
 // Shows the station decoding: the receiver simulator and the real main window in one program,
 // worked through the real dialog, with data and settings of their own in a temporary folder.
 
-#include "app/console.h"
 #include "app/identity.h"
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
 #include "app/termination.h"
-#include "app/timetext.h"
+#include "base/console.h"
+#include "base/timetext.h"
 #include "sim/kiwisim.h"
 
 #include <QApplication>

@@ -1,13 +1,13 @@
 #include "app/mainwindow.h"
 
-#include "app/lockfile.h"
-#include "app/logline.h"
-#include "store/atomicfile.h"
-#include "store/datafile.h"
-#include "store/datapaths.h"
+#include "base/atomicfile.h"
+#include "base/datafile.h"
+#include "base/datapaths.h"
+#include "base/lockfile.h"
+#include "base/logline.h"
+#include "base/receiverkey.h"
+#include "base/settings.h"
 #include "store/goodreceivers.h"
-#include "store/receiverkey.h"
-#include "store/settings.h"
 
 #include <QComboBox>
 #include <QJsonDocument>

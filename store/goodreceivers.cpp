@@ -1,8 +1,8 @@
 #include "store/goodreceivers.h"
 
-#include "store/datafile.h"
-#include "store/frequency.h"
-#include "store/receiverkey.h"
+#include "base/datafile.h"
+#include "base/frequency.h"
+#include "base/receiverkey.h"
 
 #include <QJsonObject>
 

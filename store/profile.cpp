@@ -1,7 +1,7 @@
 #include "store/profile.h"
 
-#include "app/buildconfig.h"
-#include "store/datafile.h"
+#include "base/buildconfig.h"
+#include "base/datafile.h"
 
 #include <QFile>
 #include <QJsonDocument>

@@ -1,11 +1,11 @@
 #include "app/mainwindow.h"
 
-#include "app/dialogs.h"
-#include "app/logline.h"
-#include "store/atomicfile.h"
-#include "store/datafile.h"
-#include "store/datapaths.h"
-#include "store/frequency.h"
+#include "base/atomicfile.h"
+#include "base/datafile.h"
+#include "base/datapaths.h"
+#include "base/dialogs.h"
+#include "base/frequency.h"
+#include "base/logline.h"
 
 #include <QDir>
 #include <QFile>

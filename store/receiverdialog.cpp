@@ -1,10 +1,10 @@
-#include "app/dialogs.h"
 #include "app/mainwindow.h"
-#include "app/smallscreen.h"
+#include "base/dialogs.h"
+#include "base/smallscreen.h"
 
-#include "store/frequency.h"
+#include "base/frequency.h"
+#include "base/receiverkey.h"
 #include "store/receiverinput.h"
-#include "store/receiverkey.h"
 
 #include <QComboBox>
 #include <QDialog>

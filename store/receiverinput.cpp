@@ -1,6 +1,6 @@
 #include "store/receiverinput.h"
 
-#include "store/frequency.h"
+#include "base/frequency.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 #include "store/statuslog.h"
 
-#include "display/duration.h"
-#include "store/datafile.h"
-#include "store/frequency.h"
-#include "store/receiverkey.h"
+#include "base/datafile.h"
+#include "base/duration.h"
+#include "base/frequency.h"
+#include "base/receiverkey.h"
 
 #include <QJsonArray>
 #include <QStringList>

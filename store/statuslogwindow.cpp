@@ -1,12 +1,12 @@
 #include "app/mainwindow.h"
 
-#include "app/dialogs.h"
-#include "app/lockfile.h"
-#include "app/logline.h"
-#include "app/smallscreen.h"
-#include "store/atomicfile.h"
-#include "store/datafile.h"
-#include "store/datapaths.h"
+#include "base/atomicfile.h"
+#include "base/datafile.h"
+#include "base/datapaths.h"
+#include "base/dialogs.h"
+#include "base/lockfile.h"
+#include "base/logline.h"
+#include "base/smallscreen.h"
 #include "store/textchanges.h"
 
 #include <QDialog>

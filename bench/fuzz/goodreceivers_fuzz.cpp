@@ -3,9 +3,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include "base/datafile.h"
+#include "base/receiverkey.h"
 #include "bench/fuzz/fuzzing.h"
-#include "store/datafile.h"
-#include "store/receiverkey.h"
 
 namespace
 {

@@ -3,8 +3,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include "base/datafile.h"
 #include "bench/fuzz/fuzzing.h"
-#include "store/datafile.h"
 
 namespace
 {

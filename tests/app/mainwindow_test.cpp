@@ -2,7 +2,7 @@
 
 #include "tests/fixture/teststation.h"
 
-#include "store/settings.h"
+#include "base/settings.h"
 
 #include <QDialog>
 #include <QLabel>

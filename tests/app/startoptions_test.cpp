@@ -3,8 +3,8 @@
 #include "tests/fixture/receiverform.h"
 #include "tests/fixture/teststation.h"
 
+#include "base/settings.h"
 #include "decode/jt9locator.h"
-#include "store/settings.h"
 
 #include <QFileInfo>
 #include <QLineEdit>

@@ -5,9 +5,9 @@
 #include "tests/fixture/teststation.h"
 #include "tests/store/privatemounts.h"
 
+#include "base/datapaths.h"
 #include "display/decoderow.h"
 #include "display/tabletexts.h"
-#include "store/datapaths.h"
 
 #include <QDir>
 #include <QProcess>

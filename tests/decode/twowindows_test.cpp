@@ -5,7 +5,7 @@
 #include "tests/fixture/aftermath.h"
 #include "tests/fixture/teststation.h"
 
-#include "store/datapaths.h"
+#include "base/datapaths.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/mainwindow.h"
-#include "store/settings.h"
+#include "base/settings.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/scripteddecoder.h"
 

@@ -3,7 +3,7 @@
 #include "tests/fixture/aftermath.h"
 #include "tests/fixture/teststation.h"
 
-#include "store/datafile.h"
+#include "base/datafile.h"
 
 #include <QJsonArray>
 #include <QtTest>

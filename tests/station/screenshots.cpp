@@ -4,11 +4,11 @@
 
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
+#include "base/settings.h"
 #include "display/highlightcalls.h"
 #include "fixture/home.h"
 #include "fixture/operator.h"
 #include "sim/kiwisim.h"
-#include "store/settings.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -14,7 +14,7 @@
 
 #include "app/mainwindow.h"
 #include "app/stationfont.h"
-#include "app/timetext.h"
+#include "base/timetext.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

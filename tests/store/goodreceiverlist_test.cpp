@@ -2,9 +2,9 @@
 // Receiver dialog.
 
 #include "app/mainwindow.h"
+#include "base/receiverkey.h"
+#include "base/settings.h"
 #include "sim/kiwisim.h"
-#include "store/receiverkey.h"
-#include "store/settings.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"

@@ -1,6 +1,6 @@
 #include "store/goodreceivers.h"
 
-#include "store/datafile.h"
+#include "base/datafile.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

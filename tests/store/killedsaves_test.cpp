@@ -2,10 +2,10 @@
 
 #include "tests/fixture/memoryhome.h"
 
-#include "store/atomicfile.h"
+#include "base/atomicfile.h"
+#include "base/settings.h"
 #include "store/goodreceivers.h"
 #include "store/profile.h"
-#include "store/settings.h"
 #include "store/statuslog.h"
 
 #include <QDir>

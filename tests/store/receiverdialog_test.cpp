@@ -1,9 +1,9 @@
 // The Kiwi Receiver dialog as an operator meets it.
 
 #include "app/mainwindow.h"
+#include "base/receiverkey.h"
+#include "base/settings.h"
 #include "sim/kiwisim.h"
-#include "store/receiverkey.h"
-#include "store/settings.h"
 #include "tests/fixture/buttonorder.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"

@@ -1,6 +1,6 @@
 #include "store/statuslog.h"
 
-#include "store/datafile.h"
+#include "base/datafile.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

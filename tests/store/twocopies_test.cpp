@@ -5,8 +5,8 @@
 #include "tests/fixture/receiverform.h"
 
 #include "app/mainwindow.h"
-#include "store/datapaths.h"
-#include "store/settings.h"
+#include "base/datapaths.h"
+#include "base/settings.h"
 
 #include <QApplication>
 #include <QComboBox>

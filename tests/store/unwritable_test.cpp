@@ -1,9 +1,9 @@
 // What happens when the disk is full or read-only, on file systems of this process's own.
 
-#include "store/atomicfile.h"
-#include "store/datafile.h"
-#include "store/datapaths.h"
-#include "store/settings.h"
+#include "base/atomicfile.h"
+#include "base/datafile.h"
+#include "base/datapaths.h"
+#include "base/settings.h"
 #include "tests/store/privatemounts.h"
 
 #include <QDir>

@@ -2,8 +2,8 @@
 // own.
 
 #include "app/mainwindow.h"
-#include "store/receiverkey.h"
-#include "store/settings.h"
+#include "base/receiverkey.h"
+#include "base/settings.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"

@@ -1,8 +1,8 @@
 // Data files that another program keeps open for a while, or for long.
 
-#include "store/atomicfile.h"
-#include "store/datafile.h"
-#include "store/lockedfile.h"
+#include "base/atomicfile.h"
+#include "base/datafile.h"
+#include "base/lockedfile.h"
 #include "tests/windows/fileholder.h"
 
 #include <QDir>

@@ -1,8 +1,8 @@
 // The lists that the station reads, adds to and writes again, while another program holds them.
 
 #include "app/mainwindow.h"
-#include "store/datapaths.h"
-#include "store/lockedfile.h"
+#include "base/datapaths.h"
+#include "base/lockedfile.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/windows/fileholder.h"

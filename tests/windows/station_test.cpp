@@ -1,8 +1,8 @@
 // The station's window on Windows: its decoder, its registry keys, its files, its bridge.
 
 #include "app/mainwindow.h"
+#include "base/datapaths.h"
 #include "decode/jt9locator.h"
-#include "store/datapaths.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"

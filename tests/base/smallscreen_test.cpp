@@ -2,8 +2,8 @@
 
 #include "tests/fixture/teststation.h"
 
-#include "app/smallscreen.h"
 #include "app/stationfont.h"
+#include "base/smallscreen.h"
 
 #include <QComboBox>
 #include <QDialog>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/programoptions.h"
+#include "base/programoptions.h"
 
 // What a program does before it has an application object, and without a display.
 

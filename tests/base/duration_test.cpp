@@ -1,6 +1,6 @@
 #include <QtTest>
 
-#include "display/duration.h"
+#include "base/duration.h"
 
 class DurationTest : public QObject
 {

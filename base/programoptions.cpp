@@ -1,6 +1,6 @@
-#include "app/programoptions.h"
+#include "base/programoptions.h"
 
-#include "app/buildconfig.h"
+#include "base/buildconfig.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,8 +1,8 @@
-#include "display/duration.h"
+#include "base/duration.h"
 
 #include <QTime>
 
-#include "app/timetext.h"
+#include "base/timetext.h"
 
 QString formatDuration(qint64 seconds)
 {

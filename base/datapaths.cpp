@@ -1,4 +1,4 @@
-#include "store/datapaths.h"
+#include "base/datapaths.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,4 +1,4 @@
-#include "store/settings.h"
+#include "base/settings.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "app/logline.h"
+#include "base/logline.h"
 
 #include <QLocale>
 #include <QTest>

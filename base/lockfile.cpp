@@ -1,4 +1,4 @@
-#include "app/lockfile.h"
+#include "base/lockfile.h"
 
 #include <QDeadlineTimer>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "store/receiverkey.h"
+#include "base/receiverkey.h"
 
 #include <QJsonObject>
 #include <QJsonValue>

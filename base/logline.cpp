@@ -1,6 +1,6 @@
-#include "app/logline.h"
+#include "base/logline.h"
 
-#include "app/timetext.h"
+#include "base/timetext.h"
 
 #include <QDebug>
 #include <QTime>

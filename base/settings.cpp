@@ -1,13 +1,13 @@
-#include "store/settings.h"
+#include "base/settings.h"
 
-#include "app/lockfile.h"
-#include "app/logline.h"
+#include "base/lockfile.h"
+#include "base/logline.h"
 
 #ifdef Q_OS_WIN
-#include "store/datapaths.h"
+#include "base/datapaths.h"
 #else
-#include "store/atomicfile.h"
-#include "store/datafile.h"
+#include "base/atomicfile.h"
+#include "base/datafile.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,4 +1,4 @@
-#include "store/frequency.h"
+#include "base/frequency.h"
 
 #include <QtTest>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "store/lockedfile.h"
+#include "base/lockedfile.h"
 
 #include <QByteArray>
 #include <QFile>

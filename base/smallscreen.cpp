@@ -1,4 +1,4 @@
-#include "app/smallscreen.h"
+#include "base/smallscreen.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>

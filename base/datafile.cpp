@@ -1,4 +1,4 @@
-#include "store/datafile.h"
+#include "base/datafile.h"
 
 #include <QDateTime>
 #include <QJsonDocument>

@@ -1,5 +1,5 @@
-#include "store/atomicfile.h"
-#include "store/datafile.h"
+#include "base/atomicfile.h"
+#include "base/datafile.h"
 
 #include <QDir>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
-#include "store/atomicfile.h"
+#include "base/atomicfile.h"
 
-#include "store/lockedfile.h"
+#include "base/lockedfile.h"
 
 #include <QSaveFile>
 

@@ -4,7 +4,7 @@
 #include <QIODevice>
 #include <QString>
 
-#include "store/lockedfile.h"
+#include "base/lockedfile.h"
 
 // What became of a save. Unless it was saved, the old file stays as it was, or stays missing.
 struct SaveResult {
