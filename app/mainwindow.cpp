@@ -23,7 +23,6 @@
 #include <QTcpServer>
 #include <QTimer>
 #include <QWebSocket>
-
 #include <utility>
 
 MainWindow::MainWindow(Clock clockToUse, StartOptions options)

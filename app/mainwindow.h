@@ -1,21 +1,20 @@
 #pragma once
 
-#include <QDateTime>
-#include <QHash>
-#include <QList>
-#include <QMainWindow>
-#include <QStringList>
-
-#include <functional>
-#include <memory>
-#include <optional>
-
 #include "app/startoptions.h"
 #include "base/receiverkey.h"
 #include "kiwi/linkstate.h"
 #include "kiwi/receivernotices.h"
 #include "store/profile.h"
 #include "store/statuslog.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QList>
+#include <QMainWindow>
+#include <QStringList>
+#include <functional>
+#include <memory>
+#include <optional>
 
 class KiwiAudioCapture;
 class QAction;

@@ -3,7 +3,6 @@
 #include "store/profile.h"
 
 #include <QString>
-
 #include <optional>
 
 // A profile and the file that it was read from.

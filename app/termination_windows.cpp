@@ -3,7 +3,6 @@
 #include <QAbstractNativeEventFilter>
 #include <QCoreApplication>
 #include <QObject>
-
 #include <qt_windows.h>
 #include <utility>
 

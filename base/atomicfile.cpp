@@ -18,16 +18,18 @@ bool reachesDisk(QSaveFile &file, const QByteArray &content)
 // A failed commit takes the new content away, so every attempt writes it anew.
 SaveResult saveOnce(QSaveFile &file, const QByteArray &content, QIODevice::OpenMode textFlag)
 {
-    if (!file.open(QIODevice::WriteOnly | textFlag))
+    if (!file.open(QIODevice::WriteOnly | textFlag)) {
         return {SaveResult::NotOpened, file.errorString()};
+    }
     if (!reachesDisk(file, content)) {
         const QString error = file.errorString(); // cancelling replaces it
         file.cancelWriting();
         file.commit();
         return {SaveResult::NotCommitted, error};
     }
-    if (!file.commit())
+    if (!file.commit()) {
         return {SaveResult::NotCommitted, file.errorString()};
+    }
     return {};
 }
 

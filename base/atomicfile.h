@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/lockedfile.h"
+
 #include <QByteArray>
 #include <QIODevice>
 #include <QString>
-
-#include "base/lockedfile.h"
 
 // What became of a save. Unless it was saved, the old file stays as it was, or stays missing.
 struct SaveResult {

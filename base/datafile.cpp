@@ -13,24 +13,27 @@ bool openForReading(QFile &file, QIODevice::OpenMode textFlag, int waitMs)
 std::optional<QByteArray> readFile(const QString &path, int waitMs)
 {
     QFile file(path);
-    if (!openForReading(file, {}, waitMs))
+    if (!openForReading(file, {}, waitMs)) {
         return std::nullopt;
+    }
     return file.readAll();
 }
 
 std::optional<QJsonArray> parseJsonArray(const QByteArray &json)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
-    if (!document.isArray())
+    if (!document.isArray()) {
         return std::nullopt;
+    }
     return document.array();
 }
 
 std::optional<QJsonObject> parseJsonObject(const QByteArray &json)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
-    if (!document.isObject())
+    if (!document.isObject()) {
         return std::nullopt;
+    }
     return document.object();
 }
 

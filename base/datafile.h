@@ -7,7 +7,6 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
-
 #include <optional>
 
 // What the data files have in common: JSON documents, written indented, with UTC times in the

@@ -21,8 +21,9 @@ bool underSystemPrefix(const QString &folder)
 bool canHold(const QString &folder)
 {
     const QFileInfo existing(folder);
-    if (existing.exists())
+    if (existing.exists()) {
         return existing.isDir() && existing.isWritable();
+    }
     return QFileInfo(existing.path()).isWritable();
 }
 
@@ -69,7 +70,8 @@ QString statusLogPath()
 QString captureFolder(const QString &applicationDir, const QString &cacheLocation)
 {
     QString beside = QDir::cleanPath(applicationDir + QStringLiteral("/../capture"));
-    if (belongsElsewhere(applicationDir, beside))
+    if (belongsElsewhere(applicationDir, beside)) {
         return cacheLocation + QStringLiteral("/capture");
+    }
     return beside;
 }

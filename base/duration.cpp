@@ -1,8 +1,8 @@
 #include "base/duration.h"
 
-#include <QTime>
-
 #include "base/timetext.h"
+
+#include <QTime>
 
 QString formatDuration(qint64 seconds)
 {
@@ -11,7 +11,8 @@ QString formatDuration(qint64 seconds)
     const QTime timeOfDay =
         QTime::fromMSecsSinceStartOfDay(static_cast<int>(total % secondsPerDay) * 1000);
     QString clockText = timeText(timeOfDay, QStringLiteral("HH:mm:ss"));
-    if (total < secondsPerDay)
+    if (total < secondsPerDay) {
         return clockText;
+    }
     return QStringLiteral("%1d %2").arg(QString::number(total / secondsPerDay), clockText);
 }

@@ -13,8 +13,9 @@ std::optional<double> parseFrequency(const QString &text)
     bool converted = false;
     const double mhz = text.trimmed().toDouble(&converted);
     // "nan" and "inf" convert, and fall out of the range.
-    if (!converted || !(mhz >= lowestFrequencyMhz && mhz <= highestFrequencyMhz))
+    if (!converted || !(mhz >= lowestFrequencyMhz && mhz <= highestFrequencyMhz)) {
         return std::nullopt;
+    }
     return mhz;
 }
 

@@ -3,7 +3,6 @@
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QSettings>
-
 #include <algorithm>
 
 namespace
@@ -34,8 +33,9 @@ bool containsKey(const QStringList &keys, const ReceiverKey &key)
 
 QStringList withKey(QStringList keys, const ReceiverKey &key)
 {
-    if (!containsKey(keys, key))
+    if (!containsKey(keys, key)) {
         keys.append(key);
+    }
     return keys;
 }
 

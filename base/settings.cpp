@@ -12,7 +12,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
-
 #include <algorithm>
 #endif
 
@@ -93,13 +92,15 @@ bool store(const QString &key, const Change &change)
     const QString draft = folder.filePath(QStringLiteral("draft"));
     const QString written = folder.filePath(QStringLiteral("written"));
     const std::optional<QByteArray> old = readFile(path);
-    if (old ? !saveAtomically(draft, *old) : QFileInfo::exists(path))
+    if (old ? !saveAtomically(draft, *old) : QFileInfo::exists(path)) {
         return false;
+    }
     QSettings settings(draft, QSettings::IniFormat);
     settings.setValue(key, storable(change(settings.value(key))));
     settings.sync();
-    if (!QFile::rename(draft, written) || !holds(written, settings))
+    if (!QFile::rename(draft, written) || !holds(written, settings)) {
         return false;
+    }
     return bool(saveAtomically(path, readFile(written).value_or(QByteArray())));
 }
 
@@ -115,7 +116,8 @@ bool saveSetting(const QString &key, const QVariant &value)
 bool changeSetting(const QString &key, const Change &change)
 {
     const bool saved = store(key, change);
-    if (!saved)
+    if (!saved) {
         logLine(QStringLiteral("Settings save failed: %1").arg(stationSettings().fileName()));
+    }
     return saved;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QSettings>
-
 #include <functional>
 
 // The platform's settings store of this program, always by its explicit names: the application

@@ -1,16 +1,13 @@
 // 100 decodes to the clients of the bridge, beside bare writes of the same bytes to their sockets.
 
-#include "bench/windowbenches.h"
-
-#include "bench/compare.h"
-
 #include "app/mainwindow.h"
+#include "bench/compare.h"
+#include "bench/windowbenches.h"
 #include "display/bridgeprotocol.h"
 #include "fixture/home.h"
 
 #include <QApplication>
 #include <QTcpSocket>
-
 #include <arpa/inet.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -29,8 +26,9 @@ int connectTo(int port)
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(static_cast<quint16>(port));
-    if (::connect(client, reinterpret_cast<sockaddr *>(&address), sizeof(address)) != 0)
+    if (::connect(client, reinterpret_cast<sockaddr *>(&address), sizeof(address)) != 0) {
         qFatal("no connection to the bridge");
+    }
     return client;
 }
 
@@ -39,8 +37,9 @@ void takeBytes(int client, qint64 bytes)
     char buffer[65536];
     while (bytes > 0) {
         const ssize_t got = ::recv(client, buffer, sizeof(buffer), 0);
-        if (got <= 0)
+        if (got <= 0) {
             qFatal("a bridge client was dropped");
+        }
         bytes -= got;
     }
 }
@@ -49,8 +48,9 @@ QVector<QByteArray> bridgeLines(const QStringList &lines)
 {
     QString time = bridgePeriodTime(periodLabel);
     QVector<QByteArray> sent;
-    for (const QString &line : lines)
+    for (const QString &line : lines) {
         sent.append(bridgeLine(*parseBridgeDecode(line, &time)));
+    }
     return sent;
 }
 
@@ -70,24 +70,28 @@ Clients::Clients(const MainWindow &window, int port, int count)
 {
     while (clients.size() < count) {
         clients.append(connectTo(port));
-        while (window.findChildren<QTcpSocket *>().size() < clients.size())
+        while (window.findChildren<QTcpSocket *>().size() < clients.size()) {
             QCoreApplication::processEvents();
+        }
     }
-    for (const QTcpSocket *socket : window.findChildren<QTcpSocket *>())
+    for (const QTcpSocket *socket : window.findChildren<QTcpSocket *>()) {
         serverSide.append(static_cast<int>(socket->socketDescriptor()));
+    }
     takeAll(bridgeReadyLine().size());
 }
 
 Clients::~Clients()
 {
-    for (const int client : clients)
+    for (const int client : clients) {
         ::close(client);
+    }
 }
 
 void Clients::takeAll(qint64 bytesEach) const
 {
-    for (const int client : clients)
+    for (const int client : clients) {
         takeBytes(client, bytesEach);
+    }
 }
 
 void broadcast(benchmark::State &state)
@@ -100,13 +104,15 @@ void broadcast(benchmark::State &state)
     const QStringList lines = benchLines(decodes);
     const QVector<QByteArray> bytes = bridgeLines(lines);
     qint64 bytesEach = 0;
-    for (const QByteArray &line : bytes)
+    for (const QByteArray &line : bytes) {
         bytesEach += line.size();
+    }
 
     bool sent = false;
     const auto prepare = [&] {
-        if (sent)
+        if (sent) {
             clients.takeAll(bytesEach);
+        }
         sent = true;
         nowMs += 2 * RecentDecodeKeys::keepMs;
         QCoreApplication::processEvents();
@@ -115,8 +121,9 @@ void broadcast(benchmark::State &state)
     const auto reference = [&] {
         for (const QByteArray &line : bytes) {
             for (const int client : clients.serverSide) {
-                if (::send(client, line.constData(), static_cast<size_t>(line.size()), 0) < 0)
+                if (::send(client, line.constData(), static_cast<size_t>(line.size()), 0) < 0) {
                     qFatal("a bare write failed");
+                }
             }
         }
     };
@@ -128,7 +135,8 @@ void broadcast(benchmark::State &state)
 void registerBroadcastBench(int rounds)
 {
     auto *bench = benchmark::RegisterBenchmark("broadcast", broadcast);
-    for (const int clients : {1, 10, 100, 1000})
+    for (const int clients : {1, 10, 100, 1000}) {
         bench->Arg(clients);
+    }
     bench->UseManualTime()->Iterations(rounds);
 }

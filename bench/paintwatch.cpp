@@ -4,7 +4,6 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QWidget>
-
 #include <ctime>
 #include <unistd.h>
 
@@ -20,8 +19,9 @@ qint64 monotonicNs()
 qint64 residentKb()
 {
     QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         qFatal("no /proc");
+    }
     return file.readAll().split(' ').at(1).toLongLong() * sysconf(_SC_PAGESIZE) / 1024;
 }
 

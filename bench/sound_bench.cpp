@@ -1,13 +1,11 @@
 // A sound frame's way into the period buffer, and the allocations on it.
 
 #include "bench/compare.h"
-
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/imaadpcm.h"
 #include "sim/imaadpcmencoder.h"
 
 #include <QTemporaryDir>
-
 #include <atomic>
 #include <random>
 
@@ -74,8 +72,9 @@ void soundPath(benchmark::State &state)
     };
     const auto own = [&] {
         const quint64 before = allocations;
-        for (int i = 0; i < frames; ++i)
+        for (int i = 0; i < frames; ++i) {
             capture.takeFrame(frame, receiver, boundaryMs);
+        }
         allocated += allocations - before;
         benchmark::DoNotOptimize(capture.periodCounters().samples);
     };

@@ -13,7 +13,6 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTableWidget>
-
 #include <ctime>
 #include <sys/resource.h>
 
@@ -66,8 +65,9 @@ int startReceiver(QProcess *receiver, const QString &program, const QString &cac
                               QStringLiteral("--cache"), cache, QStringLiteral("--save"), saved});
     receiver->waitForReadyRead(120000); // making the band takes a while
     const QList<QByteArray> words = receiver->readLine().trimmed().split(' ');
-    if (words.size() != 5)
+    if (words.size() != 5) {
         qFatal("the simulated receiver does not listen");
+    }
     return words.last().toInt();
 }
 
@@ -83,8 +83,9 @@ QString freshFolders()
 {
     QString root = testHome().path(QStringLiteral("bare"));
     QDir(root).removeRecursively();
-    for (const char *band : {"0:825", "725:1550", "1450:2275", "2175:3000"})
+    for (const char *band : {"0:825", "725:1550", "1450:2275", "2175:3000"}) {
         QDir().mkpath(root + QLatin1Char('/') + QLatin1String(band));
+    }
     return root;
 }
 
@@ -126,13 +127,15 @@ StationBench::StationBench(const QString &savedFolder, int cpuPeriodsToRun, int 
     QCoreApplication::instance()->installEventFilter(this);
     // The window's title tells that a period was handed to the decoders.
     QObject::connect(&window, &QWidget::windowTitleChanged, this, [this](const QString &title) {
-        if (title.contains(QStringLiteral("Decode Complete")))
+        if (title.contains(QStringLiteral("Decode Complete"))) {
             onPeriodClosed();
+        }
     });
     QObject::connect(decodeTableOf(window)->model(), &QAbstractItemModel::rowsInserted, this,
                      [this] {
-                         if (lastSample == 0)
+                         if (lastSample == 0) {
                              return; // not the batch's first row
+                         }
                          const double sampleTime = lastSample;
                          lastSample = 0;
                          QMetaObject::invokeMethod(
@@ -147,8 +150,9 @@ StationBench::StationBench(const QString &savedFolder, int cpuPeriodsToRun, int 
 
 bool StationBench::eventFilter(QObject *, QEvent *event)
 {
-    if (event->type() == QEvent::SockAct)
+    if (event->type() == QEvent::SockAct) {
         lastArrival = now();
+    }
     return false;
 }
 
@@ -163,19 +167,22 @@ void StationBench::onPeriodClosed()
 {
     lastSample = qEnvironmentVariableIsSet("PELQ_JT9_PATH") ? lastArrival : 0;
     window.setWindowTitle(QString()); // or the next period would not change it
-    if (closedPeriods == 0)
+    if (closedPeriods == 0) {
         atFirst = usage();
-    if (closedPeriods == cpuPeriods)
+    }
+    if (closedPeriods == cpuPeriods) {
         atLast = usage();
+    }
     ++closedPeriods;
 }
 
 void StationBench::onRowsShown()
 {
-    if (closedPeriods > cpuPeriods)
+    if (closedPeriods > cpuPeriods) {
         runBareDecoders();
-    else
+    } else {
         own.removeLast();
+    }
 }
 
 // Meanwhile the station goes without a decoder: it would be decoding the next period.
@@ -193,8 +200,9 @@ void StationBench::runBareDecoders()
                 qputenv("PELQ_JT9_PATH", decoder);
                 reference.append(now() - start);
                 shell->deleteLater();
-                if (reference.size() >= latencyPeriods)
+                if (reference.size() >= latencyPeriods) {
                     QCoreApplication::quit();
+                }
             });
     shell->start(QStringLiteral("/bin/sh"), arguments);
 }
@@ -217,8 +225,9 @@ int main(int argc, char **argv)
     QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
     QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 5)
+    if (arguments.size() != 5) {
         qFatal("usage: station_bench KIWI-SIM BAND-CACHE CPU-PERIODS LATENCY-PERIODS");
+    }
 
     const QString saved = testHome().path(QStringLiteral("saved"));
     QProcess receiver;

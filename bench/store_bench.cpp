@@ -1,11 +1,9 @@
 // The list of good receivers and the status log, beside one parse (and one write) of their JSON.
 
-#include "bench/windowbenches.h"
-
-#include "bench/compare.h"
-
 #include "app/mainwindow.h"
 #include "base/datapaths.h"
+#include "bench/compare.h"
+#include "bench/windowbenches.h"
 #include "fixture/home.h"
 
 #include <QApplication>
@@ -29,13 +27,14 @@ QString hostNumber(int number)
 QByteArray receiverList(int entries, const QString &last)
 {
     QJsonArray list;
-    for (int i = 1; i <= entries; ++i)
+    for (int i = 1; i <= entries; ++i) {
         list.append(
             QJsonObject{{QStringLiteral("Host"), i == entries ? last : hostNumber(i)},
                         {QStringLiteral("Port"), port},
                         {QStringLiteral("FrequencyMhz"), 14.074},
                         {QStringLiteral("LastDecodeCount"), i % 40},
                         {QStringLiteral("LastDecodeUtc"), QStringLiteral("2026-01-31T18:04:15Z")}});
+    }
     return QJsonDocument(list).toJson();
 }
 
@@ -44,7 +43,7 @@ QByteArray statusLog(int entries)
 {
     QJsonArray sessions;
     QJsonArray receivers;
-    for (int i = 0; i < entries; ++i)
+    for (int i = 0; i < entries; ++i) {
         sessions.append(
             QJsonObject{{QStringLiteral("Host"), hostNumber(i / 10)},
                         {QStringLiteral("Port"), port},
@@ -53,7 +52,8 @@ QByteArray statusLog(int entries)
                         {QStringLiteral("EndUtc"), QStringLiteral("2026-01-31T19:04:15Z")},
                         {QStringLiteral("DurationSeconds"), 3600},
                         {QStringLiteral("Decodes"), i}});
-    for (int i = 0; i < entries; i += 10)
+    }
+    for (int i = 0; i < entries; i += 10) {
         receivers.append(QJsonObject{
             {QStringLiteral("Host"), hostNumber(i / 10)},
             {QStringLiteral("Port"), port},
@@ -62,6 +62,7 @@ QByteArray statusLog(int entries)
             {QStringLiteral("TotalDecodes"), 10 * i},
             {QStringLiteral("LastConnectedUtc"), QStringLiteral("2026-01-31T19:04:15Z")},
             {QStringLiteral("LastFrequencyMhz"), 14.074}});
+    }
     return QJsonDocument(QJsonObject{{QStringLiteral("FormatVersion"), 1},
                                      {QStringLiteral("Receivers"), receivers},
                                      {QStringLiteral("Sessions"), sessions}})
@@ -71,8 +72,9 @@ QByteArray statusLog(int entries)
 QJsonDocument readJson(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         qFatal("cannot read %s", qPrintable(path));
+    }
     return QJsonDocument::fromJson(file.readAll());
 }
 
@@ -86,8 +88,9 @@ void parseAndWriteOnce(const QString &path)
 {
     const QByteArray json = readJson(path).toJson();
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size() || !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size() || !file.commit()) {
         qFatal("cannot write %s", qPrintable(path));
+    }
 }
 
 void useProfile()
@@ -135,8 +138,9 @@ void finishSession(benchmark::State &state)
 void registerSizes(const char *name, void (*bench)(benchmark::State &), int rounds)
 {
     auto *registered = benchmark::RegisterBenchmark(name, bench);
-    for (const int entries : {10, 1000, 10000})
+    for (const int entries : {10, 1000, 10000}) {
         registered->Arg(entries);
+    }
     registered->UseManualTime()->Iterations(rounds);
 }
 } // namespace

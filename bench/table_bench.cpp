@@ -1,11 +1,9 @@
 // A period of 100 decodes comes into a table that holds three: appended, resized and painted.
 
-#include "bench/windowbenches.h"
-
-#include "bench/compare.h"
-
 #include "app/mainwindow.h"
 #include "base/timetext.h"
+#include "bench/compare.h"
+#include "bench/windowbenches.h"
 #include "display/decoderow.h"
 #include "fixture/operator.h"
 
@@ -64,23 +62,26 @@ void BareTable::append(const QVector<DecodeCells> &rows)
     const int first = table->rowCount();
     table->setRowCount(first + rows.size());
     for (int row = 0; row < rows.size(); ++row) {
-        for (int column = 0; column < 5; ++column)
+        for (int column = 0; column < 5; ++column) {
             table->setItem(first + row, column,
                            new QTableWidgetItem(rows.at(row).at(static_cast<size_t>(column))));
+        }
     }
     table->model()->removeRows(0, qMax(0, table->rowCount() - fullRows));
     table->resizeColumnsToContents();
     table->resizeRowsToContents();
     int width = 2 * table->frameWidth() + table->verticalScrollBar()->sizeHint().width() + 10;
-    for (int column = 0; column < 5; ++column)
+    for (int column = 0; column < 5; ++column) {
         width += table->columnWidth(column);
+    }
     window.resize(width, window.height());
     table->setUpdatesEnabled(true);
     table->scrollToBottom();
     table->selectRow(table->rowCount() - 1);
     setSections(QHeaderView::ResizeToContents);
-    for (QHeaderView *header : {table->verticalHeader(), table->horizontalHeader()})
+    for (QHeaderView *header : {table->verticalHeader(), table->horizontalHeader()}) {
         header->resizeSections(QHeaderView::Fixed);
+    }
 }
 
 QString label(int period)
@@ -123,23 +124,26 @@ void table(benchmark::State &state)
     const auto prepare = [&] {
         ++period;
         rows.clear();
-        for (const QString &line : lines)
+        for (const QString &line : lines) {
             rows.append(*decodeCells(label(period / 2), line));
+        }
         paintAll();
     };
     const auto own = [&] {
         const int before = ownPaints.count;
         window.appendDecodes(label(period / 2), lines);
         paintAll();
-        if (ownPaints.count == before)
+        if (ownPaints.count == before) {
             qFatal("the station's table was not painted");
+        }
     };
     const auto reference = [&] {
         const int before = barePaints.count;
         bare.append(rows);
         paintAll();
-        if (barePaints.count == before)
+        if (barePaints.count == before) {
             qFatal("the bare table was not painted");
+        }
     };
     for (int i = 0; i < 3; ++i) {
         period = 2 * i;
@@ -148,8 +152,9 @@ void table(benchmark::State &state)
         reference();
     }
     compare(state, prepare, own, reference);
-    if (decodeTableOf(window)->rowCount() != fullRows || bare.widget()->rowCount() != fullRows)
+    if (decodeTableOf(window)->rowCount() != fullRows || bare.widget()->rowCount() != fullRows) {
         qFatal("the tables are not full");
+    }
 }
 } // namespace
 

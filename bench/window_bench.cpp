@@ -1,14 +1,11 @@
 // What the window does with decodes and data files, beside the bare work.
 
-#include "bench/windowbenches.h"
-
-#include "bench/compare.h"
-
 #include "app/stationfont.h"
+#include "bench/compare.h"
+#include "bench/windowbenches.h"
 #include "fixture/home.h"
 
 #include <QApplication>
-
 #include <sys/resource.h>
 
 QStringList benchLines(int count)
@@ -18,12 +15,13 @@ QStringList benchLines(int count)
         QStringLiteral("W9XYZ K1ABC -11"), QStringLiteral("K1ABC W9XYZ R-09"),
         QStringLiteral("CQ POTA LU8XGZ GF05")};
     QStringList lines;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         lines.append(QStringLiteral("101530 %1 %2 %3 ~  %4")
                          .arg(i % 30 - 20, 3)
                          .arg((i % 20 - 10) / 10.0, 4, 'f', 1)
                          .arg(200 + i * 2700 / count, 4)
                          .arg(messages.at(i % messages.size())));
+    }
     return lines;
 }
 

@@ -1,10 +1,10 @@
 #include "decode/capturefolder.h"
 
+#include "base/lockfile.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QLockFile>
-
-#include "base/lockfile.h"
 
 CaptureFolder::CaptureFolder(const QString &wantedFolder)
     : wanted(wantedFolder.isEmpty() ? QString() : QDir::cleanPath(wantedFolder)), chosen(wanted)

@@ -1,12 +1,11 @@
 #include "app/mainwindow.h"
+#include "base/dialogs.h"
+#include "base/logline.h"
+#include "decode/jt9locator.h"
 
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
-
-#include "base/dialogs.h"
-#include "base/logline.h"
-#include "decode/jt9locator.h"
 
 void MainWindow::findJt9(const Jt9Places &places)
 {

@@ -4,7 +4,6 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QVector>
-
 #include <algorithm>
 #include <cmath>
 #include <tuple>
@@ -28,8 +27,9 @@ bool sameSignal(const Ft8Decode &a, const Ft8Decode &b)
 
 bool isBetter(const Ft8Decode &fresh, const Ft8Decode &known)
 {
-    if (fresh.snr != known.snr)
+    if (fresh.snr != known.snr) {
         return fresh.snr > known.snr;
+    }
     return std::abs(fresh.dt) < std::abs(known.dt);
 }
 
@@ -84,8 +84,9 @@ Ft8Decode parseDecodeLine(const QString &line)
     Ft8Decode decode;
     decode.line = line.trimmed();
     const QRegularExpressionMatch match = matchDecodeLine(decode.line);
-    if (!match.hasMatch())
+    if (!match.hasMatch()) {
         return decode;
+    }
 
     bool snrOk = false;
     bool dtOk = false;
@@ -121,7 +122,8 @@ QStringList mergeDecodeLines(const QStringList &lines)
         return std::tie(a.freq, a.key) < std::tie(b.freq, b.key);
     });
     QStringList merged;
-    for (const Ft8Decode &decode : qAsConst(decodes))
+    for (const Ft8Decode &decode : qAsConst(decodes)) {
         merged.append(decode.line);
+    }
     return merged + otherLines;
 }

@@ -6,7 +6,6 @@
 #include <QFileInfo>
 #include <QProcessEnvironment>
 #include <QSet>
-
 #include <algorithm>
 
 namespace
@@ -70,8 +69,9 @@ bool isProgram(const QFileInfo &file)
 // Off Windows the Qt library is the system's, so nothing of it lies beside the decoder.
 bool isNativeInstallation(const QFileInfo &decoder)
 {
-    if (!nativeFormCounts || decoder.fileName() != QLatin1String("jt9") || !isProgram(decoder))
+    if (!nativeFormCounts || decoder.fileName() != QLatin1String("jt9") || !isProgram(decoder)) {
         return false;
+    }
     const QDir folder = decoder.absoluteDir();
     const QStringList applications = {QStringLiteral("wsjtx"), QStringLiteral("wsjt-x"),
                                       QStringLiteral("wsjtz"), QStringLiteral("wsjt-z")};
@@ -86,8 +86,9 @@ QStringList nativeCandidates(const QProcessEnvironment &environment)
     const QStringList searchPath =
         environment.value(QStringLiteral("PATH")).split(QDir::listSeparator(), Qt::SkipEmptyParts);
     for (const QString &folder : searchPath) {
-        if (QDir::isAbsolutePath(folder))
+        if (QDir::isAbsolutePath(folder)) {
             candidates.append(folder + QStringLiteral("/jt9"));
+        }
     }
     return candidates << QStringLiteral("/usr/local/bin/jt9") << QStringLiteral("/usr/bin/jt9");
 }
@@ -105,8 +106,9 @@ QStringList newestFirstUnder(const QString &root)
         return a.lastModified() > b.lastModified();
     });
     QStringList paths;
-    for (const QFileInfo &file : qAsConst(found))
+    for (const QFileInfo &file : qAsConst(found)) {
         paths.append(file.absoluteFilePath());
+    }
     return paths;
 }
 } // namespace
@@ -122,15 +124,18 @@ Jt9Places jt9PlacesOfThisSystem(const QString &currentPath, const QString &appli
 
     for (const UsualFolder &usual : usualFolders) {
         const QString base = environment.value(QLatin1String(usual.variable));
-        if (base.isEmpty())
+        if (base.isEmpty()) {
             continue;
+        }
         const QString folder = base + QLatin1String(usual.below);
         places.roots.append(folder);
-        if (usual.isInstallation)
+        if (usual.isInstallation) {
             places.candidates.append(folder + QStringLiteral("/bin/jt9.exe"));
+        }
     }
-    if (nativeFormCounts)
+    if (nativeFormCounts) {
         places.lastCandidates = nativeCandidates(environment);
+    }
     return places;
 }
 
@@ -138,8 +143,9 @@ QString findInstalledJt9(const Jt9Places &places)
 {
     QStringList paths = places.candidates;
     for (const QString &root : places.roots) {
-        if (isOfThisSystem(root) && QFileInfo(root).isDir())
+        if (isOfThisSystem(root) && QFileInfo(root).isDir()) {
             paths += newestFirstUnder(root);
+        }
     }
     const QStringList candidates = distinctPaths(paths + places.lastCandidates, fileNamesHere);
     const auto found = std::find_if(candidates.begin(), candidates.end(), [](const QString &path) {
@@ -154,12 +160,14 @@ QStringList distinctPaths(const QStringList &paths, Qt::CaseSensitivity fileName
     QSet<QString> seen;
     for (const QString &path : paths) {
         const QString trimmed = path.trimmed();
-        if (trimmed.isEmpty())
+        if (trimmed.isEmpty()) {
             continue;
+        }
         const QString cleaned = QDir::cleanPath(trimmed);
         const QString key = comparable(cleaned, fileNames);
-        if (seen.contains(key))
+        if (seen.contains(key)) {
             continue;
+        }
         seen.insert(key);
         distinct.append(cleaned);
     }
@@ -170,8 +178,9 @@ bool isRefusedJt9Path(const QString &absolutePath)
 {
     const QString path = comparable(absolutePath);
     if (path.startsWith(QLatin1String("c:/pelq-kiwi-outpost/")) ||
-        path.startsWith(QLatin1String("c:/wsjt-x_v3.0.2_pelq-mods/")))
+        path.startsWith(QLatin1String("c:/wsjt-x_v3.0.2_pelq-mods/"))) {
         return true;
+    }
 
     static const QSet<QString> refusedNames = {QStringLiteral("src"),
                                                QStringLiteral("build"),

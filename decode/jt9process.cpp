@@ -22,9 +22,10 @@ Jt9Process::Jt9Process(bool) : job(CreateJobObjectW(nullptr, nullptr))
 {
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-    if (job)
+    if (job) {
         SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits,
                                 sizeof(limits));
+    }
     setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments *process) {
         process->flags |= CREATE_NO_WINDOW | CREATE_SUSPENDED;
     });
@@ -41,8 +42,9 @@ bool Jt9Process::launch(const QString &program, const QStringList &arguments, in
     start(program, arguments);
     const PROCESS_INFORMATION *child = handles();
     if (child != nullptr) {
-        if (job)
+        if (job) {
             AssignProcessToJobObject(job.get(), child->hProcess);
+        }
         ResumeThread(child->hThread);
     }
     return waitForStarted(startMs);
@@ -60,8 +62,9 @@ QT_WARNING_POP
 void Jt9Process::killFamily()
 {
     kill();
-    if (job)
+    if (job) {
         TerminateJobObject(job.get(), 1);
+    }
 }
 
 #else
@@ -117,11 +120,13 @@ void Jt9Process::killFamily()
 {
     const bool strays = folderIsOwn && !hasEnded();
     kill();
-    if (groupId <= 1) // 0 and 1 would name this program's own group, and every process
+    if (groupId <= 1) { // 0 and 1 would name this program's own group, and every process
         return;
+    }
     ::kill(static_cast<pid_t>(-groupId), SIGKILL);
-    if (strays)
+    if (strays) {
         killStrays();
+    }
 }
 
 // What left the group (setsid) still has the environment of this run, whose folder no other run
@@ -134,8 +139,9 @@ void Jt9Process::killStrays() const
     for (const QString &id : processes.entryList(QDir::Dirs, QDir::Unsorted)) {
         QFile environment(processes.filePath(id + QStringLiteral("/environ")));
         if (id.toInt() > 1 && environment.open(QIODevice::ReadOnly) &&
-            (end + environment.readAll()).contains(mark))
+            (end + environment.readAll()).contains(mark)) {
             ::kill(id.toInt(), SIGKILL);
+        }
     }
 }
 

@@ -1,14 +1,13 @@
 #include "decode/jt9runner.h"
 
+#include "decode/jt9locator.h"
+#include "decode/jt9process.h"
+
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QProcessEnvironment>
-
 #include <utility>
-
-#include "decode/jt9locator.h"
-#include "decode/jt9process.h"
 
 namespace
 {
@@ -89,8 +88,9 @@ Jt9Result runJt9(const QString &wavPath, const QString &workerFolder, const Deco
                  int depth, const Jt9Limits &limits, bool folderIsOwn)
 {
     const QString jt9Path = jt9PathInUse();
-    if (jt9Path.isEmpty() || !QFileInfo::exists(jt9Path) || !canRunJt9(jt9Path))
+    if (jt9Path.isEmpty() || !QFileInfo::exists(jt9Path) || !canRunJt9(jt9Path)) {
         return {{}, {Jt9Cause::NoDecoder, jt9Path}};
+    }
 
     Jt9Process process(folderIsOwn);
     process.setWorkingDirectory(workerFolder);
@@ -101,8 +101,9 @@ Jt9Result runJt9(const QString &wavPath, const QString &workerFolder, const Deco
                                    QString::number(depth),       QStringLiteral("-L"),
                                    QString::number(band.lowHz),  QStringLiteral("-H"),
                                    QString::number(band.highHz), wavPath};
-    if (!process.launch(jt9Path, arguments, limits.startMs))
+    if (!process.launch(jt9Path, arguments, limits.startMs)) {
         return {{}, {Jt9Cause::NotStarted, process.errorString()}};
+    }
 
     Jt9Output output;
     if (!readUntilFinished(process, limits.finishMs, output)) {

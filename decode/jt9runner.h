@@ -1,11 +1,11 @@
 #pragma once
 
+#include "decode/decodeband.h"
+#include "decode/jt9result.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
-
-#include "decode/decodeband.h"
-#include "decode/jt9result.h"
 
 // How long one run may take, in ms.
 struct Jt9Limits {

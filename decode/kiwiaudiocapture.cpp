@@ -1,17 +1,16 @@
 #include "decode/kiwiaudiocapture.h"
 
-#include <QDateTime>
-#include <QPointer>
-#include <QRunnable>
-
-#include <utility>
-
 #include "base/logline.h"
 #include "base/timetext.h"
 #include "decode/decodeband.h"
 #include "decode/ft8decode.h"
 #include "decode/slotwav.h"
 #include "kiwi/sndframe.h"
+
+#include <QDateTime>
+#include <QPointer>
+#include <QRunnable>
+#include <utility>
 
 static_assert(KiwiAudioCapture::bytesPerPeriod == slotPcmBytes);
 
@@ -87,8 +86,9 @@ SoundOutcome KiwiAudioCapture::takeFrame(const QByteArray &frame, const QString 
 {
     if (!started) {
         const QString failure = start(receiverLabel, nowMs);
-        if (!failure.isEmpty())
+        if (!failure.isEmpty()) {
             return {true, false, failure};
+        }
     }
     countFrame(nowMs);
     const bool periodClosed = isAdpcmFrame(frame) ? takeAdpcm(frame) : takePlain(frame);
@@ -111,10 +111,12 @@ void KiwiAudioCapture::reset()
 
 QString KiwiAudioCapture::start(const QString &receiverLabel, qint64 nowMs)
 {
-    if (captureFolder.path().isEmpty())
+    if (captureFolder.path().isEmpty()) {
         return QStringLiteral("Capture directory was not configured.");
-    if (!captureFolder.make())
+    }
+    if (!captureFolder.make()) {
         return QStringLiteral("Could not create the capture directory.");
+    }
 
     receiver = receiverLabel;
     spareCounter1 = 0;
@@ -134,8 +136,9 @@ QString KiwiAudioCapture::start(const QString &receiverLabel, qint64 nowMs)
 void KiwiAudioCapture::countFrame(qint64 nowMs)
 {
     ++counters.framesSeen;
-    if (!armed && nowMs >= periodStartMs)
+    if (!armed && nowMs >= periodStartMs) {
         armed = true;
+    }
 }
 
 // The decoder runs even where its samples are not kept: its state must follow the stream.
@@ -157,8 +160,9 @@ bool KiwiAudioCapture::takePlain(const QByteArray &frame)
 {
     ++counters.plainFrames;
     bool periodClosed = false;
-    for (int i = sndHeaderBytes; i + 1 < frame.size(); i += 2)
+    for (int i = sndHeaderBytes; i + 1 < frame.size(); i += 2) {
         periodClosed |= takeSample(qFromLittleEndian<qint16>(frame.constData() + i));
+    }
     return periodClosed;
 }
 
@@ -195,11 +199,13 @@ void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &sa
         workerPool.start(
             new DecodeTask([guard, object = this, queuedAtReset = resets, job, samples] {
                 const Jt9Result result = decodeSlot(job, samples);
-                if (guard.isNull())
+                if (guard.isNull()) {
                     return;
+                }
                 const auto delivery = [guard, queuedAtReset, job, result] {
-                    if (guard)
+                    if (guard) {
                         guard->deliver(queuedAtReset, job, result);
+                    }
                 };
                 QMetaObject::invokeMethod(object, delivery, Qt::QueuedConnection);
             }));
@@ -209,16 +215,19 @@ void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &sa
 void KiwiAudioCapture::deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result)
 {
     const qint64 finishedStartMs = job.periodStartMs;
-    if (queuedAtReset != resets || !pendingPeriods.contains(finishedStartMs))
+    if (queuedAtReset != resets || !pendingPeriods.contains(finishedStartMs)) {
         return;
+    }
     logFailure(job, result.failure);
-    if (workerCallback && !result.lines.isEmpty())
+    if (workerCallback && !result.lines.isEmpty()) {
         workerCallback(periodLabel(finishedStartMs), result.lines);
+    }
 
     PendingSlot &slot = pendingPeriods[finishedStartMs];
     slot.collectedLines += result.lines;
-    if (++slot.finishedWorkers < workersPerPeriod)
+    if (++slot.finishedWorkers < workersPerPeriod) {
         return;
+    }
     finishedPeriods.insert(finishedStartMs, mergeDecodeLines(slot.collectedLines));
     pendingPeriods.remove(finishedStartMs);
     drainInOrder();
@@ -238,7 +247,8 @@ void KiwiAudioCapture::drainInOrder()
     while (!periodOrder.isEmpty() && finishedPeriods.contains(periodOrder.first())) {
         const qint64 startMs = periodOrder.takeFirst();
         const QStringList merged = finishedPeriods.take(startMs);
-        if (periodCallback && !merged.isEmpty())
+        if (periodCallback && !merged.isEmpty()) {
             periodCallback(periodLabel(startMs), merged);
+        }
     }
 }

@@ -1,5 +1,10 @@
 #pragma once
 
+#include "decode/capturefolder.h"
+#include "decode/jt9runner.h"
+#include "decode/workerfailures.h"
+#include "kiwi/imaadpcm.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QMap>
@@ -8,13 +13,7 @@
 #include <QStringList>
 #include <QThreadPool>
 #include <QtEndian>
-
 #include <functional>
-
-#include "decode/capturefolder.h"
-#include "decode/jt9runner.h"
-#include "decode/workerfailures.h"
-#include "kiwi/imaadpcm.h"
 
 struct SlotJob;
 
@@ -134,7 +133,8 @@ inline bool KiwiAudioCapture::appendSample(qint16 sample)
     const int value = sample;
     counters.peak = qMax(counters.peak, qAbs(value));
     counters.sumOfSquares += qint64{value} * value;
-    if (++counters.samples < samplesPerPeriod)
+    if (++counters.samples < samplesPerPeriod) {
         return false;
+    }
     return closePeriod();
 }

@@ -1,13 +1,13 @@
 #include "decode/slotwav.h"
 
+#include "base/timetext.h"
+
 #include <QDataStream>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
-
-#include "base/timetext.h"
 
 namespace
 {
@@ -65,8 +65,9 @@ bool removeFolder(const QString &folder)
     constexpr int tries = 20;
     constexpr unsigned long pauseMs = 50;
     for (int i = 1; !removeOnce(folder); ++i) {
-        if (i == tries)
+        if (i == tries) {
             return false;
+        }
         QThread::msleep(pauseMs);
     }
     return true;
@@ -78,8 +79,9 @@ bool makeFolder(const QString &folder)
 {
     constexpr int tries = 10;
     for (int i = 0; i < tries; ++i) {
-        if (QDir().mkpath(folder))
+        if (QDir().mkpath(folder)) {
             return true;
+        }
     }
     return false;
 }
@@ -98,29 +100,34 @@ QString workerFolderName(const SlotJob &job)
 QString writeSlotWav(const QString &path, const QByteArray &samples)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         return file.errorString();
+    }
 
     QDataStream stream(&file);
     stream.setByteOrder(QDataStream::LittleEndian);
     writeWavHeader(stream, static_cast<quint32>(samples.size()));
     const int written = stream.writeRawData(samples.constData(), samples.size());
     file.close();
-    if (written != samples.size())
+    if (written != samples.size()) {
         return QStringLiteral("PCM payload write was incomplete.");
+    }
     return {};
 }
 
 Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
 {
-    if (samples.size() != slotPcmBytes)
+    if (samples.size() != slotPcmBytes) {
         return {{}, {Jt9Cause::WavNotWritten, QStringLiteral("the period is not whole")}};
+    }
 
     const QString folder = QDir(job.captureFolder).absoluteFilePath(workerFolderName(job));
-    if (!removeFolder(folder))
+    if (!removeFolder(folder)) {
         return {{}, {Jt9Cause::FolderLeft, {}}};
-    if (!makeFolder(folder))
+    }
+    if (!makeFolder(folder)) {
         return {{}, {Jt9Cause::FolderMissing, {}}};
+    }
 
     const QString wavPath = folder + QStringLiteral("/pelq_ft8_slot.wav");
     const QString wavError = writeSlotWav(wavPath, samples);

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
-
 #include "decode/decodeband.h"
 #include "decode/jt9runner.h"
+
+#include <QByteArray>
+#include <QString>
 
 // One worker's share of a period.
 struct SlotJob {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QMap>
-
 #include "decode/jt9result.h"
+
+#include <QMap>
 
 // Decides what the log says of the workers' failures: each one once, until it changes or ends,
 // and then its end.

@@ -1,9 +1,9 @@
 #include "display/acceptretry.h"
 
+#include "base/logline.h"
+
 #include <QTcpServer>
 #include <QTimer>
-
-#include "base/logline.h"
 
 #ifdef Q_OS_WIN
 #include <winsock2.h>

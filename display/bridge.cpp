@@ -1,13 +1,11 @@
 #include "app/mainwindow.h"
-
-#include <QTcpServer>
-#include <QTcpSocket>
-
-#include <utility>
-
 #include "base/logline.h"
 #include "display/acceptretry.h"
 #include "display/bridgeprotocol.h"
+
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <utility>
 
 // A client that does not read is dropped when this many bytes wait for it (days of decodes).
 static constexpr qint64 maxClientBacklogBytes = 4LL * 1024 * 1024;
@@ -22,8 +20,9 @@ bool MainWindow::bridgeListening() const
 
 void MainWindow::discardBridgeServer()
 {
-    if (!bridgeServer)
+    if (!bridgeServer) {
         return;
+    }
     bridgeServer->deleteLater();
     bridgeServer = nullptr;
 }
@@ -38,8 +37,9 @@ void MainWindow::startBridge()
         return;
     }
     discardBridgeServer();
-    if (bridgePort < 1 || bridgePort > 65535)
+    if (bridgePort < 1 || bridgePort > 65535) {
         bridgePort = defaultPort;
+    }
     bridgeServer = new QTcpServer(this);
     connect(bridgeServer, &QTcpServer::newConnection, this, [this] { onBridgeConnection(); });
     new AcceptRetry(bridgeServer);
@@ -61,8 +61,9 @@ void MainWindow::stopBridge()
         socket->close();
         socket->deleteLater();
     }
-    if (bridgeServer)
+    if (bridgeServer) {
         bridgeServer->close();
+    }
     discardBridgeServer();
     logLine(QStringLiteral("Local WSJT bridge stopped."));
     refreshStatusBar();
@@ -70,11 +71,13 @@ void MainWindow::stopBridge()
 
 void MainWindow::onBridgeConnection()
 {
-    if (!bridgeServer)
+    if (!bridgeServer) {
         return;
+    }
     while (bridgeServer->hasPendingConnections()) {
-        if (QTcpSocket *socket = bridgeServer->nextPendingConnection())
+        if (QTcpSocket *socket = bridgeServer->nextPendingConnection()) {
             welcomeBridgeClient(socket);
+        }
     }
     refreshStatusBar();
 }
@@ -99,8 +102,9 @@ void MainWindow::welcomeBridgeClient(QTcpSocket *socket)
 
 void MainWindow::onBridgeClientGone(QTcpSocket *socket)
 {
-    if (!socket)
+    if (!socket) {
         return;
+    }
     bridgeClients.removeAll(socket);
     socket->deleteLater();
     logLine(QStringLiteral("WSJT bridge client disconnected; %1 client(s) remain.")
@@ -111,14 +115,16 @@ void MainWindow::onBridgeClientGone(QTcpSocket *socket)
 // Returns whether the client took the line. Dropping one ends in onBridgeClientGone().
 static bool sendToClient(QTcpSocket *socket, const QByteArray &line)
 {
-    if (socket->state() != QAbstractSocket::ConnectedState)
+    if (socket->state() != QAbstractSocket::ConnectedState) {
         return false;
+    }
     if (socket->bytesToWrite() + line.size() > maxClientBacklogBytes) {
         socket->abort();
         return false;
     }
-    if (socket->write(line) <= 0)
+    if (socket->write(line) <= 0) {
         return false;
+    }
     socket->flush();
     return true;
 }
@@ -127,15 +133,17 @@ static bool sendToClient(QTcpSocket *socket, const QByteArray &line)
 static bool sendToClients(const QList<QTcpSocket *> &clients, const QByteArray &line)
 {
     bool delivered = false;
-    for (QTcpSocket *socket : clients)
+    for (QTcpSocket *socket : clients) {
         delivered |= sendToClient(socket, line);
+    }
     return delivered;
 }
 
 void MainWindow::broadcastDecodes(const QString &periodLabel, const QStringList &lines)
 {
-    if (lines.isEmpty() || bridgeClients.isEmpty())
+    if (lines.isEmpty() || bridgeClients.isEmpty()) {
         return;
+    }
     static RecentDecodeKeys recentDecodeKeys;
     const qint64 now = nowMs();
     recentDecodeKeys.prune(now);
@@ -144,11 +152,13 @@ void MainWindow::broadcastDecodes(const QString &periodLabel, const QStringList 
     const QList<QTcpSocket *> clients = bridgeClients;
     for (const QString &line : lines) {
         const std::optional<BridgeDecode> decode = parseBridgeDecode(line, &periodTime);
-        if (!decode)
+        if (!decode) {
             continue;
+        }
         const QString key = bridgeDecodeKey(*decode);
-        if (!recentDecodeKeys.contains(key) && sendToClients(clients, bridgeLine(*decode)))
+        if (!recentDecodeKeys.contains(key) && sendToClients(clients, bridgeLine(*decode))) {
             recentDecodeKeys.remember(key, now);
+        }
     }
 }
 
@@ -156,8 +166,9 @@ void MainWindow::onDecodesDelivered(const QString &periodLabel, const QStringLis
 {
     recordGoodReceiver(lines.size());
     broadcastDecodes(periodLabel, lines);
-    if (lines.isEmpty() || bridgeClients.isEmpty())
+    if (lines.isEmpty() || bridgeClients.isEmpty()) {
         return;
+    }
     bridgeLastOutputMs = nowMs();
     bridgeLastOutputCount = lines.size();
 }

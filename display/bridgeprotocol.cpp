@@ -1,9 +1,9 @@
 #include "display/bridgeprotocol.h"
 
+#include "decode/ft8decode.h"
+
 #include <QRegularExpression>
 #include <QStringBuilder>
-
-#include "decode/ft8decode.h"
 
 QByteArray bridgeReadyLine()
 {
@@ -18,15 +18,18 @@ QString bridgePeriodTime(const QString &periodLabel)
 std::optional<BridgeDecode> parseBridgeDecode(const QString &line, QString *periodTime)
 {
     const QRegularExpressionMatch match = matchDecodeLine(line);
-    if (!match.hasMatch())
+    if (!match.hasMatch()) {
         return std::nullopt;
-    if (periodTime->size() != 6)
+    }
+    if (periodTime->size() != 6) {
         *periodTime = match.captured(1);
+    }
     const BridgeDecode decode{*periodTime, match.captured(2).trimmed(), match.captured(3).trimmed(),
                               match.captured(4).trimmed(), match.captured(5).simplified()};
     if (decode.snr.isEmpty() || decode.dt.isEmpty() || decode.frequency.isEmpty() ||
-        decode.message.isEmpty())
+        decode.message.isEmpty()) {
         return std::nullopt;
+    }
     return decode;
 }
 
@@ -53,9 +56,10 @@ QByteArray bridgeLine(const BridgeDecode &decode)
 void RecentDecodeKeys::prune(qint64 nowMs)
 {
     for (auto entry = sentMs.begin(); entry != sentMs.end();) {
-        if (nowMs - entry.value() > keepMs)
+        if (nowMs - entry.value() > keepMs) {
             entry = sentMs.erase(entry);
-        else
+        } else {
             ++entry;
+        }
     }
 }

@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
-
 #include <optional>
 
 // The wire format of the local WSJT bridge: 8-bit text, one LF after every line, one-way from

@@ -1,5 +1,7 @@
 #include "app/mainwindow.h"
 #include "base/dialogs.h"
+#include "display/bridgetexts.h"
+#include "display/livedialog.h"
 
 #include <QDialog>
 #include <QLabel>
@@ -7,18 +9,16 @@
 #include <QTcpServer>
 #include <QTimer>
 
-#include "display/bridgetexts.h"
-#include "display/livedialog.h"
-
 void MainWindow::startBridgeFromMenu()
 {
     startBridge();
-    if (bridgeListening())
+    if (bridgeListening()) {
         bridgeLastError.clear();
-    else if (bridgeServer)
+    } else if (bridgeServer) {
         bridgeLastError = bridgeServer->errorString();
-    else
+    } else {
         bridgeLastError = QStringLiteral("Bridge failed to start");
+    }
     refreshBridgeStatus();
 }
 
@@ -78,8 +78,9 @@ void MainWindow::buildBridgeStatusDialog()
 
 void MainWindow::refreshBridgeStatus()
 {
-    if (!bridgeStatusLabel)
+    if (!bridgeStatusLabel) {
         return;
+    }
     bridgeStatusLabel->setText(bridgeStatusText(bridgeState()));
     bridgeStatusDialog->adjustSize();
 }

@@ -1,13 +1,14 @@
 #include "display/bridgetexts.h"
 
-#include <QDateTime>
-
 #include "base/timetext.h"
+
+#include <QDateTime>
 
 static QString lastOutputText(const BridgeState &bridge)
 {
-    if (bridge.lastOutputMs < 1)
+    if (bridge.lastOutputMs < 1) {
         return QStringLiteral("Last output: None");
+    }
     return QStringLiteral("Last output: %1 — %2 FT8 decodes sent")
         .arg(timeText(QDateTime::fromMSecsSinceEpoch(bridge.lastOutputMs, Qt::UTC),
                       QStringLiteral("HH:mm:ss 'UTC'")))
@@ -22,8 +23,9 @@ static QString lastErrorText(const BridgeState &bridge)
 
 QString bridgeStatusText(const BridgeState &bridge)
 {
-    if (!bridge.listening)
+    if (!bridge.listening) {
         return QStringLiteral("Bridge: Stopped\n") + lastErrorText(bridge);
+    }
     return QStringLiteral("Bridge: Listening on 127.0.0.1:%1 — %2 client(s)\n")
                .arg(bridge.port)
                .arg(bridge.clients) +
@@ -32,8 +34,9 @@ QString bridgeStatusText(const BridgeState &bridge)
 
 QString bridgeAttachmentText(const BridgeState &bridge)
 {
-    if (!bridge.listening)
+    if (!bridge.listening) {
         return QStringLiteral("The local WSJT bridge is stopped.");
+    }
     return QStringLiteral("Listening on 127.0.0.1:%1\nConnected WSJT clients: %2\n"
                           "Ready handshake: PELQBRIDGE2|READY")
         .arg(bridge.port)
@@ -42,7 +45,8 @@ QString bridgeAttachmentText(const BridgeState &bridge)
 
 QString bridgeSummaryText(const BridgeState &bridge)
 {
-    if (!bridge.listening)
+    if (!bridge.listening) {
         return QStringLiteral("Stopped");
+    }
     return QStringLiteral("Listening — %1 client(s)").arg(bridge.clients);
 }

@@ -17,8 +17,9 @@ std::optional<DecodeCells> decodeCells(const QString &periodLabel, const QString
 {
     constexpr int messageToken = 5; // after time, SNR, DT, DF and the "~" mark
     const QStringList tokens = jt9Line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (tokens.size() <= messageToken)
+    if (tokens.size() <= messageToken) {
         return std::nullopt;
+    }
     return DecodeCells{periodLabel, tokens.at(1), tokens.at(2), tokens.at(3),
                        tokens.mid(messageToken).join(QLatin1Char(' '))};
 }
@@ -29,16 +30,18 @@ QStringList keptPeriodLabels(const QStringList &rowLabels)
     QStringList labels;
     for (const QString &rowLabel : rowLabels) {
         const QString label = rowLabel.trimmed();
-        if (!label.isEmpty() && !labels.contains(label))
+        if (!label.isEmpty() && !labels.contains(label)) {
             labels.append(label);
+        }
     }
     return labels.mid(qMax(0, labels.size() - keptPeriods));
 }
 
 int latestPeriodCount(const QStringList &rowLabels)
 {
-    if (rowLabels.isEmpty())
+    if (rowLabels.isEmpty()) {
         return 0;
+    }
     const QString latest = rowLabels.last().trimmed();
     return static_cast<int>(
         std::count_if(rowLabels.begin(), rowLabels.end(),

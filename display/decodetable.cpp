@@ -1,13 +1,12 @@
 #include "app/mainwindow.h"
+#include "display/decoderow.h"
+#include "display/decodeview.h"
+#include "display/tabletexts.h"
 
 #include <QHeaderView>
 #include <QMenuBar>
 #include <QScrollBar>
 #include <QTableWidget>
-
-#include "display/decoderow.h"
-#include "display/decodeview.h"
-#include "display/tabletexts.h"
 
 static void setSectionResizeMode(QTableWidget *table, QHeaderView::ResizeMode mode)
 {
@@ -26,8 +25,9 @@ static void holdSections(QTableWidget *table)
 static void releaseSections(QTableWidget *table)
 {
     setSectionResizeMode(table, QHeaderView::ResizeToContents);
-    for (QHeaderView *header : {table->verticalHeader(), table->horizontalHeader()})
+    for (QHeaderView *header : {table->verticalHeader(), table->horizontalHeader()}) {
         header->resizeSections(QHeaderView::Fixed); // calls off the measuring just posted
+    }
 }
 
 void MainWindow::buildDecodeTable()
@@ -60,8 +60,9 @@ int MainWindow::showDecodes(const QString &periodLabel, const QStringList &lines
     decodeTable->setSortingEnabled(false);
     decodeTable->setColumnCount(DecodeColumnCount);
     decodeTable->setHorizontalHeaderLabels(decodeHeaders());
-    for (const QString &line : lines)
+    for (const QString &line : lines) {
         appendDecodeRow(periodLabel, line);
+    }
     dropOldPeriods();
     const int latestCount = latestPeriodCount(columnTexts(*decodeTable, TimeColumn));
     showLatestPeriodCount(latestCount);
@@ -78,13 +79,15 @@ int MainWindow::showDecodes(const QString &periodLabel, const QStringList &lines
 void MainWindow::appendDecodeRow(const QString &periodLabel, const QString &line)
 {
     const std::optional<DecodeCells> cells = decodeCells(periodLabel, line);
-    if (!cells)
+    if (!cells) {
         return;
+    }
     const int row = decodeTable->rowCount();
     decodeTable->insertRow(row);
-    for (int column = 0; column < DecodeColumnCount; ++column)
+    for (int column = 0; column < DecodeColumnCount; ++column) {
         decodeTable->setItem(row, column,
                              new QTableWidgetItem(cells->at(static_cast<size_t>(column))));
+    }
     applyRowHighlight(row);
 }
 
@@ -95,10 +98,12 @@ void MainWindow::dropOldPeriods()
     const auto goes = [&](int row) { return !kept.contains(labels.at(row).trimmed()); };
     for (int row = decodeTable->rowCount() - 1; row >= 0; --row) {
         int count = 0; // of neighbours, which go at once
-        while (row >= count && goes(row - count))
+        while (row >= count && goes(row - count)) {
             ++count;
-        if (count > 0)
+        }
+        if (count > 0) {
             decodeTable->model()->removeRows(row - count + 1, count);
+        }
         row -= count;
     }
 }
@@ -115,8 +120,9 @@ void MainWindow::fitWindowToTable()
     decodeTable->resizeRowsToContents();
     int wanted =
         2 * decodeTable->frameWidth() + decodeTable->verticalScrollBar()->sizeHint().width() + 10;
-    for (int column = 0; column < DecodeColumnCount; ++column)
+    for (int column = 0; column < DecodeColumnCount; ++column) {
         wanted += decodeTable->columnWidth(column);
+    }
     setMinimumWidth(qMax(wanted, menuBar()->sizeHint().width() + 20));
     resize(wanted, height());
 }
@@ -124,13 +130,15 @@ void MainWindow::fitWindowToTable()
 void MainWindow::showNewestRow()
 {
     const int row = decodeTable->rowCount() - 1;
-    if (row < 0)
+    if (row < 0) {
         return;
+    }
     decodeTable->scrollToBottom();
-    if (rowIsHighlighted(row))
+    if (rowIsHighlighted(row)) {
         decodeTable->clearSelection(); // it would cover the yellow
-    else
+    } else {
         decodeTable->selectRow(row);
+    }
 }
 
 bool MainWindow::rowIsHighlighted(int row) const
@@ -140,14 +148,16 @@ bool MainWindow::rowIsHighlighted(int row) const
 
 static void setColour(QTableWidgetItem *item, int role, const QVariant &brush)
 {
-    if (item->data(role) != brush) // every change of an item costs the view work
+    if (item->data(role) != brush) { // every change of an item costs the view work
         item->setData(role, brush);
+    }
 }
 
 void MainWindow::applyRowHighlight(int row)
 {
-    if (!decodeTable || row < 0 || row >= decodeTable->rowCount())
+    if (!decodeTable || row < 0 || row >= decodeTable->rowCount()) {
         return;
+    }
     const bool highlighted = rowIsHighlighted(row);
     const QVariant background = highlighted ? QBrush(Qt::yellow) : QVariant();
     const QVariant text = highlighted ? QBrush(Qt::black) : QVariant();
@@ -161,21 +171,25 @@ void MainWindow::applyRowHighlight(int row)
 
 void MainWindow::reapplyHighlights()
 {
-    if (!decodeTable)
+    if (!decodeTable) {
         return;
+    }
     decodeTable->setUpdatesEnabled(false);
-    for (int row = 0; row < decodeTable->rowCount(); ++row)
+    for (int row = 0; row < decodeTable->rowCount(); ++row) {
         applyRowHighlight(row);
-    if (decodeTable->currentRow() >= 0 && rowIsHighlighted(decodeTable->currentRow()))
+    }
+    if (decodeTable->currentRow() >= 0 && rowIsHighlighted(decodeTable->currentRow())) {
         decodeTable->clearSelection();
+    }
     decodeTable->setUpdatesEnabled(true);
     decodeTable->viewport()->update();
 }
 
 void MainWindow::clearDecodes()
 {
-    if (!decodeTable)
+    if (!decodeTable) {
         return;
+    }
     decodeTable->setUpdatesEnabled(false);
     decodeTable->setRowCount(0);
     showLatestPeriodCount(0);

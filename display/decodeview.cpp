@@ -3,7 +3,6 @@
 #include <QAbstractItemDelegate>
 #include <QEvent>
 #include <QHeaderView>
-
 #include <algorithm>
 
 namespace

@@ -1,11 +1,10 @@
 #include "app/mainwindow.h"
 #include "base/dialogs.h"
+#include "base/settings.h"
+#include "display/highlightcalls.h"
 
 #include <QInputDialog>
 #include <QPlainTextEdit>
-
-#include "base/settings.h"
-#include "display/highlightcalls.h"
 
 static const QString callsKey = QStringLiteral("highlight/calls");
 
@@ -33,8 +32,9 @@ static bool askForCalls(QWidget *parent, QString *text)
     auto *editor = dialog.findChild<QPlainTextEdit *>();
     editor->setTabChangesFocus(true);
     editor->setAccessibleName(label);
-    if (dialog.exec() != QDialog::Accepted)
+    if (dialog.exec() != QDialog::Accepted) {
         return false;
+    }
     *text = dialog.textValue();
     return true;
 }

@@ -1,7 +1,6 @@
 #include "display/highlightcalls.h"
 
 #include <QRegularExpression>
-
 #include <algorithm>
 
 static QString asCall(const QString &entry)
@@ -19,11 +18,13 @@ QStringList validHighlightCalls(const QStringList &stored)
 {
     QStringList calls;
     for (const QString &entry : stored) {
-        if (calls.size() == maxHighlightCalls)
+        if (calls.size() == maxHighlightCalls) {
             break;
+        }
         const QString call = asCall(entry);
-        if (isCall(call) && !calls.contains(call))
+        if (isCall(call) && !calls.contains(call)) {
             calls.append(call);
+        }
     }
     return calls;
 }
@@ -34,8 +35,9 @@ HighlightEdit parseHighlightCalls(const QString &typed)
     HighlightEdit edit;
     for (const QString &line : typed.split(lineBreaks, Qt::SkipEmptyParts)) {
         const QString call = asCall(line);
-        if (call.isEmpty() || edit.calls.contains(call))
+        if (call.isEmpty() || edit.calls.contains(call)) {
             continue;
+        }
         if (!isCall(call)) {
             edit.invalidEntry = call;
             break;
@@ -55,8 +57,9 @@ static bool containsOneCall(const QString &text, const QString &call)
 
 bool containsCall(const QString &text, const QStringList &calls)
 {
-    if (text.trimmed().isEmpty())
+    if (text.trimmed().isEmpty()) {
         return false;
+    }
     return std::any_of(calls.begin(), calls.end(),
                        [&text](const QString &call) { return containsOneCall(text, call); });
 }

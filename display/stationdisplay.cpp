@@ -1,5 +1,11 @@
 #include "app/mainwindow.h"
 #include "base/smallscreen.h"
+#include "display/bridgetexts.h"
+#include "display/decoderow.h"
+#include "display/decodeview.h"
+#include "display/livedialog.h"
+#include "display/stationtexts.h"
+#include "display/tabletexts.h"
 
 #include <QDialog>
 #include <QHeaderView>
@@ -8,13 +14,6 @@
 #include <QTableWidget>
 #include <QTimer>
 #include <QVBoxLayout>
-
-#include "display/bridgetexts.h"
-#include "display/decoderow.h"
-#include "display/decodeview.h"
-#include "display/livedialog.h"
-#include "display/stationtexts.h"
-#include "display/tabletexts.h"
 
 static constexpr int mostVisibleRows = 10;
 
@@ -81,8 +80,9 @@ static void copyRow(const QTableWidget &from, QTableWidget *to, int row)
 static void copyRows(const QTableWidget *from, QTableWidget *to)
 {
     to->setRowCount(from ? from->rowCount() : 0);
-    for (int row = 0; row < to->rowCount(); ++row)
+    for (int row = 0; row < to->rowCount(); ++row) {
         copyRow(*from, to, row);
+    }
 }
 
 static void fitColumnsAndRows(QTableWidget *table)
@@ -99,20 +99,24 @@ static int heightOfVisibleRows(const QTableWidget &table)
 {
     // Not its height(): before the table is laid out that is not yet the header's own.
     int height = table.horizontalHeader()->sizeHint().height() + 2 * table.frameWidth() + 2;
-    if (table.rowCount() == 0)
+    if (table.rowCount() == 0) {
         return height + table.verticalHeader()->defaultSectionSize();
-    for (int row = 0; row < qMin(table.rowCount(), mostVisibleRows); ++row)
+    }
+    for (int row = 0; row < qMin(table.rowCount(), mostVisibleRows); ++row) {
         height += table.rowHeight(row);
+    }
     return height;
 }
 
 static int widthOfColumns(const QTableWidget &table)
 {
     int width = 2 * table.frameWidth() + 2;
-    for (int column = 0; column < DecodeColumnCount; ++column)
+    for (int column = 0; column < DecodeColumnCount; ++column) {
         width += table.columnWidth(column);
-    if (table.rowCount() > mostVisibleRows)
+    }
+    if (table.rowCount() > mostVisibleRows) {
         width += table.verticalScrollBar()->sizeHint().width();
+    }
     return width;
 }
 
@@ -128,24 +132,27 @@ static void sizeStationTable(QTableWidget *table)
 
 void MainWindow::refreshStationDisplay()
 {
-    if (!stationDialog || !stationLabel || !stationTable)
+    if (!stationDialog || !stationLabel || !stationTable) {
         return;
+    }
     stationLabel->setText(stationText());
     stationTable->setUpdatesEnabled(false);
     copyRows(decodeTable, stationTable);
     sizeStationTable(stationTable);
     stationTable->setUpdatesEnabled(true);
-    if (stationTable->rowCount() > 0)
+    if (stationTable->rowCount() > 0) {
         stationTable->scrollToBottom();
+    }
     sizeStationDialog();
 }
 
 QString MainWindow::stationText() const
 {
     LatestPeriod latest = latestPeriod({}, {});
-    if (decodeTable)
+    if (decodeTable) {
         latest = latestPeriod(columnTexts(*decodeTable, TimeColumn),
                               columnTexts(*decodeTable, SnrColumn));
+    }
     return stationDisplayText(statusSession, nowMs(), latest, bridgeSummaryText(bridgeState()));
 }
 
@@ -157,8 +164,9 @@ void MainWindow::sizeStationDialog()
     constexpr int sideMargins = 16;
     stationDialog->setFixedWidth(qMax(stationLabel->sizeHint().width(), stationTable->width()) +
                                  sideMargins);
-    if (stationSized)
+    if (stationSized) {
         return;
+    }
     stationDialog->adjustSize();
     stationSized = true;
 }

@@ -21,8 +21,9 @@ static void takeSnr(LatestPeriod &period, const QString &snr)
 {
     bool isInteger = false;
     const int db = snr.trimmed().toInt(&isInteger);
-    if (!isInteger)
+    if (!isInteger) {
         return;
+    }
     period.strongestDb = qMax(db, period.strongestDb.value_or(db));
     period.weakestDb = qMin(db, period.weakestDb.value_or(db));
 }
@@ -31,11 +32,13 @@ LatestPeriod latestPeriod(const QStringList &rowLabels, const QStringList &rowSn
 {
     LatestPeriod period;
     period.label = rowLabels.isEmpty() ? QString(noValue) : rowLabels.last().trimmed();
-    if (period.label.isEmpty())
+    if (period.label.isEmpty()) {
         return period;
+    }
     for (int row = 0; row < rowLabels.size(); ++row) {
-        if (rowLabels.at(row).trimmed() != period.label)
+        if (rowLabels.at(row).trimmed() != period.label) {
             continue;
+        }
         ++period.decodes;
         takeSnr(period, rowSnrs.at(row));
     }
@@ -44,22 +47,25 @@ LatestPeriod latestPeriod(const QStringList &rowLabels, const QStringList &rowSn
 
 static QString receiverText(const StatusSession &session)
 {
-    if (!session.statusSessionActive)
+    if (!session.statusSessionActive) {
         return connectedText(false);
+    }
     return QStringLiteral("%1:%2").arg(session.sessionHost, QString::number(session.sessionPort));
 }
 
 static QString sessionFrequencyText(const StatusSession &session)
 {
-    if (!session.statusSessionActive)
+    if (!session.statusSessionActive) {
         return noValue;
+    }
     return QStringLiteral("%1 MHz").arg(frequencyText(session.sessionFrequencyMhz));
 }
 
 static QString connectedTimeText(const StatusSession &session, qint64 nowMs)
 {
-    if (!session.statusSessionActive)
+    if (!session.statusSessionActive) {
         return noValue;
+    }
     return formatDuration((nowMs - session.sessionStartMs) / 1000);
 }
 

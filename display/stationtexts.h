@@ -1,11 +1,10 @@
 #pragma once
 
+#include "store/statuslog.h"
+
 #include <QString>
 #include <QStringList>
-
 #include <optional>
-
-#include "store/statuslog.h"
 
 // The status bar's one line. A bridge counts as connected when a client is attached to it.
 QString statusSummaryText(bool kiwiVerified, int bridgeClients, qint64 sessionDecodes);

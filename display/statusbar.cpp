@@ -1,15 +1,16 @@
 #include "app/mainwindow.h"
+#include "display/stationtexts.h"
 
 #include <QLabel>
 
-#include "display/stationtexts.h"
-
 void MainWindow::refreshStatusBar()
 {
-    if (!statusSummaryLabel)
+    if (!statusSummaryLabel) {
         return;
+    }
     const QString text =
         statusSummaryText(link.sndVerified, bridgeClients.size(), statusSession.sessionDecodes);
-    if (statusSummaryLabel->text() != text)
+    if (statusSummaryLabel->text() != text) {
         statusSummaryLabel->setText(text);
+    }
 }

@@ -14,7 +14,8 @@ inline QString cellText(const QTableWidget &table, int row, int column)
 inline QStringList columnTexts(const QTableWidget &table, int column)
 {
     QStringList texts;
-    for (int row = 0; row < table.rowCount(); ++row)
+    for (int row = 0; row < table.rowCount(); ++row) {
         texts.append(cellText(table, row, column));
+    }
     return texts;
 }

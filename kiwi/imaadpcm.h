@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QtGlobal>
-
 #include <algorithm>
 
 // IMA/DVI ADPCM, one nibble a sample, as the receiver's "compression=1" sends it. There are no

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "kiwi/linkstate.h"
+
 #include <QDateTime>
 #include <QString>
-
-#include "kiwi/linkstate.h"
 
 // The report that real "SND" audio arrived: where from, how much, and which program file ran.
 struct SndEvidence {

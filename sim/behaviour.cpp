@@ -262,8 +262,9 @@ QString plain(const char *text)
 
 QString nameWithParameter(const BehaviourInfo &info)
 {
-    if (!info.parameter)
+    if (!info.parameter) {
         return plain(info.name);
+    }
     return QStringLiteral("%1[:%2]").arg(plain(info.name), plain(info.parameter));
 }
 
@@ -288,13 +289,15 @@ bool parseBehaviour(const QString &text, Behaviour *behaviour, QString *error)
         return false;
     }
     *behaviour = info->behaviour;
-    if (name.size() == text.size())
+    if (name.size() == text.size()) {
         return true;
+    }
     bool isNumber = false;
     behaviour->parameter = parameter.toDouble(&isNumber);
     if (info->parameter && isNumber && behaviour->parameter >= info->least &&
-        behaviour->parameter <= 1e6)
+        behaviour->parameter <= 1e6) {
         return true;
+    }
     *error = QStringLiteral("behaviour \"%1\" is written %2").arg(text, nameWithParameter(*info));
     return false;
 }
@@ -305,8 +308,9 @@ QString behaviourHelp()
     for (const BehaviourInfo &info : behaviourTable()) {
         QString line =
             QStringLiteral("  %1 %2").arg(nameWithParameter(info), -27).arg(plain(info.help));
-        if (info.parameter)
+        if (info.parameter) {
             line += QStringLiteral(" (%1)").arg(info.behaviour.parameter, 0, 'g', 8);
+        }
         help += line + QLatin1Char('\n');
     }
     return help;
@@ -320,8 +324,9 @@ bool EndpointBehaviours::apply(const QString &option, QString *error)
         *error = QStringLiteral("\"%1\" is not written K=BEHAVIOUR").arg(option);
         return false;
     }
-    if (!parseBehaviour(option.section(QLatin1Char('='), 1), &behaviour, error))
+    if (!parseBehaviour(option.section(QLatin1Char('='), 1), &behaviour, error)) {
         return false;
+    }
     if (key == QLatin1String("all")) {
         byNumber.clear();
         fallback = behaviour;

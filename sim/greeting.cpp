@@ -56,8 +56,9 @@ QByteArray configuration(const char *name, int kilobytes, QJsonObject object = {
     const int bytesEach = percentEncoded(label).size() + 3; // with a comma
     const int bytesMissing = kilobytes * 1000 - percentEncoded(object).size();
     QJsonArray labels;
-    for (int bytes = 0; bytes < bytesMissing; bytes += bytesEach)
+    for (int bytes = 0; bytes < bytesMissing; bytes += bytesEach) {
         labels.append(label);
+    }
     object.insert(key, labels);
     return QByteArray("MSG load_") + name + "=" + percentEncoded(object);
 }

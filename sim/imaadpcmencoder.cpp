@@ -49,12 +49,15 @@ qint16 decodeNibble(AdpcmState *state, int nibble)
     const int step = kSteps[state->index];
     state->index = qBound(0, state->index + kIndexChange[nibble & 7], 88);
     int difference = step >> 3;
-    if (nibble & 1)
+    if (nibble & 1) {
         difference += step >> 2;
-    if (nibble & 2)
+    }
+    if (nibble & 2) {
         difference += step >> 1;
-    if (nibble & 4)
+    }
+    if (nibble & 4) {
         difference += step;
+    }
     const int value = state->predictor + ((nibble & 8) ? -difference : difference);
     state->predictor = qBound(-32768, value, 32767);
     return qint16(state->predictor);

@@ -19,14 +19,15 @@ constexpr int kMostClients = 64;
 
 bool isInRange(const SimConfig &config, QString *error)
 {
-    if (config.rateHz < 1000 || config.rateHz > 100000)
+    if (config.rateHz < 1000 || config.rateHz > 100000) {
         *error = QStringLiteral("the rate must be 1000..100000 Hz");
-    else if (config.speed < 1 || config.speed > 1000)
+    } else if (config.speed < 1 || config.speed > 1000) {
         *error = QStringLiteral("the speed must be 1..1000");
-    else if (config.leadPeriods < 0 || config.leadPeriods > 100000)
+    } else if (config.leadPeriods < 0 || config.leadPeriods > 100000) {
         *error = QStringLiteral("the lead must be 0..100000 periods");
-    else
+    } else {
         return true;
+    }
     return false;
 }
 
@@ -83,11 +84,14 @@ bool KiwiSim::listen(const SimConfig &config, QString *error)
 {
     close();
     d->room.config = config;
-    if (!config.nowMs)
+    if (!config.nowMs) {
         d->room.config.nowMs = [] { return QDateTime::currentMSecsSinceEpoch(); };
+    }
     // The port first, since making the band takes long. Who connects meanwhile is served after it.
-    if (isInRange(config, error) && d->openPort(error) && d->loadAudio(error) && d->openLog(error))
+    if (isInRange(config, error) && d->openPort(error) && d->loadAudio(error) &&
+        d->openLog(error)) {
         return true;
+    }
     close();
     return false;
 }
@@ -98,8 +102,9 @@ void KiwiSim::close()
     d->portHolder.abort();
     d->firstInQueue.abort();
     const QList<sim::Listener *> listeners = d->listeners;
-    for (sim::Listener *listener : listeners)
+    for (sim::Listener *listener : listeners) {
         listener->end();
+    }
     d->log.close();
 }
 
@@ -127,8 +132,9 @@ QStringList KiwiSim::commands(const QString &path) const
 {
     QStringList commands;
     for (const SimEvent &event : d->events) {
-        if (event.kind == QLatin1String("command") && (path.isEmpty() || event.path == path))
+        if (event.kind == QLatin1String("command") && (path.isEmpty() || event.path == path)) {
             commands.append(event.text);
+        }
     }
     return commands;
 }
@@ -144,23 +150,27 @@ bool KiwiSim::Private::loadAudio(QString *error)
     audio.clear();
     for (const QString &file : config.wavFiles) {
         sim::Samples samples;
-        if (!sim::readPeriodWav(file, &samples, error))
+        if (!sim::readPeriodWav(file, &samples, error)) {
             return false;
+        }
         audio.append(samples);
     }
     audio += config.audio;
-    if (!audio.isEmpty() || !config.syntheticBand)
+    if (!audio.isEmpty() || !config.syntheticBand) {
         return true;
+    }
     return sim::loadBand({config.cacheFolder, config.generator, config.progress}, &audio, error);
 }
 
 bool KiwiSim::Private::openLog(QString *error)
 {
-    if (room.config.logFile.isEmpty())
+    if (room.config.logFile.isEmpty()) {
         return true;
+    }
     log.setFileName(room.config.logFile);
-    if (log.open(QIODevice::WriteOnly | QIODevice::Append))
+    if (log.open(QIODevice::WriteOnly | QIODevice::Append)) {
         return true;
+    }
     *error = QStringLiteral("%1: %2").arg(log.fileName(), log.errorString());
     return false;
 }
@@ -173,8 +183,9 @@ bool KiwiSim::Private::openPort(QString *error)
         return false;
     }
     const QString reason = tryPort(address);
-    if (reason.isEmpty())
+    if (reason.isEmpty()) {
         return true;
+    }
     *error = QStringLiteral("port %1: %2").arg(room.config.port).arg(reason);
     return false;
 }
@@ -184,12 +195,15 @@ QString KiwiSim::Private::tryPort(const QHostAddress &address)
 {
     const sim::EndpointBehaviours &endpoints = room.config.endpoints;
     const bool unanswered = endpoints.areAll(sim::Fault::NoConnect);
-    if (!unanswered && !endpoints.areAll(sim::Fault::Refuse))
+    if (!unanswered && !endpoints.areAll(sim::Fault::Refuse)) {
         return server.listen(address, room.config.port) ? QString() : server.errorString();
-    if (!portHolder.bind(address, room.config.port, QAbstractSocket::DontShareAddress))
+    }
+    if (!portHolder.bind(address, room.config.port, QAbstractSocket::DontShareAddress)) {
         return portHolder.errorString();
-    if (unanswered && !sim::leaveConnectsUnanswered(portHolder, &firstInQueue))
+    }
+    if (unanswered && !sim::leaveConnectsUnanswered(portHolder, &firstInQueue)) {
         return QStringLiteral("connects cannot be left unanswered here");
+    }
     return {};
 }
 
@@ -213,23 +227,27 @@ void KiwiSim::Private::accept()
 void KiwiSim::Private::report(const SimEvent &event)
 {
     events.append(event);
-    if (events.size() > kKeptEvents)
+    if (events.size() > kKeptEvents) {
         events.removeFirst();
+    }
     if (log.isOpen()) {
         log.write(logText(event));
         log.flush();
     }
-    if (room.config.onEvent)
+    if (room.config.onEvent) {
         room.config.onEvent(event);
+    }
 }
 
 void KiwiSim::Private::keepPeriod(const SentPeriod &period)
 {
     periods.append(period);
-    if (periods.size() > kKeptPeriods)
+    if (periods.size() > kKeptPeriods) {
         periods.removeFirst();
-    if (room.config.onPeriod)
+    }
+    if (room.config.onPeriod) {
         room.config.onPeriod(period);
+    }
 }
 
 // WAVs are played once; the synthetic band goes round.
@@ -238,7 +256,8 @@ sim::Samples KiwiSim::Private::periodAudio(int period) const
     const SimConfig &config = room.config;
     const int number = period - config.leadPeriods;
     const bool goesRound = config.wavFiles.isEmpty() && config.audio.isEmpty();
-    if (number < 0 || audio.isEmpty() || (number >= audio.size() && !goesRound))
+    if (number < 0 || audio.isEmpty() || (number >= audio.size() && !goesRound)) {
         return {};
+    }
     return audio.at(number % audio.size());
 }

@@ -64,15 +64,18 @@ void Listener::end()
 
 void Listener::gone()
 {
-    if (m_phase == Phase::Ended)
+    if (m_phase == Phase::Ended) {
         return;
+    }
     m_phase = Phase::Ended;
     m_timer.stop();
-    if (m_hasChannel)
+    if (m_hasChannel) {
         m_room->channels.remove(m_channel);
+    }
     note(QStringLiteral("closed"), QStringLiteral("%1 sound frames sent").arg(m_framesSent));
-    if (onGone)
+    if (onGone) {
         onGone();
+    }
 }
 
 void Listener::note(const QString &kind, const QString &text)
@@ -82,32 +85,38 @@ void Listener::note(const QString &kind, const QString &text)
 
 void Listener::sendRaw(const QByteArray &bytes)
 {
-    if (m_phase == Phase::Ended)
+    if (m_phase == Phase::Ended) {
         return;
-    if (m_socket->bytesToWrite() > kLargestWriteQueueBytes)
+    }
+    if (m_socket->bytesToWrite() > kLargestWriteQueueBytes) {
         return end();
+    }
     m_socket->write(bytes);
 }
 
 void Listener::readSocket()
 {
     // A flood of pings does not read the answers; what is held back keeps what comes after it.
-    if (m_phase == Phase::Opening || (m_phase == Phase::Flooding && is(Fault::PingFlood)))
+    if (m_phase == Phase::Opening || (m_phase == Phase::Flooding && is(Fault::PingFlood))) {
         return;
+    }
     m_received += m_socket->readAll();
-    if (m_phase == Phase::Request)
+    if (m_phase == Phase::Request) {
         takeRequest();
-    else
+    } else {
         takeFrames();
+    }
 }
 
 void Listener::takeRequest()
 {
     const HttpRequest request = parseRequest(m_received);
-    if (request.status == Parse::NeedMore)
+    if (request.status == Parse::NeedMore) {
         return;
-    if (request.status == Parse::Bad)
+    }
+    if (request.status == Parse::Bad) {
         return end();
+    }
     m_received.remove(0, request.consumed);
     m_path = QString::fromLatin1(request.path);
     m_requestKey = request.headers.value("sec-websocket-key");
@@ -115,12 +124,14 @@ void Listener::takeRequest()
     const QString number = clientNumber(m_path);
     m_channel = m_socket->peerAddress().toString() + QLatin1Char('/') + number;
     m_behaviour = m_room->config.endpoints.of(number.toLongLong());
-    if (number.isEmpty())
+    if (number.isEmpty()) {
         m_behaviour = {Fault::HttpError, 0, "404 Not Found"};
-    else if (m_requestKey.isEmpty())
+    } else if (m_requestKey.isEmpty()) {
         m_behaviour = {Fault::HttpError, 0, "426 Upgrade Required"};
-    if (refuseRequest())
+    }
+    if (refuseRequest()) {
         return;
+    }
     if (is(Fault::SlowOpen)) {
         m_nextFaultMs = nowMs() + faultMs();
         m_phase = Phase::Opening;
@@ -141,10 +152,12 @@ void Listener::takeFrames()
 {
     while (m_phase != Phase::Ended) {
         const ClientFrame frame = parseClientFrame(m_received);
-        if (frame.status == Parse::NeedMore)
+        if (frame.status == Parse::NeedMore) {
             return;
-        if (frame.status == Parse::Bad)
+        }
+        if (frame.status == Parse::Bad) {
             return end();
+        }
         m_received.remove(0, frame.consumed);
         takeFrame(frame);
     }
@@ -154,8 +167,9 @@ void Listener::takeFrame(const ClientFrame &frame)
 {
     switch (frame.opcode) {
     case Ping:
-        if (!is(Fault::NoPong) && m_phase != Phase::Silent && m_phase != Phase::Flooding)
+        if (!is(Fault::NoPong) && m_phase != Phase::Silent && m_phase != Phase::Flooding) {
             sendRaw(wsFrame(Pong, frame.payload));
+        }
         return;
     case Pong:
         return;
@@ -165,33 +179,41 @@ void Listener::takeFrame(const ClientFrame &frame)
     default:
         m_message += frame.payload;
     }
-    if (m_message.size() > kLargestMessageBytes)
+    if (m_message.size() > kLargestMessageBytes) {
         return end();
-    if (frame.final)
+    }
+    if (frame.final) {
         takeMessage(QString::fromUtf8(std::exchange(m_message, {})));
+    }
 }
 
 void Listener::takeMessage(const QString &text)
 {
     note(QStringLiteral("command"), text);
-    if (m_phase == Phase::Open && !takeChannel())
+    if (m_phase == Phase::Open && !takeChannel()) {
         return;
+    }
     const bool wasAuthorised = m_commands.authorised();
     m_commands.take(text);
-    if (ReceiverCommands::isKeepalive(text))
+    if (ReceiverCommands::isKeepalive(text)) {
         m_keepaliveMs = nowMs();
-    if (m_sound)
+    }
+    if (m_sound) {
         m_sound->setCodec(streamFormat().codec);
-    if (m_phase != Phase::Waiting)
+    }
+    if (m_phase != Phase::Waiting) {
         return;
-    if (!wasAuthorised && m_commands.authorised())
+    }
+    if (!wasAuthorised && m_commands.authorised()) {
         greet();
+    }
     if (m_commands.tooManyEarlyKeepalives()) {
         note(QStringLiteral("sent"), QStringLiteral("close: keepalives without commands"));
         return m_socket->disconnectFromHost();
     }
-    if (m_phase == Phase::Waiting && m_commands.complete() && !neverSounds())
+    if (m_phase == Phase::Waiting && m_commands.complete() && !neverSounds()) {
         planSoundFrom(nowMs() + m_room->config.firstSoundDelayMs);
+    }
 }
 
 // A channel is given out at the first message. The same client number from the same address while
@@ -216,16 +238,18 @@ bool Listener::takeChannel()
 
 void Listener::greet()
 {
-    if (refuseGreeting())
+    if (refuseGreeting()) {
         return;
+    }
     const int configKb =
         is(Fault::BigMessage) ? int(m_behaviour.parameter) : m_room->config.configKb;
     const QByteArray address = m_socket->peerAddress().toString().toLatin1();
     const double rateHz = streamFormat().rateHz;
     const auto messages = is(Fault::Monitor) ? greetingWithoutAudio(address, rateHz, configKb)
                                              : greeting(address, rateHz, configKb);
-    for (const QByteArray &message : messages)
+    for (const QByteArray &message : messages) {
         sendBinary(message);
+    }
     note(QStringLiteral("sent"), QStringLiteral("greeting"));
 }
 
@@ -233,13 +257,16 @@ StreamFormat Listener::streamFormat() const
 {
     const SimConfig &config = m_room->config;
     StreamFormat format;
-    if (config.raw || m_commands.uncompressed())
+    if (config.raw || m_commands.uncompressed()) {
         format.codec = Codec::LittleEndian;
-    if (is(Fault::BigEndian))
+    }
+    if (is(Fault::BigEndian)) {
         format.codec = Codec::BigEndian;
+    }
     format.rateHz = config.rateHz;
-    if (is(Fault::Rate) || is(Fault::WideBand))
+    if (is(Fault::Rate) || is(Fault::WideBand)) {
         format.rateHz = m_behaviour.parameter;
+    }
     format.resample = is(Fault::WideBand);
     format.speed = config.speed;
     format.realTimePeriods = config.realTimePeriods;
@@ -260,14 +287,15 @@ void Listener::planSoundFrom(qint64 earliestMs)
 void Listener::tick()
 {
     const qint64 now = nowMs();
-    if (m_phase == Phase::Opening && now >= m_nextFaultMs)
+    if (m_phase == Phase::Opening && now >= m_nextFaultMs) {
         openLink();
-    else if (m_phase == Phase::Waiting)
+    } else if (m_phase == Phase::Waiting) {
         remind(now);
-    else if (m_phase == Phase::Flooding)
+    } else if (m_phase == Phase::Flooding) {
         flood();
-    else if (m_phase == Phase::Sounding)
+    } else if (m_phase == Phase::Sounding) {
         sendDueSound(now);
+    }
 }
 
 void Listener::sendDueSound(qint64 now)
@@ -277,25 +305,30 @@ void Listener::sendDueSound(qint64 now)
         m_phase = Phase::Silent;
         return;
     }
-    if (m_firstSoundMs == 0 && now > m_sound->plan().firstFrameMs + kLateStartMs)
+    if (m_firstSoundMs == 0 && now > m_sound->plan().firstFrameMs + kLateStartMs) {
         planSoundFrom(now);
-    if (now >= m_sound->plan().boundaryMs - kFillerEndMs)
+    }
+    if (now >= m_sound->plan().boundaryMs - kFillerEndMs) {
         m_sound->skipFiller();
+    }
     for (int i = 0; i < kFramesPerTick && m_phase == Phase::Sounding; ++i) {
         disturbSound(now);
-        if (dueMs() > now || m_socket->bytesToWrite() > kWriteQueueBytes)
+        if (dueMs() > now || m_socket->bytesToWrite() > kWriteQueueBytes) {
             break;
+        }
         const bool kept = m_sound->position() >= 0;
-        if (m_sound->position() == 0)
+        if (m_sound->position() == 0) {
             note(QStringLiteral("sent"), QStringLiteral("first frame of the period of %1")
                                              .arg(utcText(m_sound->plan().boundaryMs)));
+        }
         const QByteArray frame = is(Fault::RandomPayload) ? randomFrame() : m_sound->nextFrame();
         sendSound(frame);
         record(frame, kept);
         sendBetween();
     }
-    if (m_firstSoundMs != 0 && now - m_firstSoundMs >= faultMs())
+    if (m_firstSoundMs != 0 && now - m_firstSoundMs >= faultMs()) {
         endSound();
+    }
 }
 
 void Listener::sendSound(const QByteArray &frame)
@@ -304,8 +337,9 @@ void Listener::sendSound(const QByteArray &frame)
         m_firstSoundMs = nowMs();
         note(QStringLiteral("sent"), QStringLiteral("first sound frame"));
     }
-    if (!is(Fault::Fragments))
+    if (!is(Fault::Fragments)) {
         return sendBinary(frame);
+    }
     const int third = frame.size() / 3;
     sendRaw(wsFrame(Binary, frame.left(third), false));
     sendRaw(wsFrame(Continuation, frame.mid(third, third), false));
@@ -314,8 +348,9 @@ void Listener::sendSound(const QByteArray &frame)
 
 void Listener::record(const QByteArray &frame, bool kept)
 {
-    if (is(Fault::RandomPayload))
+    if (is(Fault::RandomPayload)) {
         return;
+    }
     for (const Samples &samples : m_recorder.take(frame, kept)) {
         const qint64 startMs = m_sound->plan().boundaryMs + qint64(m_periodNumber) * kPeriodMs;
         const QByteArray hash =

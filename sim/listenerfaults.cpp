@@ -60,10 +60,11 @@ bool Listener::refuseRequest()
 
 bool Listener::refuseGreeting()
 {
-    if (is(Fault::Notice))
+    if (is(Fault::Notice)) {
         turnAway(m_behaviour.text);
-    else if (is(Fault::OpenNotice))
+    } else if (is(Fault::OpenNotice)) {
         refuse(m_behaviour.text);
+    }
     return is(Fault::Notice) || is(Fault::OpenNotice) || is(Fault::TooBusy) ||
            is(Fault::TextOnly) || is(Fault::OtherTagsOnly);
 }
@@ -87,27 +88,30 @@ bool Listener::neverSounds() const
 // What comes again and again instead of sound.
 void Listener::remind(qint64 nowMs)
 {
-    if (!neverSounds() || !m_commands.authorised() || nowMs < m_nextFaultMs)
+    if (!neverSounds() || !m_commands.authorised() || nowMs < m_nextFaultMs) {
         return;
+    }
     m_nextFaultMs = nowMs + (is(Fault::TooBusy) ? faultMs() : kReminderMs);
-    if (is(Fault::Monitor))
+    if (is(Fault::Monitor)) {
         sendBinary("MSG monitor");
-    else if (is(Fault::TooBusy))
+    } else if (is(Fault::TooBusy)) {
         sendBinary("MSG too_busy=8");
-    else if (is(Fault::MessagesOnly))
+    } else if (is(Fault::MessagesOnly)) {
         sendBinary("MSG max_camp=4");
-    else if (is(Fault::TextOnly))
+    } else if (is(Fault::TextOnly)) {
         sendRaw(wsFrame(Text, "MSG rx_chans=8"));
-    else if (is(Fault::OtherTagsOnly))
+    } else if (is(Fault::OtherTagsOnly)) {
         sendBinary(m_framesSent++ % 2 ? "W/F \1\2\3\4" : "EXT name=value");
+    }
 }
 
 qint64 Listener::dueMs() const
 {
     const qint64 due = m_sound->dueMs();
     const qint64 boundaryMs = m_sound->plan().boundaryMs;
-    if (!is(Fault::Bursty) || m_sound->position() <= 0)
+    if (!is(Fault::Bursty) || m_sound->position() <= 0) {
         return due;
+    }
     const qint64 bursts = (due - boundaryMs + faultMs() - 1) / faultMs();
     return boundaryMs + bursts * faultMs();
 }
@@ -115,8 +119,9 @@ qint64 Listener::dueMs() const
 void Listener::disturbSound(qint64 nowMs)
 {
     m_sound->setOverload(is(Fault::Overload) && m_framesSent % 2);
-    if (nowMs < m_nextFaultMs || m_sound->position() < 0)
+    if (nowMs < m_nextFaultMs || m_sound->position() < 0) {
         return;
+    }
     m_nextFaultMs += qMax<qint64>(faultMs(), 1);
     if (is(Fault::LostSamples)) {
         m_sound->loseSamples(kLostSamples);
@@ -131,16 +136,17 @@ void Listener::disturbSound(qint64 nowMs)
 
 void Listener::sendBetween()
 {
-    if (is(Fault::MessagesBetween))
+    if (is(Fault::MessagesBetween)) {
         sendBinary("MSG max_camp=4");
-    else if (is(Fault::TextBetween))
+    } else if (is(Fault::TextBetween)) {
         sendRaw(wsFrame(Text, "MSG rx_chans=8"));
-    else if (is(Fault::OtherTags))
+    } else if (is(Fault::OtherTags)) {
         sendBinary(m_framesSent % 2 ? "W/F \1\2\3\4" : "EXT name=value");
-    else if (is(Fault::ShortFrames))
+    } else if (is(Fault::ShortFrames)) {
         sendBinary(shortSoundFrame(m_framesSent));
-    else if (is(Fault::TinyFrames))
+    } else if (is(Fault::TinyFrames)) {
         sendBinary(QByteArray("SN").left(int(m_framesSent % 3)));
+    }
 }
 
 // Called once the behaviour's seconds of sound have passed.
@@ -188,8 +194,9 @@ void Listener::endSound()
 // As much as fits without holding more than a bound; the rest follows at the next tick.
 void Listener::flood()
 {
-    if (is(Fault::EndlessHeaders) && m_socket->bytesToWrite() < kFloodInFlightBytes)
+    if (is(Fault::EndlessHeaders) && m_socket->bytesToWrite() < kFloodInFlightBytes) {
         return sendRaw(headerLines());
+    }
     while (m_phase == Phase::Flooding && m_socket->bytesToWrite() < kFloodInFlightBytes) {
         if (is(Fault::PingFlood)) {
             sendRaw(pings());
@@ -235,8 +242,9 @@ QByteArray Listener::randomFrame()
     m_sound->nextFrame(); // keeps the pace
     QByteArray frame("SND");
     const int length = QRandomGenerator::global()->bounded(2048);
-    for (int i = 0; i < length; ++i)
+    for (int i = 0; i < length; ++i) {
         frame.append(char(QRandomGenerator::global()->bounded(256)));
+    }
     return frame;
 }
 

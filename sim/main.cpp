@@ -57,9 +57,10 @@ bool number(const QCommandLineParser &parser, const char *name, double *value, Q
     const QString text = parser.value(QString::fromLatin1(name));
     bool isNumber = false;
     *value = text.toDouble(&isNumber);
-    if (!isNumber)
+    if (!isNumber) {
         *error =
             QStringLiteral("--%1: \"%2\" is not a number").arg(QString::fromLatin1(name), text);
+    }
     return isNumber;
 }
 
@@ -69,8 +70,9 @@ bool wholeNumber(const QCommandLineParser &parser, const char *name, int most, i
     const QString text = parser.value(QString::fromLatin1(name));
     bool isNumber = false;
     *value = text.toInt(&isNumber);
-    if (isNumber && *value >= 0 && *value <= most)
+    if (isNumber && *value >= 0 && *value <= most) {
         return true;
+    }
     *error = QStringLiteral("--%1: \"%2\" is not one of 0..%3")
                  .arg(QString::fromLatin1(name), text)
                  .arg(most);
@@ -83,8 +85,9 @@ bool readOptions(const QCommandLineParser &parser, SimConfig *config, QString *e
     if (!wholeNumber(parser, "port", 65535, &port, error) ||
         !wholeNumber(parser, "lead", 100000, &config->leadPeriods, error) ||
         !number(parser, "speed", &config->speed, error) ||
-        !number(parser, "rate", &config->rateHz, error))
+        !number(parser, "rate", &config->rateHz, error)) {
         return false;
+    }
     config->port = quint16(port);
     config->host = parser.value(QStringLiteral("host"));
     config->raw = parser.isSet(QStringLiteral("raw"));
@@ -107,14 +110,16 @@ void say(std::FILE *stream, const QString &text)
 void printPlan()
 {
     say(stdout, QStringLiteral("period Hz dB DT message"));
-    for (int period = 0; period < sim::kBandPeriods; ++period)
-        for (const sim::PlannedStation &station : sim::plannedStations(period))
+    for (int period = 0; period < sim::kBandPeriods; ++period) {
+        for (const sim::PlannedStation &station : sim::plannedStations(period)) {
             say(stdout, QStringLiteral("%1 %2 %3 %4 %5")
                             .arg(period)
                             .arg(station.audioHz)
                             .arg(station.snrDb)
                             .arg(station.offsetSec)
                             .arg(station.message));
+        }
+    }
 }
 
 void savePeriod(const QDir &folder, const SentPeriod &period)
@@ -124,8 +129,9 @@ void savePeriod(const QDir &folder, const SentPeriod &period)
         QDateTime::fromMSecsSinceEpoch(period.startMs, Qt::UTC), QStringLiteral("yyyyMMdd_HHmmss"));
     const QString name = QStringLiteral("%1-client-%2.wav").arg(start).arg(period.client);
     QString error;
-    if (!sim::writePeriodWav(folder.filePath(name), period.samples, &error))
+    if (!sim::writePeriodWav(folder.filePath(name), period.samples, &error)) {
         say(stderr, QStringLiteral("kiwi-sim: ") + error);
+    }
 }
 
 QString program()

@@ -23,17 +23,20 @@ void ReceiverCommands::take(const QString &command)
         m_earlyKeepalives += complete() ? 0 : 1;
         return;
     }
-    if (!command.startsWith(QLatin1String("SET ")))
+    if (!command.startsWith(QLatin1String("SET "))) {
         return;
+    }
     m_authorised = m_authorised || command.startsWith(QLatin1String("SET auth "));
     m_audioRateOk = m_audioRateOk || command.startsWith(QLatin1String("SET AR OK in="));
-    if (command.startsWith(QLatin1String("SET compression=")))
+    if (command.startsWith(QLatin1String("SET compression="))) {
         m_uncompressed = command.endsWith(QLatin1String("=0"));
+    }
     const QStringList words = command.mid(4).split(QLatin1Char(' '));
     for (const QString &word : words) {
         const QString name = word.section(QLatin1Char('='), 0, 0);
-        if (isProperValue(name, word.section(QLatin1Char('='), 1)) && m_fields.size() < 100)
+        if (isProperValue(name, word.section(QLatin1Char('='), 1)) && m_fields.size() < 100) {
             m_fields.insert(name);
+        }
     }
 }
 

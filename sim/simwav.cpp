@@ -31,8 +31,9 @@ QByteArray chunk(const QByteArray &file, const char *name)
     qint64 offset = 12;
     while (offset + 8 <= file.size()) {
         const qint64 size = doubleWord(file, int(offset) + 4);
-        if (file.mid(int(offset), 4) == name)
+        if (file.mid(int(offset), 4) == name) {
             return file.mid(int(offset) + 8, int(qMin<qint64>(size, file.size())));
+        }
         offset += 8 + size + (size & 1);
     }
     return {};
@@ -40,20 +41,26 @@ QByteArray chunk(const QByteArray &file, const char *name)
 
 QString faultOf(const QByteArray &file)
 {
-    if (!file.startsWith("RIFF") || file.mid(8, 4) != "WAVE")
+    if (!file.startsWith("RIFF") || file.mid(8, 4) != "WAVE") {
         return QStringLiteral("not a WAV file");
+    }
     const QByteArray format = chunk(file, "fmt ");
-    if (format.size() < 16 || word(format, 0) != 1)
+    if (format.size() < 16 || word(format, 0) != 1) {
         return QStringLiteral("not plain PCM");
-    if (word(format, 2) != 1)
+    }
+    if (word(format, 2) != 1) {
         return QStringLiteral("%1 channels instead of one").arg(word(format, 2));
-    if (doubleWord(format, 4) != kSampleRateHz)
+    }
+    if (doubleWord(format, 4) != kSampleRateHz) {
         return QStringLiteral("%1 Hz instead of 12000 Hz").arg(doubleWord(format, 4));
-    if (word(format, 14) != 16)
+    }
+    if (word(format, 14) != 16) {
         return QStringLiteral("%1 bits instead of 16").arg(word(format, 14));
+    }
     const int bytes = chunk(file, "data").size();
-    if (bytes != kPeriodSamples * 2)
+    if (bytes != kPeriodSamples * 2) {
         return QStringLiteral("%1 samples instead of 180000 (15 s)").arg(bytes / 2);
+    }
     return {};
 }
 
@@ -84,14 +91,17 @@ bool refuse(const QString &path, const QString &reason, QString *error)
 bool readPeriodWav(const QString &path, Samples *samples, QString *error)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         return refuse(path, file.errorString(), error);
+    }
     const QByteArray bytes = file.read(kLargestWavBytes + 1);
-    if (bytes.size() > kLargestWavBytes)
+    if (bytes.size() > kLargestWavBytes) {
         return refuse(path, QStringLiteral("too large for one period"), error);
+    }
     const QString fault = faultOf(bytes);
-    if (!fault.isEmpty())
+    if (!fault.isEmpty()) {
         return refuse(path, fault, error);
+    }
     *samples = fromLittleEndian(chunk(bytes, "data"));
     return true;
 }
@@ -99,13 +109,16 @@ bool readPeriodWav(const QString &path, Samples *samples, QString *error)
 bool writePeriodWav(const QString &path, const Samples &samples, QString *error)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    if (!file.open(QIODevice::WriteOnly)) {
         return refuse(path, file.errorString(), error);
+    }
     const QByteArray bytes = wavHeader(samples.size() * 2) + toLittleEndian(samples);
     // On a disk that fills up a write may be short with no error, and commit() alone would then put
     // the short file in place.
-    if (file.write(bytes) != bytes.size() || !file.flush() || file.error() != QFileDevice::NoError)
+    if (file.write(bytes) != bytes.size() || !file.flush() ||
+        file.error() != QFileDevice::NoError) {
         file.cancelWriting();
+    }
     return file.commit() || refuse(path, file.errorString(), error);
 }
 

@@ -43,8 +43,9 @@ qint64 firstBoundaryMs(qint64 nowMs)
 SoundPlan planSound(qint64 earliestMs, double frameMs)
 {
     const SoundPlan plan = wholeFramesBefore(firstBoundaryMs(earliestMs), earliestMs, frameMs);
-    if (!isNearEdge(earliestMs) && !isNearEdge(plan.firstFrameMs))
+    if (!isNearEdge(earliestMs) && !isNearEdge(plan.firstFrameMs)) {
         return plan;
+    }
     const qint64 pastEdgeMs =
         earliestMs + untilNextBoundaryMs(earliestMs) - kLeastWarningMs + kEdgeMs;
     return wholeFramesBefore(firstBoundaryMs(pastEdgeMs), pastEdgeMs, frameMs);

@@ -52,8 +52,9 @@ qint64 SoundStream::dueMs() const
 void SoundStream::setCodec(Codec codec)
 {
     m_format.codec = codec;
-    if (m_position < 0)
+    if (m_position < 0) {
         m_position -= m_position % m_format.frameSamples();
+    }
 }
 
 QByteArray SoundStream::nextFrame()
@@ -71,12 +72,15 @@ QByteArray SoundStream::nextFrame()
 quint8 SoundStream::flags() const
 {
     int flags = m_format.codec == Codec::Adpcm ? AdpcmPayload : 0;
-    if (m_format.codec == Codec::LittleEndian)
+    if (m_format.codec == Codec::LittleEndian) {
         flags |= LittleEndianPayload;
-    if (m_sequence == 0)
+    }
+    if (m_sequence == 0) {
         flags |= PassbandChanged | FrequencyChanged;
-    if (m_overload)
+    }
+    if (m_overload) {
         flags |= AdcOverload;
+    }
     return quint8(flags);
 }
 
@@ -97,8 +101,9 @@ Samples SoundStream::nextSamples()
 {
     Samples samples;
     samples.reserve(m_format.frameSamples());
-    for (int i = 0; i < m_format.frameSamples(); ++i)
+    for (int i = 0; i < m_format.frameSamples(); ++i) {
         samples.append(sampleAt(m_position++));
+    }
     return samples;
 }
 
@@ -106,28 +111,32 @@ Samples SoundStream::nextSamples()
 Samples SoundStream::tone()
 {
     Samples samples;
-    for (int i = 0; i < m_format.frameSamples(); ++i)
+    for (int i = 0; i < m_format.frameSamples(); ++i) {
         samples.append(qint16(16384 * std::sin(2 * kPi * 1000 * i / kSampleRateHz)));
+    }
     m_position += samples.size();
     return samples;
 }
 
 qint16 SoundStream::sampleAt(qint64 position)
 {
-    if (position < 0)
+    if (position < 0) {
         return noise();
+    }
     const int number = int(position / m_format.slotSamples());
     if (number != m_periodNumber) {
         m_period = m_audio(number);
         m_periodNumber = number;
     }
     const double offset = double(position % m_format.slotSamples());
-    if (!m_format.resample)
+    if (!m_format.resample) {
         return offset < m_period.size() ? m_period.at(int(offset)) : noise();
+    }
     const double at = offset * kSampleRateHz / m_format.rateHz;
     const int left = int(at);
-    if (left + 1 >= m_period.size())
+    if (left + 1 >= m_period.size()) {
         return noise();
+    }
     const double between = at - left;
     return qint16(m_period.at(left) * (1 - between) + m_period.at(left + 1) * between);
 }
@@ -142,8 +151,9 @@ QVector<Samples> PeriodRecorder::take(const QByteArray &soundFrame, bool kept)
     const QByteArray payload = soundFrame.mid(10);
     const bool compressed = quint8(soundFrame.at(3)) & AdpcmPayload;
     const Samples samples = compressed ? decodeAdpcm(&m_adpcm, payload) : fromLittleEndian(payload);
-    if (!kept)
+    if (!kept) {
         return {};
+    }
     m_samples += samples;
     QVector<Samples> complete;
     while (m_samples.size() >= kPeriodSamples) {

@@ -46,8 +46,9 @@ QString callsign(int station, int purpose)
     const int index = pick(int(std::size(prefixes)), station, purpose);
     QString call = QString::fromLatin1(prefixes[index]);
     call += QString::number(pick(10, station, purpose + 1));
-    for (int i = 0; i < 2 + pick(2, station, purpose + 2); ++i)
+    for (int i = 0; i < 2 + pick(2, station, purpose + 2); ++i) {
         call += letter(station, purpose + 3 + i);
+    }
     return call;
 }
 
@@ -120,8 +121,9 @@ bool generate(const QString &generator, const PlannedStation &station, Samples *
         return false;
     }
     QString reason;
-    if (readPeriodWav(scratch.filePath(QStringLiteral("000000_000001.wav")), signal, &reason))
+    if (readPeriodWav(scratch.filePath(QStringLiteral("000000_000001.wav")), signal, &reason)) {
         return true;
+    }
     *error = QStringLiteral("the FT8 signal generator \"%1\" made no signal of \"%2\": %3 %4")
                  .arg(generator, station.message, reason,
                       QString::fromLocal8Bit(process.readAll().left(200)).simplified());
@@ -133,19 +135,23 @@ bool mixPeriod(const QString &generator, int period, Samples *mixed, QString *er
     std::mt19937 random{quint32(period)};
     std::normal_distribution<double> noise(0, kNoiseRms);
     QVector<double> sum(kPeriodSamples);
-    for (double &sample : sum)
+    for (double &sample : sum) {
         sample = noise(random);
+    }
     for (const PlannedStation &station : plannedStations(period)) {
         Samples signal;
-        if (!generate(generator, station, &signal, error))
+        if (!generate(generator, station, &signal, error)) {
             return false;
+        }
         const double gain = amplitude(station.snrDb) / 32767;
-        for (int i = 0; i < kPeriodSamples; ++i)
+        for (int i = 0; i < kPeriodSamples; ++i) {
             sum[i] += gain * signal.at(i);
+        }
     }
     mixed->clear();
-    for (const double sample : qAsConst(sum))
+    for (const double sample : qAsConst(sum)) {
         mixed->append(qint16(qBound(-32768.0, std::round(sample), 32767.0)));
+    }
     return true;
 }
 
@@ -154,11 +160,12 @@ QString cacheFolder(const QString &root)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     hash.addData(QByteArray::number(kNoiseRms));
-    for (int period = 0; period < kBandPeriods; ++period)
+    for (int period = 0; period < kBandPeriods; ++period) {
         for (const PlannedStation &station : plannedStations(period)) {
             hash.addData(generatorArguments(station).join(QLatin1Char('|')).toUtf8());
             hash.addData(QByteArray::number(station.snrDb));
         }
+    }
     const QString base =
         root.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
                              QStringLiteral("/kiwi-sim")
@@ -168,10 +175,12 @@ QString cacheFolder(const QString &root)
 
 bool findGenerator(QString *generator, QString *error)
 {
-    if (generator->isEmpty())
+    if (generator->isEmpty()) {
         *generator = QStandardPaths::findExecutable(QStringLiteral("ft8sim"));
-    if (!generator->isEmpty())
+    }
+    if (!generator->isEmpty()) {
         return true;
+    }
     *error = QStringLiteral("ft8sim, which makes the synthetic band, is not on PATH (it comes with "
                             "the wsjtx package); give WAV files instead");
     return false;
@@ -204,15 +213,19 @@ bool loadBand(const BandSettings &settings, QVector<Samples> *periods, QString *
         Samples samples;
         QString notCached;
         if (!readPeriodWav(path, &samples, &notCached)) {
-            if (settings.progress)
+            if (settings.progress) {
                 settings.progress(QStringLiteral("making period %1 of %2 of the synthetic band")
                                       .arg(period + 1)
                                       .arg(kBandPeriods));
-            if (!findGenerator(&generator, error) || !mixPeriod(generator, period, &samples, error))
+            }
+            if (!findGenerator(&generator, error) ||
+                !mixPeriod(generator, period, &samples, error)) {
                 return false;
+            }
             folder.mkpath(QStringLiteral("."));
-            if (!writePeriodWav(path, samples, error))
+            if (!writePeriodWav(path, samples, error)) {
                 return false;
+            }
         }
         periods->append(samples);
     }

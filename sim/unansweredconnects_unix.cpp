@@ -9,8 +9,9 @@ namespace sim
 // A backlog of 0 has room for one connection; with that one in it, Linux drops every further SYN.
 bool leaveConnectsUnanswered(const QTcpSocket &bound, QTcpSocket *firstInQueue)
 {
-    if (::listen(int(bound.socketDescriptor()), 0) != 0)
+    if (::listen(int(bound.socketDescriptor()), 0) != 0) {
         return false;
+    }
     firstInQueue->connectToHost(bound.localAddress(), bound.localPort());
     return firstInQueue->waitForConnected();
 }

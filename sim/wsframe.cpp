@@ -26,9 +26,10 @@ HttpRequest parseRequest(const QByteArray &buffer)
     request.path = words.at(1);
     for (const QByteArray &line : head.mid(firstLineEnd).split('\n')) {
         const int colon = line.indexOf(':');
-        if (colon > 0)
+        if (colon > 0) {
             request.headers.insert(line.left(colon).trimmed().toLower(),
                                    line.mid(colon + 1).trimmed());
+        }
     }
     request.status = Parse::Done;
     return request;
@@ -38,8 +39,9 @@ ClientFrame parseClientFrame(const QByteArray &buffer)
 {
     // Two bytes, then 0, 2 or 8 bytes of length, then the four bytes of the mask.
     ClientFrame frame;
-    if (buffer.size() < 2)
+    if (buffer.size() < 2) {
         return frame;
+    }
     const quint8 first = quint8(buffer.at(0));
     const quint8 second = quint8(buffer.at(1));
     const int shortLength = second & 0x7F;
@@ -49,17 +51,20 @@ ClientFrame parseClientFrame(const QByteArray &buffer)
         return frame;
     }
     const int maskAt = shortLength == 126 ? 4 : 2;
-    if (buffer.size() < maskAt + 4)
+    if (buffer.size() < maskAt + 4) {
         return frame;
+    }
     const int length =
         shortLength == 126 ? qFromBigEndian<quint16>(buffer.constData() + 2) : shortLength;
-    if (buffer.size() < maskAt + 4 + length)
+    if (buffer.size() < maskAt + 4 + length) {
         return frame;
+    }
     frame.final = first & 0x80;
     frame.opcode = first & 0x0F;
     frame.payload = buffer.mid(maskAt + 4, length);
-    for (int i = 0; i < length; ++i)
+    for (int i = 0; i < length; ++i) {
         frame.payload[i] = char(frame.payload.at(i) ^ buffer.at(maskAt + i % 4));
+    }
     frame.consumed = maskAt + 4 + length;
     frame.status = Parse::Done;
     return frame;
@@ -87,12 +92,14 @@ QByteArray httpReply(const QByteArray &statusLine, const QByteArray &extraHeader
 QByteArray frameHeader(Opcode opcode, quint64 payloadBytes, bool final)
 {
     QByteArray header(1, char(opcode | (final ? 0x80 : 0)));
-    if (payloadBytes < 126)
+    if (payloadBytes < 126) {
         return header.append(char(payloadBytes));
+    }
     const int lengthBytes = payloadBytes < 0x10000 ? 2 : 8;
     header.append(char(lengthBytes == 2 ? 126 : 127));
-    for (int shift = 8 * (lengthBytes - 1); shift >= 0; shift -= 8)
+    for (int shift = 8 * (lengthBytes - 1); shift >= 0; shift -= 8) {
         header.append(char(payloadBytes >> shift & 0xFF));
+    }
     return header;
 }
 

@@ -1,5 +1,4 @@
 #include "app/mainwindow.h"
-
 #include "base/atomicfile.h"
 #include "base/datafile.h"
 #include "base/datapaths.h"
@@ -57,20 +56,23 @@ void MainWindow::recordGoodReceiver(int decodeCount)
 {
     const GoodReceiver receiver{profile.kiwiHost.trimmed(), profile.kiwiPort, frequencyMhz,
                                 decodeCount};
-    if (decodeCount <= 0 || receiver.host.isEmpty())
+    if (decodeCount <= 0 || receiver.host.isEmpty()) {
         return;
+    }
     // The first recording stays as it is.
     const auto isNewIn = [this, &receiver](const QJsonArray &list) {
         return !containsReceiver(list, receiver.host, receiver.port) &&
                !containsKey(removedReceivers(), receiverKey(receiver.host, receiver.port));
     };
-    if (!isNewIn(receiversIn(readFile(goodReceiversPath(), 0))))
+    if (!isNewIn(receiversIn(readFile(goodReceiversPath(), 0)))) {
         return; // as usual, and the list need not be kept from other copies
+    }
     const auto lock = takeLock(goodReceiversPath(), changeWaitMs);
     const std::optional<QByteArray> file = readFile(goodReceiversPath());
     const QJsonArray list = receiversIn(file);
-    if (!isNewIn(list))
+    if (!isNewIn(list)) {
         return;
+    }
     const SaveResult saved =
         saveReceivers(withReceiver(list, receiver, nowMs()), waitToReplaceMs(file.has_value()));
     logLine(recordingText(saved, receiver));
@@ -81,37 +83,42 @@ void MainWindow::fillGoodReceiversCombo(QComboBox *combo)
     combo->clear();
     combo->addItem(QStringLiteral("Select a saved good receiver"));
     const auto receivers = readGoodReceivers(receiversIn(readFile(goodReceiversPath())));
-    for (const GoodReceiver &receiver : receivers)
+    for (const GoodReceiver &receiver : receivers) {
         combo->addItem(goodReceiverText(receiver),
                        QVariantMap{{QStringLiteral("Host"), receiver.host},
                                    {QStringLiteral("Port"), receiver.port},
                                    {QStringLiteral("FrequencyMhz"), receiver.frequencyMhz}});
+    }
 }
 
 void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
                                             QLabel *statusLabel)
 {
-    if (combo->currentIndex() < 1)
+    if (combo->currentIndex() < 1) {
         return;
+    }
     const QVariantMap selected = combo->currentData().toMap();
     const QString host = selected.value(QStringLiteral("Host")).toString().trimmed();
     const int port = selected.value(QStringLiteral("Port")).toInt();
 
     const auto lock = takeLock(goodReceiversPath(), changeWaitMs);
     const std::optional<QByteArray> file = readFile(goodReceiversPath());
-    if (!file)
+    if (!file) {
         return statusLabel->setText(QStringLiteral("Could not open the saved receiver list."));
+    }
     const std::optional<QJsonArray> list = parseJsonArray(*file);
-    if (!list)
+    if (!list) {
         return statusLabel->setText(QStringLiteral("The saved receiver list is not valid."));
+    }
     const QJsonArray kept = withoutReceiver(*list, host, port);
     if (kept.size() == list->size()) {
         fillGoodReceiversCombo(combo);
         return statusLabel->setText(QStringLiteral("That receiver was already absent."));
     }
     const SaveResult saved = saveReceivers(kept);
-    if (!saved)
+    if (!saved) {
         return statusLabel->setText(removalFailureText(saved));
+    }
     changeRemovedReceivers(receiverKey(host, port), true);
     fillGoodReceiversCombo(combo);
     combo->setCurrentIndex(0);
@@ -134,6 +141,7 @@ void MainWindow::changeRemovedReceivers(const ReceiverKey &key, bool removed)
     const auto change = [this](const QVariant &keys) {
         return withChanges(keys.toStringList(), unsavedRemovedKeys);
     };
-    if (changeSetting(removedKeysSetting(), change))
+    if (changeSetting(removedKeysSetting(), change)) {
         unsavedRemovedKeys.clear();
+    }
 }

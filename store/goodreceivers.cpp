@@ -5,7 +5,6 @@
 #include "base/receiverkey.h"
 
 #include <QJsonObject>
-
 #include <algorithm>
 
 namespace
@@ -33,8 +32,9 @@ QVector<GoodReceiver> readGoodReceivers(const QJsonArray &list)
     QVector<GoodReceiver> receivers;
     for (const QJsonValue &element : list) {
         const GoodReceiver receiver = readEntry(element.toObject());
-        if (!receiver.host.trimmed().isEmpty())
+        if (!receiver.host.trimmed().isEmpty()) {
             receivers.append(receiver);
+        }
     }
     return receivers;
 }
@@ -66,8 +66,10 @@ QJsonArray withReceiver(QJsonArray list, const GoodReceiver &receiver, qint64 re
 QJsonArray withoutReceiver(const QJsonArray &list, const QString &host, int port)
 {
     QJsonArray kept;
-    for (const QJsonValue &element : list)
-        if (!isEntryOf(element, host, port))
+    for (const QJsonValue &element : list) {
+        if (!isEntryOf(element, host, port)) {
             kept.append(element);
+        }
+    }
     return kept;
 }

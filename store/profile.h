@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QString>
-
 #include <optional>
 
 // Receiver and decoder settings as a profile file keeps them: one JSON object with the keys

@@ -1,5 +1,4 @@
 #include "app/mainwindow.h"
-
 #include "base/atomicfile.h"
 #include "base/datafile.h"
 #include "base/datapaths.h"
@@ -23,8 +22,9 @@ QString profileFilter()
 // Always false, so that a failure is told and returned in one.
 bool refuseProfile(QWidget *boxParent, const QString &title, const QString &text)
 {
-    if (boxParent)
+    if (boxParent) {
         showWarning(boxParent, title, text);
+    }
     return false;
 }
 
@@ -50,9 +50,10 @@ bool MainWindow::saveProfile(const QString &path, bool showErrors)
 {
     QWidget *boxParent = showErrors ? this : nullptr;
     const QString title = QStringLiteral("Profile Save Failed");
-    if (!createFolderOf(path))
+    if (!createFolderOf(path)) {
         return refuseProfile(boxParent, title,
                              QStringLiteral("Could not create the profile folder."));
+    }
     const SaveResult saved = saveAtomically(path, profileJson(profile));
     return saved || refuseProfile(boxParent, title, saved.error);
 }
@@ -70,10 +71,11 @@ void MainWindow::loadStartupProfile()
         return;
     }
     profilePath = defaultProfilePath();
-    if (QFile::exists(profilePath))
+    if (QFile::exists(profilePath)) {
         loadProfile(profilePath, false);
-    else
+    } else {
         saveDefaultProfileQuietly();
+    }
 }
 
 void MainWindow::loadFrequencyFile()
@@ -83,8 +85,9 @@ void MainWindow::loadFrequencyFile()
         return;
     }
     QFile file(frequencyFilePath());
-    if (openForReading(file, QIODevice::Text))
+    if (openForReading(file, QIODevice::Text)) {
         frequencyMhz = parseFrequencyFile(file.readAll()).value_or(frequencyMhz);
+    }
 }
 
 // Nobody is told when it fails: the frequency in use stays right. From here on the file counts.
@@ -99,8 +102,9 @@ void MainWindow::openProfile()
 {
     const QString path = QFileDialog::getOpenFileName(
         this, QStringLiteral("Open PELQ Kiwi Outpost Profile"), dataFolder(), profileFilter());
-    if (path.isEmpty() || !loadProfile(path, true))
+    if (path.isEmpty() || !loadProfile(path, true)) {
         return;
+    }
     profilePath = path;
     loadFrequencyFile();
     logLine(QStringLiteral("Profile opened: %1").arg(path));
@@ -109,8 +113,9 @@ void MainWindow::openProfile()
 void MainWindow::saveCurrentProfile()
 {
     const QString target = profilePath.isEmpty() ? defaultProfilePath() : profilePath;
-    if (!saveProfile(target, true))
+    if (!saveProfile(target, true)) {
         return;
+    }
     profilePath = target;
     saveFrequencyFile();
     logLine(QStringLiteral("Profile saved: %1").arg(target));
@@ -121,8 +126,9 @@ void MainWindow::saveProfileAs()
     const QString path =
         QFileDialog::getSaveFileName(this, QStringLiteral("Save PELQ Kiwi Outpost Profile"),
                                      suggestedProfilePath(), profileFilter());
-    if (path.isEmpty() || !saveProfile(path, true))
+    if (path.isEmpty() || !saveProfile(path, true)) {
         return;
+    }
     profilePath = path;
     saveFrequencyFile();
     logLine(QStringLiteral("Profile saved as: %1").arg(path));

@@ -1,9 +1,8 @@
 #include "app/mainwindow.h"
 #include "base/dialogs.h"
-#include "base/smallscreen.h"
-
 #include "base/frequency.h"
 #include "base/receiverkey.h"
+#include "base/smallscreen.h"
 #include "store/receiverinput.h"
 
 #include <QComboBox>
@@ -69,8 +68,9 @@ void selectBand(QComboBox *band, double mhz)
 QComboBox *newBandCombo(double mhz)
 {
     auto *band = new QComboBox;
-    for (const BandPreset &preset : bandPresets())
+    for (const BandPreset &preset : bandPresets()) {
         band->addItem(preset.text, preset.mhz);
+    }
     band->addItem(QStringLiteral("Custom frequency"));
     selectBand(band, mhz);
     return band;
@@ -79,16 +79,18 @@ QComboBox *newBandCombo(double mhz)
 void onBandChosen(const ReceiverForm &form, int index)
 {
     const QVariant mhz = form.band->itemData(index);
-    if (mhz.isValid())
+    if (mhz.isValid()) {
         form.frequency->setText(frequencyText(mhz.toDouble()));
+    }
 }
 
 void onGoodReceiverChosen(const ReceiverForm &form, int index)
 {
     const bool chosen = index > placeholderIndex;
     form.remove->setEnabled(chosen);
-    if (!chosen)
+    if (!chosen) {
         return;
+    }
     const QVariantMap receiver = form.goodReceivers->itemData(index).toMap();
     const double mhz = receiver.value(QStringLiteral("FrequencyMhz")).toDouble();
     form.host->setText(receiver.value(QStringLiteral("Host")).toString());
@@ -182,8 +184,9 @@ void MainWindow::applyReceiver(const QString &hostText, const QString &portText,
                                const QString &mhzText)
 {
     const ReceiverInput input = readReceiverInput(hostText, portText, mhzText);
-    if (!input.refusal.isEmpty())
+    if (!input.refusal.isEmpty()) {
         return receiverStatusLabel->setText(input.refusal);
+    }
     // Once removed, it may be recorded as a good receiver again.
     changeRemovedReceivers(receiverKey(input.host, input.port), false);
     profile.kiwiHost = input.host;

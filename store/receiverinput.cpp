@@ -18,14 +18,17 @@ ReceiverInput readReceiverInput(const QString &hostText, const QString &portText
                                 const QString &frequencyText)
 {
     const QString host = hostText.trimmed();
-    if (host.isEmpty())
+    if (host.isEmpty()) {
         return refused(QStringLiteral("Receiver host is required."));
+    }
     bool converted = false;
     const int port = portText.trimmed().toInt(&converted);
-    if (!converted || port < 1 || port > 65535)
+    if (!converted || port < 1 || port > 65535) {
         return refused(QStringLiteral("Port must be 1 through 65535."));
+    }
     const std::optional<double> mhz = parseFrequency(frequencyText);
-    if (!mhz)
+    if (!mhz) {
         return refused(QStringLiteral("Enter a valid frequency in MHz."));
+    }
     return {host, port, *mhz, QString()};
 }

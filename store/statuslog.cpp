@@ -8,7 +8,6 @@
 #include <QJsonArray>
 #include <QStringList>
 #include <QtGlobal>
-
 #include <algorithm>
 
 namespace
@@ -52,10 +51,11 @@ QJsonObject withTotals(QJsonObject entry, const StatusSession &session, qint64 e
 QJsonArray withReceiverTotals(QJsonArray receivers, const StatusSession &session, qint64 endMs)
 {
     const int index = entryIndex(receivers, session);
-    if (index < 0)
+    if (index < 0) {
         receivers.append(withTotals({}, session, endMs));
-    else
+    } else {
         receivers.replace(index, withTotals(receivers.at(index).toObject(), session, endMs));
+    }
     return receivers;
 }
 
@@ -109,32 +109,38 @@ QString sessionLine(const QJsonObject &record)
 
 QStringList totalsLines(const QJsonArray &receivers)
 {
-    if (receivers.isEmpty())
+    if (receivers.isEmpty()) {
         return {QStringLiteral("No completed receiver sessions yet.")};
+    }
     QStringList lines;
-    for (const QJsonValue &entry : receivers)
+    for (const QJsonValue &entry : receivers) {
         lines.append(totalsLine(entry.toObject()));
+    }
     return lines;
 }
 
 QStringList newestSessionLines(const QJsonArray &sessions)
 {
-    if (sessions.isEmpty())
+    if (sessions.isEmpty()) {
         return {QStringLiteral("No completed sessions.")};
+    }
     QStringList lines;
     const int oldestShown = qMax(0, sessions.size() - shownSessions);
-    for (int index = sessions.size() - 1; index >= oldestShown; --index)
+    for (int index = sessions.size() - 1; index >= oldestShown; --index) {
         lines.append(sessionLine(sessions.at(index).toObject()));
+    }
     return lines;
 }
 
 QStringList historyLines(const std::optional<QByteArray> &file)
 {
-    if (!file)
+    if (!file) {
         return {QStringLiteral("No completed receiver sessions yet.")};
+    }
     const std::optional<QJsonObject> log = parseJsonObject(*file);
-    if (!log)
+    if (!log) {
         return {QStringLiteral("Status data file is not valid JSON.")};
+    }
     return totalsLines(log->value(QLatin1String("Receivers")).toArray())
            << QString() << QStringLiteral("RECENT COMPLETED SESSIONS")
            << newestSessionLines(log->value(QLatin1String("Sessions")).toArray());
@@ -142,8 +148,9 @@ QStringList historyLines(const std::optional<QByteArray> &file)
 
 QStringList currentConnectionLines(const StatusSession &session, qint64 nowMs)
 {
-    if (!session.statusSessionActive)
+    if (!session.statusSessionActive) {
         return {QStringLiteral("Disconnected")};
+    }
     return {QStringLiteral("Receiver: %1:%2")
                 .arg(session.sessionHost, QString::number(session.sessionPort)),
             QStringLiteral("Frequency: %1 MHz").arg(frequencyText(session.sessionFrequencyMhz)),

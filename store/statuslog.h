@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QJsonObject>
 #include <QString>
-
 #include <optional>
 
 // The receiver session being timed; all fields at rest while none is.

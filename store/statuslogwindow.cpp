@@ -1,5 +1,4 @@
 #include "app/mainwindow.h"
-
 #include "base/atomicfile.h"
 #include "base/datafile.h"
 #include "base/datapaths.h"
@@ -142,8 +141,9 @@ void replaceText(QPlainTextEdit *view, const QString &text)
 void MainWindow::startStatusSession()
 {
     const QString host = profile.kiwiHost.trimmed();
-    if (statusSession.statusSessionActive || host.isEmpty())
+    if (statusSession.statusSessionActive || host.isEmpty()) {
         return;
+    }
     statusSession = {true, host, profile.kiwiPort, frequencyMhz, nowMs(), 0};
     refreshStatusBar();
     refreshStatusLogView();
@@ -151,17 +151,20 @@ void MainWindow::startStatusSession()
 
 void MainWindow::addSessionDecodes(qint64 count)
 {
-    if (statusSession.statusSessionActive && count > 0)
+    if (statusSession.statusSessionActive && count > 0) {
         statusSession.sessionDecodes += count;
+    }
 }
 
 void MainWindow::finishStatusSession()
 {
-    if (!statusSession.statusSessionActive)
+    if (!statusSession.statusSessionActive) {
         return;
+    }
     const SaveResult saved = addToStatusLog(statusSession, nowMs());
-    if (!saved)
+    if (!saved) {
         logLine(QStringLiteral("Status log save failed: %1").arg(saved.error));
+    }
     statusSession = {};
     refreshStatusBar();
     rebuildStatusHistory();
@@ -175,8 +178,9 @@ void MainWindow::rebuildStatusHistory()
 
 void MainWindow::refreshStatusLogView()
 {
-    if (!statusLogView)
+    if (!statusLogView) {
         return;
+    }
     const QString shownPath = QDir::toNativeSeparators(statusLogPath());
     replaceText(statusLogView, statusLogText(statusSession, nowMs(), shownPath, statusHistory));
 }

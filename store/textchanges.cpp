@@ -3,7 +3,6 @@
 #include <QHash>
 #include <QStringRef>
 #include <QtGlobal>
-
 #include <algorithm>
 
 namespace

@@ -1,11 +1,10 @@
-#include <QHash>
-#include <QList>
-
-#include <iterator>
-
 #include "bench/fuzz/fuzzing.h"
 #include "bench/fuzz/referenceline.h"
 #include "display/bridgeprotocol.h"
+
+#include <QHash>
+#include <QList>
+#include <iterator>
 
 namespace
 {
@@ -48,11 +47,13 @@ public:
     void meet(const QString &key, qint64 nowMs)
     {
         recent.prune(nowMs);
-        for (auto entry = table.begin(); entry != table.end();)
+        for (auto entry = table.begin(); entry != table.end();) {
             entry = nowMs - *entry > 90000 ? table.erase(entry) : std::next(entry);
+        }
         require(recent.contains(key) == table.contains(key), "a key is known for 90 seconds");
-        if (table.contains(key))
+        if (table.contains(key)) {
             return;
+        }
         recent.remember(key, nowMs);
         table.insert(key, nowMs);
     }
@@ -80,14 +81,16 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const QByteArray bytes = input.line();
         const QString line = QString::fromUtf8(bytes);
         const std::optional<ReferenceLine> expected = readReferenceLine(line);
-        if (expected && expectedTime.size() != 6)
+        if (expected && expectedTime.size() != 6) {
             expectedTime = expected->time;
+        }
         const std::optional<BridgeDecode> decode = parseBridgeDecode(line, &time);
         require(decode.has_value() == (expected && !expected->message.simplified().isEmpty()),
                 "a line is sent exactly when it is a decode");
         require(time == expectedTime, "the first decode of a bad label gives the time");
-        if (!decode)
+        if (!decode) {
             continue;
+        }
         checkDecode(*decode, *expected, time);
         nowMs += qint64{1000} * bytes.size();
         keys.meet(bridgeDecodeKey(*decode), nowMs);

@@ -1,13 +1,12 @@
-#include <QStringList>
-
-#include <algorithm>
-#include <clocale>
-#include <cmath>
-
 #include "bench/fuzz/fuzzing.h"
 #include "bench/fuzz/referenceline.h"
 #include "decode/ft8decode.h"
 #include "decode/jt9runner.h"
+
+#include <QStringList>
+#include <algorithm>
+#include <clocale>
+#include <cmath>
 
 namespace
 {
@@ -18,8 +17,9 @@ QStringList referenceLines(const QByteArray &output)
     QByteArray text = output.split('\0').first();
     for (const QByteArray &part : text.replace('\r', '\n').split('\n')) {
         const QString line = QString::fromUtf8(part).trimmed();
-        if (part.size() <= 512 && line.contains(QLatin1Char('~')))
+        if (part.size() <= 512 && line.contains(QLatin1Char('~'))) {
             lines.append(line);
+        }
     }
     return lines;
 }
@@ -27,8 +27,9 @@ QStringList referenceLines(const QByteArray &output)
 QStringList linesInChunks(const QByteArray &output, int chunkBytes)
 {
     Jt9Output lines;
-    for (int at = 0; at < output.size(); at += chunkBytes)
+    for (int at = 0; at < output.size(); at += chunkBytes) {
         lines.add(output.mid(at, chunkBytes));
+    }
     const QStringList kept = lines.finish();
     const QStringList all = referenceLines(output);
     require(kept == all.mid(0, 500), "the first lines are kept, and chunks do not matter");
@@ -52,8 +53,9 @@ struct Record {
 std::optional<Record> readRecord(const QString &line)
 {
     const std::optional<ReferenceLine> fields = readReferenceLine(line);
-    if (!fields)
+    if (!fields) {
         return std::nullopt;
+    }
     Record record;
     bool ok[3] = {};
     record.snr = fields->snr.toInt(&ok[0]);
@@ -61,8 +63,9 @@ std::optional<Record> readRecord(const QString &line)
     record.freq = fields->frequency.toInt(&ok[2]);
     record.key = fields->message.simplified().toUpper();
     record.line = line.trimmed();
-    if (!ok[0] || !ok[1] || !ok[2] || record.key.isEmpty())
+    if (!ok[0] || !ok[1] || !ok[2] || record.key.isEmpty()) {
         return std::nullopt;
+    }
     return record;
 }
 
@@ -86,14 +89,16 @@ void referenceMerge(const QStringList &lines, QList<Record> *records, QStringLis
             continue;
         }
         int known = 0;
-        while (known < records->size() && !sameSignal(records->at(known), *fresh))
+        while (known < records->size() && !sameSignal(records->at(known), *fresh)) {
             ++known;
-        if (known == records->size())
+        }
+        if (known == records->size()) {
             records->append(*fresh);
-        else if (fresh->snr > records->at(known).snr ||
-                 (fresh->snr == records->at(known).snr &&
-                  std::abs(fresh->dt) < std::abs(records->at(known).dt)))
+        } else if (fresh->snr > records->at(known).snr ||
+                   (fresh->snr == records->at(known).snr &&
+                    std::abs(fresh->dt) < std::abs(records->at(known).dt))) {
             records->replace(known, *fresh);
+        }
     }
 }
 
@@ -106,12 +111,14 @@ void checkMerge(const QStringList &lines)
     require(merged.mid(expected.size()) == others, "other lines come last, once, as first seen");
 
     QStringList expectedLines;
-    for (const Record &record : qAsConst(expected))
+    for (const Record &record : qAsConst(expected)) {
         expectedLines.append(record.line);
+    }
     QStringList decodes = merged.mid(0, expected.size());
-    for (int i = 1; i < decodes.size(); ++i)
+    for (int i = 1; i < decodes.size(); ++i) {
         require(!(*readRecord(decodes.at(i)) < *readRecord(decodes.at(i - 1))),
                 "decodes are sorted by frequency and message");
+    }
     std::sort(decodes.begin(), decodes.end());
     std::sort(expectedLines.begin(), expectedLines.end());
     require(decodes == expectedLines, "the decodes are those of the rule");
@@ -140,7 +147,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const int chunkBytes = 1 + input.byte();
     const QByteArray output = input.rest();
     checkMerge(linesInChunks(output, chunkBytes));
-    if (input.isOneIn(256))
+    if (input.isOneIn(256)) {
         checkBound(output, 4096);
+    }
     return 0;
 }

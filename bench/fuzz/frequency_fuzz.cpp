@@ -1,10 +1,8 @@
 #include "base/frequency.h"
+#include "bench/fuzz/fuzzing.h"
 
 #include <QList>
-
 #include <cmath>
-
-#include "bench/fuzz/fuzzing.h"
 
 namespace
 {
@@ -20,9 +18,10 @@ void checkFrequency(double mhz)
     require(parseFrequencyFile(text.toUtf8()) == again, "also from the file");
 
     const int preset = bandPresetIndex(mhz);
-    for (int i = 0; i < static_cast<int>(bandPresets().size()); ++i)
+    for (int i = 0; i < static_cast<int>(bandPresets().size()); ++i) {
         require((i == preset) == sameFrequency(bandPresets().at(static_cast<size_t>(i)).mhz, mhz),
                 "the preset is the one of this frequency");
+    }
 }
 
 // An optional sign, digits with at most one point among them, an optional exponent.
@@ -31,8 +30,9 @@ bool isDecimal(const QByteArray &text)
     int at = text.startsWith('+') || text.startsWith('-') ? 1 : 0;
     const auto digits = [&text, &at] {
         const int start = at;
-        while (at < text.size() && text.at(at) >= '0' && text.at(at) <= '9')
+        while (at < text.size() && text.at(at) >= '0' && text.at(at) <= '9') {
             ++at;
+        }
         return at - start;
     };
     int mantissa = digits();
@@ -40,23 +40,28 @@ bool isDecimal(const QByteArray &text)
         ++at;
         mantissa += digits();
     }
-    if (mantissa == 0)
+    if (mantissa == 0) {
         return false;
-    if (at == text.size())
+    }
+    if (at == text.size()) {
         return true;
-    if (text.at(at) != 'e' && text.at(at) != 'E')
+    }
+    if (text.at(at) != 'e' && text.at(at) != 'E') {
         return false;
+    }
     ++at;
-    if (at < text.size() && (text.at(at) == '+' || text.at(at) == '-'))
+    if (at < text.size() && (text.at(at) == '+' || text.at(at) == '-')) {
         ++at;
+    }
     return digits() > 0 && at == text.size();
 }
 
 std::optional<double> referenceFrequency(const QString &text)
 {
     const QByteArray number = text.trimmed().toUtf8();
-    if (number.contains('\0') || !isDecimal(number))
+    if (number.contains('\0') || !isDecimal(number)) {
         return std::nullopt;
+    }
     const double mhz = std::strtod(number.constData(), nullptr);
     return mhz >= 0.001 && mhz <= 3000.0 ? std::optional<double>(mhz) : std::nullopt;
 }
@@ -74,7 +79,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArray beforeNul = content.split('\0').first();
     require(parseFrequencyFile(content) == parseFrequency(QString::fromUtf8(beforeNul)),
             "the file is read up to its first NUL byte");
-    if (mhz)
+    if (mhz) {
         checkFrequency(*mhz);
+    }
     return 0;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -14,8 +13,9 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 // An invariant that does not hold ends the run, and libFuzzer keeps the input.
 inline void require(bool holds, const char *invariant)
 {
-    if (holds)
+    if (holds) {
         return;
+    }
     std::fprintf(stderr, "Broken invariant: %s\n", invariant);
     std::abort();
 }

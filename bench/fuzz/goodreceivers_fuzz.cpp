@@ -1,11 +1,10 @@
+#include "base/datafile.h"
+#include "base/receiverkey.h"
+#include "bench/fuzz/fuzzing.h"
 #include "store/goodreceivers.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
-
-#include "base/datafile.h"
-#include "base/receiverkey.h"
-#include "bench/fuzz/fuzzing.h"
 
 namespace
 {
@@ -24,8 +23,9 @@ void checkShown(const QJsonArray &list)
     for (const QJsonValue &element : list) {
         const QJsonObject entry = element.toObject();
         const QString host = entry.value(QLatin1String("Host")).toString();
-        if (!element.isObject() || host.trimmed().isEmpty())
+        if (!element.isObject() || host.trimmed().isEmpty()) {
             continue;
+        }
         require(shown < receivers.size(), "every entry with a host is shown");
         const GoodReceiver &receiver = receivers.at(shown++);
         require(receiver.host == host, "hosts are as stored, in the file's order");
@@ -47,10 +47,12 @@ void checkWithout(const QJsonArray &list, const QString &host, int port)
     const QJsonArray kept = withoutReceiver(list, host, port);
     require(!containsReceiver(kept, host, port), "a removed receiver is gone");
     int index = 0;
-    for (const QJsonValue &element : list)
-        if (!isEntry(element, host, port))
+    for (const QJsonValue &element : list) {
+        if (!isEntry(element, host, port)) {
             require(index < kept.size() && kept.at(index++) == element,
                     "all else stays, unchanged and in order");
+        }
+    }
     require(index == kept.size(), "nothing is added");
 }
 
@@ -58,8 +60,9 @@ void checkWith(const QJsonArray &list, const GoodReceiver &receiver)
 {
     const QJsonArray longer = withReceiver(list, receiver, 1768573395000);
     require(longer.size() == list.size() + 1, "one entry is added");
-    for (int i = 0; i < list.size(); ++i)
+    for (int i = 0; i < list.size(); ++i) {
         require(longer.at(i) == list.at(i), "what was there stays");
+    }
     require(isEntry(longer.last(), receiver.host, receiver.port), "the new one is at the end");
     require(longer.last().toObject().size() == 5, "an entry has five keys");
 
@@ -105,11 +108,13 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     checkKeys(receiver.host, receiver.port);
 
     const std::optional<QJsonArray> list = readDocument(input.rest());
-    if (!list)
+    if (!list) {
         return 0;
+    }
     checkShown(*list);
     checkWithout(*list, receiver.host, receiver.port);
-    if (!containsReceiver(*list, receiver.host, receiver.port))
+    if (!containsReceiver(*list, receiver.host, receiver.port)) {
         checkWith(*list, receiver);
+    }
     return 0;
 }

@@ -1,6 +1,5 @@
-#include "display/highlightcalls.h"
-
 #include "bench/fuzz/fuzzing.h"
+#include "display/highlightcalls.h"
 
 namespace
 {
@@ -13,8 +12,9 @@ bool isCallSign(QChar c)
 bool isCall(const QString &entry)
 {
     bool valid = !entry.isEmpty() && entry.size() <= 15;
-    for (const QChar c : entry)
+    for (const QChar c : entry) {
         valid = valid && isCallSign(c);
+    }
     return valid;
 }
 
@@ -23,12 +23,13 @@ bool isCall(const QString &entry)
 QString folded(QString text)
 {
     for (QChar &c : text) {
-        if (c >= QLatin1Char('a') && c <= QLatin1Char('z'))
+        if (c >= QLatin1Char('a') && c <= QLatin1Char('z')) {
             c = QChar(c.unicode() - 'a' + 'A');
-        else if (c == QChar(0x212a))
+        } else if (c == QChar(0x212a)) {
             c = QLatin1Char('K');
-        else if (c == QChar(0x017f))
+        } else if (c == QChar(0x017f)) {
             c = QLatin1Char('S');
+        }
     }
     return text;
 }
@@ -39,8 +40,9 @@ bool standsAlone(const QString &upperText, const QString &call)
     for (int at = upperText.indexOf(call); at >= 0; at = upperText.indexOf(call, at + 1)) {
         const int end = at + call.size();
         if ((at == 0 || !isCallSign(upperText.at(at - 1))) &&
-            (end == upperText.size() || !isCallSign(upperText.at(end))))
+            (end == upperText.size() || !isCallSign(upperText.at(end)))) {
             return true;
+        }
     }
     return false;
 }
@@ -50,8 +52,9 @@ void checkStored(const QStringList &stored)
     QStringList expected;
     for (const QString &entry : stored) {
         const QString call = entry.trimmed().toUpper();
-        if (isCall(call) && !expected.contains(call) && expected.size() < 10)
+        if (isCall(call) && !expected.contains(call) && expected.size() < 10) {
             expected.append(call);
+        }
     }
     require(validHighlightCalls(stored) == expected, "the first ten valid calls are taken");
     require(validHighlightCalls(expected) == expected, "what was taken is taken again");
@@ -63,14 +66,16 @@ void checkTyped(const QString &typed, const QStringList &lines)
     QString invalid;
     for (const QString &line : lines) {
         const QString call = line.trimmed().toUpper();
-        if (call.isEmpty())
+        if (call.isEmpty()) {
             continue;
+        }
         if (!isCall(call)) {
             invalid = call;
             break;
         }
-        if (!calls.contains(call))
+        if (!calls.contains(call)) {
             calls.append(call);
+        }
     }
     const HighlightEdit edit = parseHighlightCalls(typed);
     require(edit.invalidEntry == invalid, "the first line that is no call is named");

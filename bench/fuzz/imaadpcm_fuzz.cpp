@@ -1,7 +1,6 @@
-#include "kiwi/imaadpcm.h"
-
 #include "bench/fuzz/fuzzing.h"
 #include "bench/fuzz/referenceadpcm.h"
+#include "kiwi/imaadpcm.h"
 
 // Input: the state to begin with (index, predictor), then the payload of a compressed frame.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)

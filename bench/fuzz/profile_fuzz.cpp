@@ -1,9 +1,8 @@
+#include "bench/fuzz/fuzzing.h"
 #include "store/profile.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
-
-#include "bench/fuzz/fuzzing.h"
 
 namespace
 {
@@ -84,8 +83,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QJsonDocument document = QJsonDocument::fromJson(json);
     require(read.has_value() == document.isObject(), "an object is a profile");
     require(read.has_value() == error.isEmpty(), "all else has a reason");
-    if (!read)
+    if (!read) {
         return 0;
+    }
     checkFields(document.object(), *read, current);
     checkRoundTrip(*read);
     return 0;

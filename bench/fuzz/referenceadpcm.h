@@ -9,8 +9,9 @@ inline int referenceSample(ImaAdpcmState &state, int nibble)
     int part = imaStepTable[state.adpcmIndex];
     int difference = 0;
     for (int bit = 4; bit >= 1; bit /= 2) {
-        if (nibble & bit)
+        if (nibble & bit) {
             difference += part;
+        }
         part /= 2;
     }
     difference += part;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-
 #include <optional>
 
 // A decode line's five fields as text.
@@ -27,11 +26,14 @@ public:
         const bool snrOk = timeOk && number(&line.snr) && blanks();
         const bool dtOk = snrOk && number(&line.dt) && fraction(&line.dt) && blanks();
         const bool frequencyOk = dtOk && number(&line.frequency) && blanks();
-        if (!frequencyOk || next() != QLatin1Char('~'))
+        if (!frequencyOk || next() != QLatin1Char('~')) {
             return std::nullopt;
+        }
         ++position;
-        if (!blanks() || position == text.size() || text.indexOf(QLatin1Char('\n'), position) >= 0)
+        if (!blanks() || position == text.size() ||
+            text.indexOf(QLatin1Char('\n'), position) >= 0) {
             return std::nullopt;
+        }
         line.message = text.mid(position);
         return line;
     }
@@ -47,29 +49,33 @@ private:
     QString digits()
     {
         const int start = position;
-        while (isDigit(next()))
+        while (isDigit(next())) {
             ++position;
+        }
         return text.mid(start, position - start);
     }
     bool blanks()
     {
         const int start = position;
-        while (isBlank(next()))
+        while (isBlank(next())) {
             ++position;
+        }
         return position > start;
     }
     bool number(QString *field)
     {
-        if (next() == QLatin1Char('+') || next() == QLatin1Char('-'))
+        if (next() == QLatin1Char('+') || next() == QLatin1Char('-')) {
             *field = text.at(position++);
+        }
         const QString all = digits();
         *field += all;
         return !all.isEmpty();
     }
     bool fraction(QString *field)
     {
-        if (next() != QLatin1Char('.'))
+        if (next() != QLatin1Char('.')) {
             return true;
+        }
         ++position;
         const QString all = digits();
         *field += QLatin1Char('.') + all;

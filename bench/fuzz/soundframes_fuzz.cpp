@@ -1,11 +1,11 @@
-#include <QCoreApplication>
-#include <QDir>
-#include <QTemporaryDir>
-
 #include "bench/fuzz/fuzzing.h"
 #include "bench/fuzz/referenceadpcm.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/sndframe.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QTemporaryDir>
 
 namespace
 {
@@ -17,17 +17,20 @@ public:
 
     SoundOutcome takeFrame(const QByteArray &frame, qint64 nowMs, bool folderIsSet)
     {
-        if (!started && !folderIsSet)
+        if (!started && !folderIsSet) {
             return {true, false, QStringLiteral("Capture directory was not configured.")};
-        if (!started)
+        }
+        if (!started) {
             start(nowMs);
+        }
         ++counters.framesSeen;
         armed |= nowMs >= periodStartMs;
         closed = false;
-        if ((frame.at(3) & 0x10) != 0)
+        if ((frame.at(3) & 0x10) != 0) {
             takeCompressed(frame.mid(10));
-        else
+        } else {
             takePlain(frame.mid(10));
+        }
         return {closed, closed, {}};
     }
 
@@ -46,8 +49,9 @@ private:
         counters = {};
         adpcm = {};
         periodStartMs = (nowMs / 15000 + 1) * 15000;
-        if (periodStartMs - nowMs < 2500)
+        if (periodStartMs - nowMs < 2500) {
             periodStartMs += 15000;
+        }
     }
 
     void takeCompressed(const QByteArray &payload)
@@ -73,13 +77,15 @@ private:
 
     void takeSample(int sample)
     {
-        if (!armed)
+        if (!armed) {
             return;
+        }
         ++counters.samples;
         counters.sumOfSquares += qint64(sample) * sample;
         counters.peak = qMax(counters.peak, sample < 0 ? -sample : sample);
-        if (counters.samples < 180000)
+        if (counters.samples < 180000) {
             return;
+        }
         counters = {};
         periodStartMs += 15000;
         closed = true;
@@ -121,8 +127,9 @@ QByteArray readFrame(FuzzInput &input)
     QByteArray frame = "SND" + input.take(1).leftJustified(7, '\0');
     const int payloadBytes = readPayloadBytes(input);
     const QByteArray pattern = input.take(1 + input.byte() % 32).leftJustified(1, '\x77');
-    while (frame.size() < 10 + payloadBytes)
+    while (frame.size() < 10 + payloadBytes) {
         frame += pattern;
+    }
     frame.truncate(10 + payloadBytes);
     return frame;
 }
@@ -189,7 +196,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     static const QTemporaryDir folder;
     FuzzInput input(data, size);
-    if (play(input, folder.path()) > 0)
+    if (play(input, folder.path()) > 0) {
         require(QDir(folder.path()).isEmpty(), "no worker's folder is left behind");
+    }
     return 0;
 }

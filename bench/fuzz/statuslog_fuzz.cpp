@@ -1,10 +1,9 @@
+#include "base/datafile.h"
+#include "bench/fuzz/fuzzing.h"
 #include "store/statuslog.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
-
-#include "base/datafile.h"
-#include "bench/fuzz/fuzzing.h"
 
 namespace
 {
@@ -29,9 +28,10 @@ qint64 whole(const QJsonValue &value)
 
 void requireKept(const QJsonObject &old, const QJsonObject &updated, const QStringList &own)
 {
-    for (auto key = old.begin(); key != old.end(); ++key)
+    for (auto key = old.begin(); key != old.end(); ++key) {
         require(own.contains(key.key()) || updated.value(key.key()) == key.value(),
                 "keys of others are kept");
+    }
 }
 
 void checkTotals(const QJsonObject &old, const QJsonObject &entry, const StatusSession &session,
@@ -60,11 +60,13 @@ void checkReceivers(const QJsonArray &old, const QJsonArray &updated, const Stat
                     qint64 seconds)
 {
     int found = 0;
-    while (found < old.size() && !isEntry(old.at(found), session))
+    while (found < old.size() && !isEntry(old.at(found), session)) {
         ++found;
+    }
     require(updated.size() == qMax(old.size(), found + 1), "an entry is replaced or added");
-    for (int i = 0; i < updated.size(); ++i)
+    for (int i = 0; i < updated.size(); ++i) {
         require(i == found || updated.at(i) == old.at(i), "other receivers stay");
+    }
     checkTotals(old.at(found).toObject(), updated.at(found).toObject(), session, seconds);
 }
 
@@ -72,8 +74,9 @@ void checkSessions(const QJsonArray &old, const QJsonArray &updated, const Statu
                    qint64 seconds)
 {
     require(updated.size() == old.size() + 1, "one session is appended");
-    for (int i = 0; i < old.size(); ++i)
+    for (int i = 0; i < old.size(); ++i) {
         require(updated.at(i) == old.at(i), "earlier sessions stay");
+    }
     const QJsonObject record = updated.last().toObject();
     require(record.size() == 7, "a session has seven keys");
     require(isEntry(record, session), "the session is the receiver's");

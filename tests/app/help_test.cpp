@@ -1,6 +1,5 @@
-#include "tests/fixture/teststation.h"
-
 #include "app/helptext.h"
+#include "tests/fixture/teststation.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>

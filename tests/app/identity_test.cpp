@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QIcon>
 #include <QTest>
-
 #include <algorithm>
 
 class IdentityTest : public QObject

@@ -1,8 +1,7 @@
 // The window as it stands after its start, and how it goes.
 
-#include "tests/fixture/teststation.h"
-
 #include "base/settings.h"
+#include "tests/fixture/teststation.h"
 
 #include <QDialog>
 #include <QLabel>

@@ -1,8 +1,7 @@
 // The menu bar: the tree, what each entry does, and the decode depth that one submenu keeps.
 
-#include "tests/fixture/teststation.h"
-
 #include "base/settings.h"
+#include "tests/fixture/teststation.h"
 
 #include <QActionGroup>
 #include <QApplication>

@@ -1,10 +1,9 @@
 // A start with options: what the window then has, and what it leaves alone.
 
-#include "tests/fixture/receiverform.h"
-#include "tests/fixture/teststation.h"
-
 #include "base/settings.h"
 #include "decode/jt9locator.h"
+#include "tests/fixture/receiverform.h"
+#include "tests/fixture/teststation.h"
 
 #include <QFileInfo>
 #include <QLineEdit>

@@ -4,7 +4,6 @@
 #include <QProcess>
 #include <QTest>
 #include <QTimer>
-
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>

@@ -1,6 +1,6 @@
-#include <QtTest>
-
 #include "base/duration.h"
+
+#include <QtTest>
 
 class DurationTest : public QObject
 {

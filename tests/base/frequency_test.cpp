@@ -128,8 +128,9 @@ void FrequencyTest::sameWithinHalfAHertz()
 void FrequencyTest::presetsAreTheTwelveBands()
 {
     QStringList texts;
-    for (const BandPreset &preset : bandPresets())
+    for (const BandPreset &preset : bandPresets()) {
         texts.append(preset.text);
+    }
     const QString expected = QStringLiteral(
         "160 m FT8 \u2014 1.840000|80 m FT8 \u2014 3.573000|60 m FT8 \u2014 5.357000|"
         "40 m FT8 \u2014 7.074000|30 m FT8 \u2014 10.136000|20 m FT8 \u2014 14.074000|"
@@ -140,15 +141,17 @@ void FrequencyTest::presetsAreTheTwelveBands()
 
 void FrequencyTest::presetTextsShowTheirFrequency()
 {
-    for (const BandPreset &preset : bandPresets())
+    for (const BandPreset &preset : bandPresets()) {
         QCOMPARE(preset.text.section(QLatin1Char(' '), -1), frequencyText(preset.mhz));
+    }
 }
 
 void FrequencyTest::noTwoPresetsAreTheSame()
 {
     int index = 0;
-    for (const BandPreset &preset : bandPresets())
+    for (const BandPreset &preset : bandPresets()) {
         QCOMPARE(bandPresetIndex(preset.mhz), index++);
+    }
     QCOMPARE(index, 12);
 }
 

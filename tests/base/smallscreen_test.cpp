@@ -1,9 +1,8 @@
 // The dialogs on a screen of 400 by 300: the offscreen platform's, at twice the resolution.
 
-#include "tests/fixture/teststation.h"
-
 #include "app/stationfont.h"
 #include "base/smallscreen.h"
+#include "tests/fixture/teststation.h"
 
 #include <QComboBox>
 #include <QDialog>
@@ -16,7 +15,6 @@
 #include <QScrollArea>
 #include <QTableWidget>
 #include <QtTest>
-
 #include <algorithm>
 
 static const bool twiceAsLarge = qputenv("QT_SCALE_FACTOR", "2"); // before the application is made

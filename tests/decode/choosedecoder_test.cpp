@@ -82,8 +82,9 @@ public:
 private:
     static void look(QtMsgType, const QMessageLogContext &, const QString &text)
     {
-        if (text.contains(QLatin1String("jt9.exe")))
+        if (text.contains(QLatin1String("jt9.exe"))) {
             seen << savedPath() << publishedPath();
+        }
     }
 
     inline static QStringList seen;
@@ -144,8 +145,9 @@ void ChooseDecoderTest::init()
 std::unique_ptr<MainWindow> ChooseDecoderTest::startedWindow()
 {
     auto window = std::make_unique<MainWindow>();
-    if (!QTest::qWaitFor([this] { return publishedPath() == decoder.path(); }))
+    if (!QTest::qWaitFor([this] { return publishedPath() == decoder.path(); })) {
         qFatal("the search at the start did not find the profile's decoder");
+    }
     return window;
 }
 

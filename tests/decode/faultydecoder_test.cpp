@@ -1,20 +1,18 @@
 // Decoders that fail, and a capture folder that does: the period in question brings nothing, the
 // next one is decoded as ever, and nothing stays behind.
 
-#include "tests/fixture/aftermath.h"
-#include "tests/fixture/teststation.h"
-#include "tests/store/privatemounts.h"
-
 #include "base/datapaths.h"
 #include "display/decoderow.h"
 #include "display/tabletexts.h"
+#include "tests/fixture/aftermath.h"
+#include "tests/fixture/teststation.h"
+#include "tests/store/privatemounts.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTcpSocket>
 #include <QtTest>
-
 #include <cstdio>
 #include <limits>
 #include <thread>

@@ -7,7 +7,6 @@
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <memory>
 
 namespace
@@ -104,10 +103,12 @@ private slots:
         QFETCH(QStringList, programs);
         QFETCH(bool, canRun);
         QFETCH(bool, installed);
-        for (const QString &file : beside)
+        for (const QString &file : beside) {
             makeFile(file);
-        for (const QString &file : programs)
+        }
+        for (const QString &file : programs) {
             QFile::setPermissions(makeFile(file), QFile::ReadOwner | QFile::ExeOwner);
+        }
         const QString path = root->filePath(decoder);
         QCOMPARE(canRunJt9(path), canRun);
         QCOMPARE(isInstalledJt9(path), installed);
@@ -316,16 +317,18 @@ private:
         QString path = root->filePath(name);
         QDir().mkpath(QFileInfo(path).absolutePath());
         QFile file(path);
-        if (!file.open(QIODevice::WriteOnly))
+        if (!file.open(QIODevice::WriteOnly)) {
             qFatal("cannot make a file");
+        }
         return path;
     }
 
     QString makeInstallation(const QString &decoder) const
     {
         const QString folder = QFileInfo(decoder).path();
-        for (const QString &file : windowsForm)
+        for (const QString &file : windowsForm) {
             makeFile(folder + QLatin1Char('/') + file);
+        }
         return makeFile(decoder);
     }
 
@@ -334,8 +337,9 @@ private:
         QFile file(path);
         const QDateTime modified = QDateTime::currentDateTimeUtc().addSecs(-seconds);
         if (!file.open(QIODevice::ReadWrite) ||
-            !file.setFileTime(modified, QFileDevice::FileModificationTime))
+            !file.setFileTime(modified, QFileDevice::FileModificationTime)) {
             qFatal("cannot age a file");
+        }
     }
 
     std::unique_ptr<QTemporaryDir> root;

@@ -1,4 +1,6 @@
 #include "decode/jt9runner.h"
+#include "decode/slotwav.h"
+#include "tests/decode/scripteddecoder.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -6,15 +8,10 @@
 #include <QTemporaryDir>
 #include <QTextCodec>
 #include <QtTest>
-
-#include <memory>
-
 #include <csignal>
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
-
-#include "decode/slotwav.h"
-#include "tests/decode/scripteddecoder.h"
 
 namespace
 {
@@ -34,8 +31,9 @@ int memoryKb(const QByteArray &name)
     status.open(QIODevice::ReadOnly);
     const QList<QByteArray> lines = status.readAll().split('\n');
     for (const QByteArray &line : lines) {
-        if (line.startsWith(name + ':'))
+        if (line.startsWith(name + ':')) {
             return line.mid(name.size() + 1).trimmed().split(' ').first().toInt();
+        }
     }
     return -1;
 }
@@ -43,16 +41,18 @@ int memoryKb(const QByteArray &name)
 QStringList linesInChunks(const QByteArray &text, int chunkBytes)
 {
     Jt9Output output;
-    for (int at = 0; at < text.size(); at += chunkBytes)
+    for (int at = 0; at < text.size(); at += chunkBytes) {
         output.add(text.mid(at, chunkBytes));
+    }
     return output.finish();
 }
 
 bool isAlive(const QByteArray &pid)
 {
     QFile stat(QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(pid.trimmed())));
-    if (pid.trimmed().isEmpty() || !stat.open(QIODevice::ReadOnly))
+    if (pid.trimmed().isEmpty() || !stat.open(QIODevice::ReadOnly)) {
         return false;
+    }
     const QByteArray text = stat.readAll();
     return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
 }
@@ -83,8 +83,9 @@ public:
         : file(::open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC))
     {
         // Who waits is told by a signal, here one that does nothing.
-        if (::fcntl(file, F_SETSIG, SIGURG) != 0 || ::fcntl(file, F_SETLEASE, F_WRLCK) != 0)
+        if (::fcntl(file, F_SETSIG, SIGURG) != 0 || ::fcntl(file, F_SETLEASE, F_WRLCK) != 0) {
             qFatal("cannot hold the program");
+        }
     }
     ~HeldProgram() { ::close(file); }
     Q_DISABLE_COPY(HeldProgram)
@@ -172,8 +173,9 @@ private slots:
         QFETCH(int, kept);
         QFETCH(bool, hasDropped);
         QByteArray text;
-        for (int i = 1; i <= printed; ++i)
+        for (int i = 1; i <= printed; ++i) {
             text += "banner\n~ " + QByteArray::number(i) + '\n';
+        }
         Jt9Output output;
         output.add(text + "banner\n");
         const QStringList lines = output.finish();
@@ -199,8 +201,9 @@ private slots:
         const QByteArray line = '~' + QByteArray(bytes - 2, ' ') + 'x';
         QStringList expected = {QStringLiteral("~ before"), QString::fromLatin1(line),
                                 QStringLiteral("~ after")};
-        if (!isDecode)
+        if (!isDecode) {
             expected.removeAt(1);
+        }
         for (const char *end : {"\n", "\r\n", "\r"}) {
             const QByteArray output = QByteArray("~ before") + end + line + end + "~ after" + end;
             QCOMPARE(linesInChunks(output, output.size()), expected);
@@ -213,8 +216,9 @@ private slots:
     void manyOtherLinesDoNotHideADecode()
     {
         Jt9Output output;
-        for (int i = 0; i < 100; ++i)
+        for (int i = 0; i < 100; ++i) {
             output.add(QByteArray("banner\n").repeated(10000));
+        }
         output.add(decodeLine.toLatin1() + '\n');
         QCOMPARE(output.finish(), QStringList(decodeLine));
     }

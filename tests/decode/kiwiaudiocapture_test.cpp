@@ -1,25 +1,23 @@
+#include "decode/decodeband.h"
 #include "decode/kiwiaudiocapture.h"
+#include "kiwi/imaadpcm.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <algorithm>
 #include <memory>
 #include <thread>
 
-#include "decode/decodeband.h"
-#include "kiwi/imaadpcm.h"
-
 #ifndef Q_OS_WIN
+#include "tests/decode/scripteddecoder.h"
+#include "tests/fixture/logtrace.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
-
-#include "tests/decode/scripteddecoder.h"
-#include "tests/fixture/logtrace.h"
 #endif
 
 namespace
@@ -58,8 +56,9 @@ public:
     explicit Gate(const QString &path)
         : file(::open(path.toLocal8Bit().constData(), O_CREAT | O_RDWR | O_CLOEXEC, 0600))
     {
-        if (file < 0 || ::flock(file, LOCK_EX) != 0)
+        if (file < 0 || ::flock(file, LOCK_EX) != 0) {
             qFatal("cannot close the gate");
+        }
     }
     ~Gate() { ::close(file); }
     Q_DISABLE_COPY(Gate)
@@ -245,8 +244,9 @@ private slots:
     {
         take(adpcmFrame("\x47\x13"), boundaryMs - 3000);
         ImaAdpcmState state;
-        for (const int nibble : {7, 4, 3, 1})
+        for (const int nibble : {7, 4, 3, 1}) {
             decodeImaNibble(state, nibble);
+        }
         QCOMPARE(capture->periodCounters().samples, 0);
         QVERIFY(sameState(capture->adpcmState(), state));
     }
@@ -267,8 +267,9 @@ private slots:
     void exactly180000SamplesMakeAPeriod()
     {
         arm();
-        for (int i = 1; i < 180000; ++i)
+        for (int i = 1; i < 180000; ++i) {
             QVERIFY(!capture->appendSample(1));
+        }
         QCOMPARE(capture->periodStart(), boundaryMs);
         QCOMPARE(capture->periodCounters().samples, 179999);
         QVERIFY(capture->appendSample(1));
@@ -414,8 +415,9 @@ private slots:
         constexpr int mostPending = 40;
         constexpr int closed = mostPending + 3;
         int handedOver = 0;
-        for (int i = 0; i < closed * KiwiAudioCapture::samplesPerPeriod - 1; ++i)
+        for (int i = 0; i < closed * KiwiAudioCapture::samplesPerPeriod - 1; ++i) {
             handedOver += capture->appendSample(0) ? 1 : 0;
+        }
         QCOMPARE(handedOver, mostPending);
         QVERIFY(!take(plainFrame("ab"), boundaryMs).attempted); // the last period's last sample
         const QString passedOver =
@@ -659,8 +661,9 @@ private slots:
     {
         QTest::addColumn<int>("idleMs");
         QTest::newRow("at once") << 0;
-        if (qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS"))
+        if (qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS")) {
             QTest::newRow("for longer than the toolkit's usual 30 s") << 31000;
+        }
     }
 
     void anIdlePoolKeepsItsThreads()
@@ -761,8 +764,9 @@ private slots:
     {
         const ScriptedDecoder decoder(QStringLiteral("echo '~ x'; touch $here/$5.ran"));
         capture->queueDecodeSlices(boundaryMs, silence);
-        while (decoder.allLeft().size() < 4 || !QDir(folder->path()).isEmpty())
+        while (decoder.allLeft().size() < 4 || !QDir(folder->path()).isEmpty()) {
             QThread::yieldCurrentThread(); // the results stay posted: no event loop runs
+        }
         capture->reset();
         capture->queueDecodeSlices(boundaryMs + 15000, silence);
         QTRY_COMPARE(periods.size(), 1);

@@ -42,8 +42,9 @@ public:
     void writeProgram(const QString &file, const QString &script) const
     {
         QFile program(file);
-        if (!program.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        if (!program.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
             qFatal("cannot write the scripted decoder");
+        }
         program.write("#!/bin/sh\nhere='" + left(QString()).toLocal8Bit() + "'; slot=${PWD##*/}\n" +
                       script.toUtf8() + "\n");
         program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

@@ -5,16 +5,15 @@
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QtTest>
-
 #include <memory>
 
 #ifndef Q_OS_WIN
+#include "tests/decode/scripteddecoder.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <sys/resource.h>
-
-#include "tests/decode/scripteddecoder.h"
 #endif
 
 namespace
@@ -27,8 +26,9 @@ const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42")
 QByteArray periodOfSamples()
 {
     QByteArray samples(slotPcmBytes, Qt::Uninitialized);
-    for (int i = 0; i < slotPcmBytes; ++i)
+    for (int i = 0; i < slotPcmBytes; ++i) {
         samples[i] = static_cast<char>(i % 251);
+    }
     return samples;
 }
 
@@ -353,16 +353,14 @@ private:
     {
         const int bytes = workerFolderBytes - 1 - workerFolderName(job()).size();
         QString folder = capture->path();
-        while (bytes - folder.size() > 250)
+        while (bytes - folder.size() > 250) {
             folder += QLatin1Char('/') + QString(200, QLatin1Char('d'));
+        }
         return folder + QLatin1Char('/') + QString(bytes - folder.size() - 1, QLatin1Char('d'));
     }
 #endif
 
-    SlotJob job() const
-    {
-        return {periodStartMs, 1, {725, 1550}, 3, capture->path()};
-    }
+    SlotJob job() const { return {periodStartMs, 1, {725, 1550}, 3, capture->path()}; }
 
     std::unique_ptr<QTemporaryDir> capture;
 };

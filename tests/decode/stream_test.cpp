@@ -1,11 +1,10 @@
 // Every sample on its way from the receiver to the decoder: the WAV files that the decoder is
 // given are the stream after the codec, period after period without a gap.
 
+#include "sim/simwav.h"
 #include "tests/fixture/aftermath.h"
 #include "tests/fixture/simulator.h"
 #include "tests/fixture/teststation.h"
-
-#include "sim/simwav.h"
 
 #include <QDir>
 #include <QtTest>

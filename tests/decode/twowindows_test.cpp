@@ -1,11 +1,10 @@
 // Two windows side by side, each with a profile, a receiver and a bridge port of its own, and both
 // with the program folder, the data and the decoder of the other.
 
+#include "base/datapaths.h"
 #include "tests/display/bridgeclient.h"
 #include "tests/fixture/aftermath.h"
 #include "tests/fixture/teststation.h"
-
-#include "base/datapaths.h"
 
 #include <QDir>
 #include <QFileInfo>

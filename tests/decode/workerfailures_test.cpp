@@ -89,11 +89,13 @@ private slots:
     void keepsTheWorkersApart()
     {
         WorkerFailures failures;
-        for (int worker = 0; worker < 4; ++worker)
+        for (int worker = 0; worker < 4; ++worker) {
             QVERIFY(!failures.report(period, worker, exitCode1).isEmpty());
+        }
         QVERIFY(!failures.report(later, 3, none).isEmpty());
-        for (int worker = 0; worker < 3; ++worker)
+        for (int worker = 0; worker < 3; ++worker) {
             QCOMPARE(failures.report(later, worker, exitCode1), QString());
+        }
     }
 };
 

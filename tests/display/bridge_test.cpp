@@ -1,11 +1,11 @@
 // What the bridge's clients receive.
 
-#include <QtNetwork>
-#include <QtTest>
-
 #include "bridgeclient.h"
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
+
+#include <QtNetwork>
+#include <QtTest>
 
 class BridgeTest : public QObject
 {
@@ -56,8 +56,9 @@ private:
         const QString last = QStringLiteral("LAST %1").arg(++count);
         deliver({jt9Line(last)});
         const QByteArray lastLine = decodeLine({"101530", "-12", "0.3", "1234", last.toLatin1()});
-        if (!QTest::qWaitFor([&] { return client->heard.endsWith(lastLine); }))
+        if (!QTest::qWaitFor([&] { return client->heard.endsWith(lastLine); })) {
             return "the last line did not arrive";
+        }
         const QByteArray heard = client->heard;
         return heard.mid(BridgeClient::readyLine().size(),
                          heard.size() - BridgeClient::readyLine().size() - lastLine.size());
@@ -293,8 +294,9 @@ void BridgeTest::whatReachedOneClientIsNotTriedAgain()
     QVERIFY(last.waitForGreeting());
     auto *server = (*station)->findChild<QTcpServer *>();
     for (QTcpSocket *atTheStation : server->findChildren<QTcpSocket *>()) {
-        if (atTheStation->peerPort() == last.socket.localPort())
+        if (atTheStation->peerPort() == last.socket.localPort()) {
             startClosing(atTheStation);
+        }
     }
     deliver({example});
     deliver({example});
@@ -325,17 +327,21 @@ void BridgeTest::everyClientHearsEveryDecode()
 void BridgeTest::manyClients()
 {
     std::vector<std::unique_ptr<BridgeClient>> clients;
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         clients.push_back(std::make_unique<BridgeClient>(station->bridgePort));
-    for (const auto &each : clients)
+    }
+    for (const auto &each : clients) {
         QVERIFY(each->waitForGreeting());
+    }
     deliver({example});
-    for (const auto &each : clients)
+    for (const auto &each : clients) {
         QTRY_COMPARE(each->heard, BridgeClient::readyLine() + exampleSent);
+    }
     clients.erase(clients.begin(), clients.begin() + 50);
     deliver({jt9Line(QStringLiteral("CQ W1AW FN31"))});
-    for (const auto &each : clients)
+    for (const auto &each : clients) {
         QTRY_COMPARE(each->heard.count('\n'), 3);
+    }
 }
 
 void BridgeTest::whatWasSentIsRememberedOverAStop()

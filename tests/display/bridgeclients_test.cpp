@@ -1,15 +1,15 @@
 // Clients that misbehave, and a station that runs out of descriptors.
 
-#include <QtNetwork>
-#include <QtTest>
-#include <QtWidgets>
-
 #include "bridgeclient.h"
 #include "display/acceptretry.h"
 #include "displaystation.h"
 #include "sim/tcpreset.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
+
+#include <QtNetwork>
+#include <QtTest>
+#include <QtWidgets>
 
 #ifndef Q_OS_WIN
 #include <poll.h>
@@ -41,19 +41,22 @@ public:
     {
         getrlimit(RLIMIT_NOFILE, &before);
         // The event loop cannot wait for more descriptors than the limit.
-        for (int i = 0; i < 300; ++i)
+        for (int i = 0; i < 300; ++i) {
             fillers.append(dup(STDERR_FILENO));
+        }
         rlimit low = before;
         low.rlim_cur = static_cast<rlim_t>(fillers.last()) + 1;
         setrlimit(RLIMIT_NOFILE, &low);
-        for (int next = dup(STDERR_FILENO); next >= 0; next = dup(STDERR_FILENO))
+        for (int next = dup(STDERR_FILENO); next >= 0; next = dup(STDERR_FILENO)) {
             fillers.append(next);
+        }
     }
     ~DescriptorShortage()
     {
         setrlimit(RLIMIT_NOFILE, &before);
-        for (const int filler : qAsConst(fillers))
+        for (const int filler : qAsConst(fillers)) {
             close(filler);
+        }
     }
     DescriptorShortage(const DescriptorShortage &) = delete;
     DescriptorShortage &operator=(const DescriptorShortage &) = delete;
@@ -116,8 +119,9 @@ private:
     void deliverMuch()
     {
         QStringList lines;
-        for (int i = 0; i < 20; ++i)
+        for (int i = 0; i < 20; ++i) {
             lines.append(jt9Line(QString(2200, QLatin1Char('A')), ++delivered));
+        }
         (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), lines);
     }
     QString shownLastOutput()
@@ -187,8 +191,9 @@ void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
     const QString remain = QStringLiteral("WSJT bridge client disconnected; 2 client(s) remain.");
     for (int i = 0; i < 400 && trace->count(remain) == 0; ++i) {
         deliverMuch();
-        for (const QTcpSocket *socket : atTheStation())
+        for (const QTcpSocket *socket : atTheStation()) {
             mostWaiting = qMax(mostWaiting, socket->bytesToWrite());
+        }
         QCoreApplication::processEvents();
     }
     QCOMPARE(trace->count(remain), 1);
@@ -249,8 +254,9 @@ void BridgeClientsTest::aClientThatReadsSlowlyIsKept()
     QVERIFY(slow.waitForGreeting());
     slow.socket.setReadBufferSize(1);
     slow.socket.blockSignals(true); // reads nothing for a while
-    for (int i = 0; i < 30; ++i)
+    for (int i = 0; i < 30; ++i) {
         deliverMuch(); // less than the bound
+    }
     QVERIFY(isHeard());
     slow.socket.blockSignals(false);
     slow.socket.setReadBufferSize(0);
@@ -320,8 +326,9 @@ void BridgeClientsTest::aClientThatResetsBeforeItIsAccepted()
     }
     QTRY_COMPARE(trace->count(oneRemains), 1);
     // It is logged with its address or not at all.
-    for (const QString &line : trace->lines().filter(QStringLiteral("client connected")))
+    for (const QString &line : trace->lines().filter(QStringLiteral("client connected"))) {
         QVERIFY2(line.contains(QStringLiteral(": 127.0.0.1:")), qPrintable(line));
+    }
     QTRY_COMPARE(atTheStation().size(), 1);
     QVERIFY(isHeard());
 }
@@ -383,9 +390,10 @@ void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
     {
         const DescriptorShortage shortage;
         QVERIFY(waiting.waitForConnected());
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             QCoreApplication::processEvents(); // the listener tries in vain
-        QVERIFY(isHeard());                    // the other client does not suffer
+        }
+        QVERIFY(isHeard()); // the other client does not suffer
         QVERIFY(somebodyWaits(listener));
         QCOMPARE(atTheStation().size(), 1);
     }

@@ -7,7 +7,6 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
-
 #include <sys/resource.h>
 
 class BridgeCrowdTest : public QObject

@@ -1,13 +1,14 @@
-#include <QtTest>
-
 #include "display/bridgeprotocol.h"
+
+#include <QtTest>
 
 // What a client program makes of one bridge line: the five fields.
 static QStringList clientFields(const QByteArray &line)
 {
     const QByteArray tag = "PELQOUTPOST2|";
-    if (!line.startsWith(tag) || !line.endsWith('\n'))
+    if (!line.startsWith(tag) || !line.endsWith('\n')) {
         return {};
+    }
     const QByteArray base64 = line.mid(tag.size(), line.size() - tag.size() - 1);
     return QString::fromUtf8(QByteArray::fromBase64(base64)).split(QLatin1Char('\t'));
 }
@@ -246,11 +247,13 @@ void BridgeProtocolTest::rememberingAgainRenewsTheTime()
 void BridgeProtocolTest::pruningKeepsTheYoungOnes()
 {
     RecentDecodeKeys recent;
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         recent.remember(QString::number(i), i);
+    }
     recent.prune(RecentDecodeKeys::keepMs + 50);
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         QCOMPARE(recent.contains(QString::number(i)), i >= 50);
+    }
 }
 
 QTEST_GUILESS_MAIN(BridgeProtocolTest)

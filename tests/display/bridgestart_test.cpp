@@ -1,13 +1,13 @@
 // Starting and stopping the bridge, and the port it takes.
 
-#include <QtNetwork>
-#include <QtTest>
-#include <QtWidgets>
-
 #include "bridgeclient.h"
 #include "displaystation.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
+
+#include <QtNetwork>
+#include <QtTest>
+#include <QtWidgets>
 
 static QString listeningOn(int port)
 {
@@ -109,8 +109,9 @@ void BridgeStartTest::aPortOutOfRangeBecomesTheDefault_data()
 {
     QTest::addColumn<int>("port");
 
-    for (const int port : {0, -1, 65536, 70000})
+    for (const int port : {0, -1, 65536, 70000}) {
         QTest::addRow("%d", port) << port;
+    }
 }
 
 // Somebody else may have the default port on this machine; then the trace tells it.

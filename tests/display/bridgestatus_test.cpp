@@ -1,11 +1,11 @@
-#include <QtNetwork>
-#include <QtTest>
-#include <QtWidgets>
-
 #include "bridgeclient.h"
 #include "displaystation.h"
 #include "tabstops.h"
 #include "tests/fixture/operator.h"
+
+#include <QtNetwork>
+#include <QtTest>
+#include <QtWidgets>
 
 static const QString title = QStringLiteral("PELQ Kiwi Outpost Bridge Status");
 
@@ -232,9 +232,10 @@ static AttachmentBox attachmentBox(const MainWindow &window)
 {
     AttachmentBox seen;
     whenDialogOpens([&seen](QWidget *dialog) {
-        if (auto *box = qobject_cast<QMessageBox *>(dialog))
+        if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
             seen = {box->windowTitle(),     box->text(),       box->icon(),
                     box->standardButtons(), box->textFormat(), box->parentWidget()};
+        }
         QTest::keyClick(dialog, Qt::Key_Escape);
     });
     choose(window, {QStringLiteral("Settings"), QStringLiteral("Bridge"),

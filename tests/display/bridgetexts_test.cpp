@@ -1,6 +1,6 @@
-#include <QtTest>
-
 #include "display/bridgetexts.h"
+
+#include <QtTest>
 
 static BridgeState listeningBridge()
 {

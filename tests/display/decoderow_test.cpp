@@ -1,6 +1,6 @@
-#include <QtTest>
-
 #include "display/decoderow.h"
+
+#include <QtTest>
 
 class DecodeRowTest : public QObject
 {

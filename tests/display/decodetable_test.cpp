@@ -1,8 +1,8 @@
-#include <QtTest>
-#include <QtWidgets>
-
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
+
+#include <QtTest>
+#include <QtWidgets>
 
 static QString messageHeaderOf(const QTableWidget &table)
 {
@@ -12,8 +12,9 @@ static QString messageHeaderOf(const QTableWidget &table)
 static QStringList labelsOf(const QTableWidget &table)
 {
     QStringList labels;
-    for (const QStringList &row : allRows(table))
+    for (const QStringList &row : allRows(table)) {
         labels.append(row.first());
+    }
     return labels;
 }
 
@@ -85,8 +86,9 @@ void DecodeTableTest::aNewTableHasFiveColumnsAndNoRows()
     QVERIFY(table);
     QCOMPARE(table->rowCount(), 0);
     QStringList headers;
-    for (int column = 0; column < table->columnCount(); ++column)
+    for (int column = 0; column < table->columnCount(); ++column) {
         headers.append(table->horizontalHeaderItem(column)->text());
+    }
     QCOMPARE(headers, words("Time,SNR,DT,DF,Message (0)"));
     QVERIFY(table->isVisible());
     QCOMPARE(table->window(), station->window.get());
@@ -105,9 +107,10 @@ void DecodeTableTest::itIsReadByWholeRows()
 void DecodeTableTest::itsSectionsFollowTheirContents()
 {
     for (int round = 0; round < 2; ++round) { // new, and after a batch
-        for (int column = 0; column < 5; ++column)
+        for (int column = 0; column < 5; ++column) {
             QCOMPARE(table->horizontalHeader()->sectionResizeMode(column),
                      QHeaderView::ResizeToContents);
+        }
         append(QStringLiteral("10:15:30"), jt9Lines(1));
         QCOMPARE(table->verticalHeader()->sectionResizeMode(0), QHeaderView::ResizeToContents);
     }
@@ -166,9 +169,10 @@ void DecodeTableTest::cellsAreOrdinaryItems()
     for (int column = 0; column < 5; ++column) {
         const QTableWidgetItem *item = table->item(0, column);
         QCOMPARE(item->flags(), QTableWidgetItem().flags());
-        for (int role = Qt::DecorationRole; role < Qt::UserRole + 10; ++role)
+        for (int role = Qt::DecorationRole; role < Qt::UserRole + 10; ++role) {
             QVERIFY2(role == Qt::EditRole || !item->data(role).isValid(),
                      QByteArray::number(role).constData());
+        }
     }
 }
 
@@ -195,8 +199,9 @@ void DecodeTableTest::onlyTheLastThreePeriodsStay()
 {
     QFETCH(QStringList, batches);
     QFETCH(QStringList, labelsLeft);
-    for (const QString &label : batches)
+    for (const QString &label : batches) {
         append(label, jt9Lines(1));
+    }
     QCOMPARE(labelsOf(*table), labelsLeft);
 }
 
@@ -216,8 +221,9 @@ void DecodeTableTest::theHeaderCountsTheNewestPeriod()
 {
     QFETCH(QStringList, batches);
     QFETCH(int, count);
-    for (const QString &label : batches)
+    for (const QString &label : batches) {
         append(label, jt9Lines(2));
+    }
     QCOMPARE(messageHeaderOf(*table), QStringLiteral("Message (%1)").arg(count));
 }
 

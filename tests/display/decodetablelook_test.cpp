@@ -1,14 +1,15 @@
-#include <QtTest>
-#include <QtWidgets>
-
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
+
+#include <QtTest>
+#include <QtWidgets>
 
 static int widthThatFits(const QTableWidget &table)
 {
     int width = 2 * table.frameWidth() + table.verticalScrollBar()->sizeHint().width() + 10;
-    for (int column = 0; column < 5; ++column)
+    for (int column = 0; column < 5; ++column) {
         width += table.columnWidth(column);
+    }
     return width;
 }
 
@@ -120,8 +121,9 @@ void DecodeTableLookTest::theWindowShrinksWithItsColumns()
 {
     append("10:15:00", {jt9Line(longMessage)});
     const int wide = (*station)->width();
-    for (const char *label : {"10:15:15", "10:15:30"})
+    for (const char *label : {"10:15:15", "10:15:30"}) {
         append(label, jt9Lines(1));
+    }
     QCOMPARE((*station)->width(), wide);
     append("10:15:45", jt9Lines(1));
     QVERIFY((*station)->width() < wide);
@@ -140,14 +142,17 @@ void DecodeTableLookTest::theHeightStaysAsItWas()
 void DecodeTableLookTest::rowsAreAsHighAsTheirText()
 {
     append("10:15:30", jt9Lines(30));
-    for (int row = 0; row < 30; ++row)
+    for (int row = 0; row < 30; ++row) {
         QVERIFY(table->rowHeight(row) >= table->fontMetrics().height());
+    }
     QList<int> heights;
-    for (int row = 0; row < 30; ++row)
+    for (int row = 0; row < 30; ++row) {
         heights.append(table->rowHeight(row));
+    }
     table->resizeRowsToContents();
-    for (int row = 0; row < 30; ++row)
+    for (int row = 0; row < 30; ++row) {
         QCOMPARE(heights.at(row), table->rowHeight(row));
+    }
 }
 
 void DecodeTableLookTest::theTallestCellSetsItsRowsHeight()
@@ -256,8 +261,9 @@ void DecodeTableLookTest::updatesAreSuspendedWhileRowsComeAndGo()
     };
     connect(table->model(), &QAbstractItemModel::rowsInserted, table, note);
     connect(table->model(), &QAbstractItemModel::rowsRemoved, table, note);
-    for (const char *label : {"10:15:00", "10:15:15", "10:15:30", "10:15:45"})
+    for (const char *label : {"10:15:00", "10:15:15", "10:15:30", "10:15:45"}) {
         append(label, jt9Lines(2));
+    }
     QVERIFY(changes >= 9); // eight new rows, and one removal for the oldest period
     QVERIFY(suspended);
     QVERIFY(table->updatesEnabled());
@@ -285,8 +291,9 @@ void DecodeTableLookTest::aBatchIsPaintedWhenItIsWhole()
 void DecodeTableLookTest::theReceiverIsRecordedWithTheRowsLeft()
 {
     setRemovedReceivers({QStringLiteral("receiver.test:8073")});
-    for (const char *label : {"10:15:00", "10:15:15", "10:15:30"})
+    for (const char *label : {"10:15:00", "10:15:15", "10:15:30"}) {
         append(label, jt9Lines(2));
+    }
     QVERIFY(goodReceivers().isEmpty());
     setRemovedReceivers({});
     append("10:15:45", jt9Lines(1));

@@ -66,7 +66,8 @@ inline QString jt9Line(const QString &message, int audioHz = 1234, const QString
 inline QStringList jt9Lines(int count)
 {
     QStringList lines;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         lines.append(jt9Line(QStringLiteral("CQ K%1ABC FN42").arg(i % 10), 300 + i));
+    }
     return lines;
 }

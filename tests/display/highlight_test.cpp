@@ -1,12 +1,11 @@
-#include <QtTest>
-#include <QtWidgets>
-
 #include "displaystation.h"
 #include "tabstops.h"
 #include "tests/fixture/operator.h"
 #include "tests/fixture/settingreader.h"
 #include "tests/fixture/windowshome.h"
 
+#include <QtTest>
+#include <QtWidgets>
 #include <cstdio>
 
 static const QStringList entry{QStringLiteral("Settings"), QStringLiteral("Highlight Calls...")};
@@ -21,10 +20,11 @@ using Seen = QStringList;
 static void type(QWidget *editor, const QString &text)
 {
     for (const QChar &character : text) {
-        if (character == QLatin1Char('\n'))
+        if (character == QLatin1Char('\n')) {
             QTest::keyClick(editor, Qt::Key_Return);
-        else
+        } else {
             QTest::sendKeyEvent(QTest::Click, editor, Qt::Key_unknown, character, Qt::NoModifier);
+        }
     }
 }
 
@@ -39,18 +39,22 @@ static Seen edit(const MainWindow &window, QStringList typedTexts)
         QWidget *shown = QApplication::activeModalWidget();
         if (const auto *box = qobject_cast<QMessageBox *>(shown)) {
             seen << box->windowTitle() + QStringLiteral(": ") + box->text();
-            if (box->icon() != QMessageBox::Warning || box->standardButtons() != QMessageBox::Ok)
+            if (box->icon() != QMessageBox::Warning || box->standardButtons() != QMessageBox::Ok) {
                 seen << QStringLiteral("not an ordinary warning");
-            if (box->parentWidget() != &window)
+            }
+            if (box->parentWidget() != &window) {
                 seen << QStringLiteral("not over the main window");
-            if (box->textFormat() != Qt::PlainText)
+            }
+            if (box->textFormat() != Qt::PlainText) {
                 seen << QStringLiteral("shown as markup");
+            }
             QTest::keyClick(shown, Qt::Key_Return);
         } else if (shown != nullptr && shown->focusWidget() != nullptr) {
             auto *editor = shown->findChild<QPlainTextEdit *>();
             seen << editor->toPlainText();
-            if (typedTexts.isEmpty())
+            if (typedTexts.isEmpty()) {
                 return QTest::keyClick(editor, Qt::Key_Escape);
+            }
             QTest::keySequence(editor, QKeySequence::SelectAll);
             QTest::keyClick(editor, Qt::Key_Delete);
             type(editor, typedTexts.takeFirst());
@@ -71,8 +75,9 @@ static QString lines(const QStringList &calls)
 static QStringList callsNumbered(int count)
 {
     QStringList calls;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         calls.append(QStringLiteral("K%1ABC").arg(i));
+    }
     return calls;
 }
 
@@ -82,8 +87,9 @@ static QString textAfterRestart()
     QProcess restarted;
     restarted.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--restarted")},
                     QIODevice::ReadOnly | QIODevice::Text);
-    if (!restarted.waitForFinished() || restarted.exitCode() != 0)
+    if (!restarted.waitForFinished() || restarted.exitCode() != 0) {
         return QStringLiteral("the restarted station failed");
+    }
     return QString::fromUtf8(restarted.readAllStandardOutput());
 }
 
@@ -139,8 +145,9 @@ private:
     void append(const QStringList &messages)
     {
         QStringList batch;
-        for (const QString &message : messages)
+        for (const QString &message : messages) {
             batch.append(jt9Line(message));
+        }
         (*station)->appendDecodes(QStringLiteral("10:15:30"), batch);
     }
     QList<int> yellowRows() const
@@ -148,8 +155,9 @@ private:
         QList<int> rows;
         const QTableWidget *table = decodeTableOf(**station);
         for (int row = 0; row < table->rowCount(); ++row) {
-            if (table->item(row, 0)->background() == QBrush(QColor(255, 255, 0)))
+            if (table->item(row, 0)->background() == QBrush(QColor(255, 255, 0))) {
                 rows.append(row);
+            }
         }
         return rows;
     }
@@ -194,8 +202,9 @@ void HighlightTest::tabReachesItsControls()
     QStringList stops;
     whenDialogOpens([&](QWidget *dialog) {
         hasFocus = QTest::qWaitFor([&] { return dialog->focusWidget() != nullptr; });
-        if (hasFocus)
+        if (hasFocus) {
             stops = tabStops(dialog);
+        }
         QTest::keyClick(dialog, Qt::Key_Escape);
     });
     choose(**station, entry);
@@ -466,10 +475,12 @@ void HighlightTest::nothingIsWrittenBackByReading()
 
 int main(int argc, char **argv)
 {
-    if (answersForSetting(argc, argv))
+    if (answersForSetting(argc, argv)) {
         return 0;
-    if (argc == 2 && qstrcmp(argv[1], "--restarted") == 0)
+    }
+    if (argc == 2 && qstrcmp(argv[1], "--restarted") == 0) {
         return showTextAfterRestart(argc, argv);
+    }
     testHome();
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);

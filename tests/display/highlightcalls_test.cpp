@@ -1,6 +1,6 @@
-#include <QtTest>
-
 #include "display/highlightcalls.h"
+
+#include <QtTest>
 
 class HighlightCallsTest : public QObject
 {
@@ -31,8 +31,9 @@ static QStringList words(const char *text)
 static QStringList distinctCalls(int count)
 {
     QStringList calls;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         calls.append(QStringLiteral("K%1ABC").arg(i));
+    }
     return calls;
 }
 

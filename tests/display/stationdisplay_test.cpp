@@ -1,10 +1,10 @@
-#include <QtTest>
-#include <QtWidgets>
-
 #include "bridgeclient.h"
 #include "displaystation.h"
 #include "tabstops.h"
 #include "tests/fixture/operator.h"
+
+#include <QtTest>
+#include <QtWidgets>
 
 using CloseAction = std::function<void(QDialog *)>;
 Q_DECLARE_METATYPE(CloseAction)
@@ -94,8 +94,9 @@ void StationDisplayTest::itIsASmallWindowOfTheStation()
 void StationDisplayTest::itsTableIsForReading()
 {
     QStringList headers;
-    for (int column = 0; column < table()->columnCount(); ++column)
+    for (int column = 0; column < table()->columnCount(); ++column) {
         headers.append(table()->horizontalHeaderItem(column)->text());
+    }
     QCOMPARE(headers.join(QLatin1Char(',')), QStringLiteral("Time,SNR,DT,DF,Message"));
     QVERIFY(table()->verticalHeader()->isHidden());
     QVERIFY(!table()->horizontalHeader()->stretchLastSection());
@@ -231,8 +232,9 @@ void StationDisplayTest::theSnrLineTakesWholeNumbersOnly()
     QFETCH(QStringList, snrs);
     QFETCH(QString, shown);
     QStringList batch;
-    for (const QString &snr : snrs)
+    for (const QString &snr : snrs) {
         batch.append(jt9Line(QStringLiteral("CQ"), 500 + batch.size(), snr));
+    }
     (*station)->appendDecodes(QStringLiteral("10:15:30"), batch);
     QCOMPARE(lines().at(5), QStringLiteral("Latest-period decodes: %1").arg(snrs.size()));
     QCOMPARE(lines().at(6), QStringLiteral("Strongest / weakest SNR: %1 dB").arg(shown));
@@ -287,10 +289,11 @@ void StationDisplayTest::itRefreshesEveryFiveSeconds()
 
 void StationDisplayTest::itCopiesAllRowsAsTextOnly()
 {
-    for (const char *label : {"10:15:15", "10:15:30", "10:15:45"})
+    for (const char *label : {"10:15:15", "10:15:30", "10:15:45"}) {
         (*station)->appendDecodes(
             QString::fromLatin1(label),
             {jt9Line(QStringLiteral("CQ W1AW")), jt9Line(QStringLiteral("CQ K1ABC"))});
+    }
     const QTableWidget *original = decodeTableOf(**station);
     QVERIFY(original->item(0, 0)->data(Qt::BackgroundRole).isValid());
     QCOMPARE(table()->rowCount(), 6);

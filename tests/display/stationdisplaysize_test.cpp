@@ -1,8 +1,8 @@
-#include <QtTest>
-#include <QtWidgets>
-
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
+
+#include <QtTest>
+#include <QtWidgets>
 
 // Gives the window another size as soon as it is made, before it is first filled.
 class EarlyHand : public QObject
@@ -14,8 +14,9 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         auto *dialog = qobject_cast<QDialog *>(watched);
-        if (event->type() == QEvent::WindowTitleChange && dialog)
+        if (event->type() == QEvent::WindowTitleChange && dialog) {
             dialog->resize(900, 900);
+        }
         return false;
     }
 };
@@ -63,15 +64,17 @@ private:
     int heightOfRows(int count) const
     {
         int height = 0;
-        for (int row = 0; row < count; ++row)
+        for (int row = 0; row < count; ++row) {
             height += table->rowHeight(row);
+        }
         return height;
     }
     int widthOfColumns() const
     {
         int width = 2 * table->frameWidth() + 2;
-        for (int column = 0; column < 5; ++column)
+        for (int column = 0; column < 5; ++column) {
             width += table->columnWidth(column);
+        }
         return width;
     }
     int widthOfScrollBar() const { return table->verticalScrollBar()->sizeHint().width(); }
@@ -110,8 +113,9 @@ void StationDisplaySizeTest::theMessageColumnStaysWithinItsBounds()
     QFETCH(int, least);
     QFETCH(int, most);
     QString message;
-    while (table->fontMetrics().horizontalAdvance(message) < textWidth)
+    while (table->fontMetrics().horizontalAdvance(message) < textWidth) {
         message.append(QLatin1Char('I'));
+    }
     append({jt9Line(message)});
     QVERIFY(table->columnWidth(4) >= least);
     QVERIFY(table->columnWidth(4) <= most);

@@ -1,6 +1,6 @@
-#include <QtTest>
-
 #include "display/stationtexts.h"
+
+#include <QtTest>
 
 static const qint64 startMs = 1700000000000;
 
@@ -148,8 +148,9 @@ void StationTextsTest::theLatestPeriodOfTheTable()
     QFETCH(QString, label);
     QFETCH(int, decodes);
     QStringList snrs;
-    for (int row = 0; row < rowLabels.size(); ++row)
+    for (int row = 0; row < rowLabels.size(); ++row) {
         snrs.append(QStringLiteral("-10"));
+    }
     const LatestPeriod latest = latestPeriod(rowLabels, snrs);
     QCOMPARE(latest.label, label);
     QCOMPARE(latest.decodes, decodes);

@@ -1,10 +1,10 @@
-#include <QtTest>
-#include <QtWidgets>
-
 #include "bridgeclient.h"
 #include "displaystation.h"
 #include "sim/kiwisim.h"
 #include "tests/fixture/operator.h"
+
+#include <QtTest>
+#include <QtWidgets>
 
 class StatusBarTest : public QObject
 {

@@ -4,7 +4,6 @@
 
 #include <QTemporaryDir>
 #include <QTest>
-
 #include <atomic>
 
 // Every way to allocate in this process ends in these.

@@ -1,9 +1,8 @@
 // The computer's clock is set forward and back while a receiver is heard.
 
+#include "base/datafile.h"
 #include "tests/fixture/aftermath.h"
 #include "tests/fixture/teststation.h"
-
-#include "base/datafile.h"
 
 #include <QJsonArray>
 #include <QtTest>

@@ -4,7 +4,6 @@
 #include "tests/store/privatemounts.h"
 
 #include <QtTest>
-
 #include <sys/fsuid.h>
 
 namespace

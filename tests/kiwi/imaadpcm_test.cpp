@@ -4,7 +4,6 @@
 #include <QTest>
 #include <QVector>
 #include <QtEndian>
-
 #include <cmath>
 
 namespace

@@ -1,17 +1,15 @@
 // The link as the operator and the receiver see it, from Apply to the end.
 
+#include "kiwi/kiwicommands.h"
 #include "tests/fixture/peerthread.h"
 #include "tests/fixture/simulator.h"
 #include "tests/fixture/teststation.h"
-
-#include "kiwi/kiwicommands.h"
 
 #include <QAbstractEventDispatcher>
 #include <QTableWidget>
 #include <QTcpSocket>
 #include <QWebSocket>
 #include <QtTest>
-
 #include <algorithm>
 
 namespace

@@ -1,9 +1,8 @@
 // Links that bring no verified sound, in the watchdog's real time.
 
+#include "kiwi/kiwicommands.h"
 #include "tests/fixture/simulator.h"
 #include "tests/fixture/teststation.h"
-
-#include "kiwi/kiwicommands.h"
 
 #include <QtTest>
 

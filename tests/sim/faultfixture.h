@@ -14,8 +14,9 @@ inline QString text(const char *latin1)
 inline sim::Samples ramp(int)
 {
     sim::Samples samples(sim::kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i)
+    for (int i = 0; i < samples.size(); ++i) {
         samples[i] = qint16(5000 + i % 997);
+    }
     return samples;
 }
 

@@ -29,17 +29,19 @@ struct NativeEnd {
 NativeEnd nativeListener(quint16 port)
 {
     QByteArray bytes("GET /kiwi/0/SND HTTP/1.1\r\nSec-WebSocket-Key: key\r\n\r\n");
-    for (const QString &command : SimClient::sevenCommands())
+    for (const QString &command : SimClient::sevenCommands()) {
         bytes += QByteArray("\x81").append(char(0x80 | command.size())) + QByteArray(4, '\0') +
                  command.toLatin1();
+    }
     const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     if (::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
-        ::send(socket, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL) != bytes.size())
+        ::send(socket, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL) != bytes.size()) {
         qFatal("cannot speak to the simulator");
+    }
     NativeEnd end;
     QByteArray buffer(65536, Qt::Uninitialized);
     QElapsedTimer timer;
@@ -47,10 +49,11 @@ NativeEnd nativeListener(quint16 port)
     while (timer.elapsed() < 5000) {
         const auto count = ::recv(socket, buffer.data(), size_t(buffer.size()), MSG_DONTWAIT);
         end.error = count < 0 ? errno : 0;
-        if (count > 0)
+        if (count > 0) {
             end.received += buffer.left(int(count));
-        else if (count == 0 || errno != EAGAIN)
+        } else if (count == 0 || errno != EAGAIN) {
             break;
+        }
         QTest::qWait(5);
     }
     ::close(socket);
@@ -172,8 +175,9 @@ private slots:
     {
         startSounding("big-msg:200");
         int big = 0;
-        for (const QByteArray &message : qAsConst(m_client->messages))
+        for (const QByteArray &message : qAsConst(m_client->messages)) {
             big += message.size() > 200000 ? 1 : 0;
+        }
         QCOMPARE(big, 3);
     }
 
@@ -200,11 +204,12 @@ private slots:
         QFETCH(QList<QByteArray>, others);
         startSounding(behaviour.constData());
         m_clock.jumpTo(m_clock.nowMs() + 2000);
-        for (const QByteArray &other : qAsConst(others))
+        for (const QByteArray &other : qAsConst(others)) {
             QTRY_VERIFY(m_client->messages.count(other) + m_client->others.count(other) +
                             m_client->sounds.count(other) +
                             m_client->texts.count(QString::fromLatin1(other)) >
                         (other == "MSG max_camp=4" ? 1 : 0)); // once in the greeting
+        }
         jumpToBoundary();
         m_client->takeEverything();
         m_clock.jumpTo(m_client->boundaryMs + 16000);
@@ -268,8 +273,9 @@ private slots:
         QTRY_VERIFY(!m_client->heard.isEmpty());
         QVERIFY(m_client->heard.first() != ramp(0));
         QVERIFY(m_client->heard.first() == m_receiver->periods().first().samples);
-        for (int i = 1; i < m_client->sounds.size(); ++i)
+        for (int i = 1; i < m_client->sounds.size(); ++i) {
             QCOMPARE(sequence(m_client->sounds.at(i)), sequence(m_client->sounds.at(i - 1)) + 1);
+        }
     }
 
     void sequenceHasGaps()
@@ -280,8 +286,9 @@ private slots:
         m_clock.jumpTo(m_client->boundaryMs + 17000);
         QTRY_VERIFY(!m_client->heard.isEmpty());
         int gaps = 0;
-        for (int i = 1; i < m_client->sounds.size(); ++i)
+        for (int i = 1; i < m_client->sounds.size(); ++i) {
             gaps += sequence(m_client->sounds.at(i)) == sequence(m_client->sounds.at(i - 1)) + 2;
+        }
         QVERIFY(gaps >= 3 && gaps <= 5);
         QVERIFY(m_client->heard.first() == m_receiver->periods().first().samples);
     }
@@ -291,8 +298,9 @@ private slots:
         startSounding("overload");
         m_clock.jumpTo(m_clock.nowMs() + 1000);
         QTRY_VERIFY(m_client->sounds.size() >= 5);
-        for (int i = 1; i < 5; ++i)
+        for (int i = 1; i < 5; ++i) {
             QVERIFY((m_client->sounds.at(i).at(3) & 2) != (m_client->sounds.at(i - 1).at(3) & 2));
+        }
     }
 
     void samplesAreBigEndian()
@@ -316,8 +324,9 @@ private slots:
         m_clock.jumpTo(m_clock.nowMs() + 2000);
         QTRY_VERIFY(m_client->sounds.size() > 8);
         QSet<int> sizes;
-        for (const QByteArray &frame : qAsConst(m_client->sounds))
+        for (const QByteArray &frame : qAsConst(m_client->sounds)) {
             sizes.insert(frame.size());
+        }
         QVERIFY(sizes.size() > 3);
     }
 

@@ -13,8 +13,9 @@ private:
     static Samples sine(int count)
     {
         Samples samples;
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < count; ++i) {
             samples.append(qint16(8000 * std::sin(2 * kPi * 500 * i / kSampleRateHz)));
+        }
         return samples;
     }
 

@@ -41,8 +41,9 @@ private slots:
         const QString help = QString::fromLocal8Bit(program.readAllStandardOutput());
         QVERIFY(help.contains(sim::behaviourHelp()));
         for (const char *option : {"--host", "--port", "--speed", "--rate", "--raw", "--endpoint",
-                                   "--log", "--lead", "--cache"})
+                                   "--log", "--lead", "--cache"}) {
             QVERIFY2(help.contains(text(option)), option);
+        }
     }
 
     void wrongUse_data()
@@ -89,8 +90,9 @@ private slots:
     void aTakenPortIsToldBeforeTheBandIsMade_data()
     {
         QTest::addColumn<QString>("behaviour");
-        for (const char *behaviour : {"stream", "refuse"})
+        for (const char *behaviour : {"stream", "refuse"}) {
             QTest::newRow(behaviour) << text(behaviour);
+        }
     }
 
     // Without the generator, the band would be what fails.

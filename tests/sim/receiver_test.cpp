@@ -20,8 +20,9 @@ QString text(const char *latin1)
 Samples ramp(int period)
 {
     Samples samples(kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i)
+    for (int i = 0; i < samples.size(); ++i) {
         samples[i] = qint16(5000 + 1000 * period + i % 997);
+    }
     return samples;
 }
 
@@ -95,8 +96,9 @@ private slots:
             "MSG center_freq=15000000 bandwidth=30000000 adc_clk_nom=66666600",
             "MSG audio_init=0 audio_rate=12000"};
         QCOMPARE(client.messages.size(), expected.size());
-        for (int i = 0; i < expected.size(); ++i)
+        for (int i = 0; i < expected.size(); ++i) {
             QVERIFY2(client.messages.at(i).startsWith(expected.at(i)), expected.at(i).constData());
+        }
         QVERIFY(client.messages.at(8).endsWith(" freq_offset=0.000"));
         QVERIFY(client.messages.at(9).size() >= 2000);
         QVERIFY(client.texts.isEmpty());
@@ -189,8 +191,9 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(client.heard.size() >= 3, 10000);
         QVERIFY(client.heard.at(0) == ramp(0));
         QVERIFY(client.heard.at(1) == ramp(1));
-        for (int i = 0; i < kPeriodSamples; ++i)
+        for (int i = 0; i < kPeriodSamples; ++i) {
             QVERIFY(qAbs(client.heard.at(2).at(i)) < 3000); // noise goes on
+        }
         QCOMPARE(client.sounds.first().size(), 1034);
         QVERIFY(quint8(client.sounds.last().at(3)) & 0x80);
     }
@@ -215,8 +218,9 @@ private slots:
             QCOMPARE(sent.at(i).startMs, client.boundaryMs + i * 15000);
             QVERIFY(sent.at(i).samples == client.heard.at(i));
             const Samples played = ramp(i);
-            for (int j = 2000; j < kPeriodSamples; ++j)
+            for (int j = 2000; j < kPeriodSamples; ++j) {
                 QVERIFY(qAbs(client.heard.at(i).at(j) - played.at(j)) < 2000);
+            }
         }
         QVERIFY(!receiver.periods().isEmpty());
         const QByteArray hash = QCryptographicHash::hash(toLittleEndian(client.heard.at(1)),
@@ -233,8 +237,9 @@ private slots:
     void boundaryIsMetAtEveryTimeOfArrival_data()
     {
         QTest::addColumn<int>("arrivalMs");
-        for (const int ms : {0, 5000, 11600, 12000, 12100, 12300, 12700, 13500, 14600, 14990})
+        for (const int ms : {0, 5000, 11600, 12000, 12100, 12300, 12700, 13500, 14600, 14990}) {
             QTest::addRow("%d ms into a period", ms) << ms;
+        }
     }
 
     void boundaryIsMetAtEveryTimeOfArrival()
@@ -373,8 +378,9 @@ private slots:
         listen(&receiver, config());
         SimClient client(&m_clock);
         client.commands = QStringList{text("SET auth t=kiwi p=")};
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             client.commands.append(text("SET keepalive"));
+        }
         client.open(receiver.port());
         QTRY_COMPARE(receiver.commands().size(), 5);
         QTest::qWait(50);
@@ -433,8 +439,9 @@ private slots:
         client.setReadBufferSize(1);
         client.connectToHost(text("127.0.0.1"), receiver.port());
         client.write("GET /0/SND HTTP/1.1\r\nSec-WebSocket-Key: key\r\n\r\n");
-        for (const QString &command : SimClient::sevenCommands())
+        for (const QString &command : SimClient::sevenCommands()) {
             client.write(maskedText(command));
+        }
         QTRY_VERIFY(wasSent(receiver, "first sound frame"));
         m_clock.jumpTo(m_clock.nowMs() + 18000);
         int periods = -1; // sent so far; stands still once the queue is full
@@ -459,8 +466,9 @@ private slots:
         ping[0] = char(0x89);
         QTRY_COMPARE(receiver.liveClients(), 1);
         const auto dropped = [&] {
-            if (client.bytesToWrite() < (1 << 20))
+            if (client.bytesToWrite() < (1 << 20)) {
                 client.write(ping.repeated(4000));
+            }
             return receiver.liveClients() == 0;
         };
         QTRY_VERIFY_WITH_TIMEOUT(dropped(), 30000);
@@ -491,8 +499,9 @@ private slots:
         QFETCH(double, speed);
         QFETCH(QString, sentence);
         SimConfig settings = config();
-        if (!wav.isEmpty())
+        if (!wav.isEmpty()) {
             settings.wavFiles.append(wav);
+        }
         settings.host = host;
         settings.logFile = log;
         settings.speed = speed;

@@ -20,8 +20,9 @@ private:
     static bool completeAfter(const QStringList &texts)
     {
         ReceiverCommands commands;
-        for (const QString &text : texts)
+        for (const QString &text : texts) {
             commands.take(text);
+        }
         return commands.complete();
     }
 
@@ -39,8 +40,9 @@ private slots:
         QTest::addColumn<QString>("part");
         for (const char *part : {"SET auth ", "SET AR OK in=", "mod=usb", "low_cut=300",
                                  "high_cut=3000", "freq=14074.000", "agc=1", "hang=0",
-                                 "thresh=-100", "slope=6", "decay=1000", "manGain=50"})
+                                 "thresh=-100", "slope=6", "decay=1000", "manGain=50"}) {
             QTest::newRow(part) << QString::fromLatin1(part);
+        }
     }
 
     void eachPartIsNeeded()
@@ -82,8 +84,9 @@ private slots:
     void moreThanFourEarlyKeepalivesAreTooMany()
     {
         ReceiverCommands commands;
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             commands.take(QStringLiteral("SET keepalive"));
+        }
         QVERIFY(!commands.tooManyEarlyKeepalives());
         commands.take(QStringLiteral("SET keepalive"));
         QVERIFY(commands.tooManyEarlyKeepalives());
@@ -92,10 +95,12 @@ private slots:
     void keepalivesAfterTheCommandsAreNeverTooMany()
     {
         ReceiverCommands commands;
-        for (const QString &text : enough())
+        for (const QString &text : enough()) {
             commands.take(text);
-        for (int i = 0; i < 100; ++i)
+        }
+        for (int i = 0; i < 100; ++i) {
             commands.take(QStringLiteral("SET keepalive"));
+        }
         QVERIFY(!commands.tooManyEarlyKeepalives());
     }
 

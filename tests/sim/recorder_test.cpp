@@ -21,8 +21,9 @@ QString text(const char *latin1)
 Samples ramp(int period)
 {
     Samples samples(kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i)
+    for (int i = 0; i < samples.size(); ++i) {
         samples[i] = qint16(5000 + 1000 * period + i % 997);
+    }
     return samples;
 }
 
@@ -46,8 +47,9 @@ public:
             m_keepalive.start(30);
         });
         connect(&m_keepalive, &QTimer::timeout, this, [this] {
-            if (!sequences.isEmpty())
+            if (!sequences.isEmpty()) {
                 say({text("SET keepalive"), text("SET GET_USERS"), text("SET STATS_UPD ch=0")});
+            }
         });
         connect(&m_socket, &QWebSocket::textMessageReceived, this,
                 [this](const QString &message) { complaints.append(message); });
@@ -72,32 +74,37 @@ public:
 private:
     void say(const QStringList &commands)
     {
-        for (const QString &command : commands)
+        for (const QString &command : commands) {
             m_socket.sendTextMessage(command);
+        }
     }
 
     void take(const QByteArray &message)
     {
-        if (message.startsWith("SND"))
+        if (message.startsWith("SND")) {
             return takeSound(message);
-        if (!message.startsWith("MSG "))
+        }
+        if (!message.startsWith("MSG ")) {
             return complaints.append(QString::fromLatin1(message.left(80)));
-        for (const QByteArray &pair : message.mid(4).split(' '))
+        }
+        for (const QByteArray &pair : message.mid(4).split(' ')) {
             takePair(pair.left(pair.indexOf('=')), pair.mid(pair.indexOf('=') + 1));
+        }
     }
 
     void takePair(const QByteArray &name, const QByteArray &value)
     {
-        if (name == "load_cfg")
+        if (name == "load_cfg") {
             takeConfiguration(percentDecodedJson(value));
-        else if (name == "load_dxcfg" || name == "load_dxcomm_cfg")
+        } else if (name == "load_dxcfg" || name == "load_dxcomm_cfg") {
             complainUnless(!percentDecodedJson(value).isEmpty(), name);
-        else if (name == "badp")
+        } else if (name == "badp") {
             complainUnless(value == "0", name);
-        else if (name == "sample_rate")
+        } else if (name == "sample_rate") {
             say(m_tuning);
-        else if (name == "audio_rate")
+        } else if (name == "audio_rate") {
             say(m_start);
+        }
     }
 
     void takeConfiguration(const QJsonObject &received)
@@ -116,18 +123,20 @@ private:
         sequences.append(qFromLittleEndian<quint32>(frame.data() + 4));
         const auto flags = quint8(frame.at(3));
         const QByteArray payload = frame.mid(10);
-        if (flags & 0x10)
+        if (flags & 0x10) {
             heard += decodeAdpcm(&m_adpcm, payload);
-        else if (flags & 0x80)
+        } else if (flags & 0x80) {
             heard += fromLittleEndian(payload);
-        else
+        } else {
             complainUnless(false, "byte order");
+        }
     }
 
     void complainUnless(bool good, const QByteArray &about)
     {
-        if (!good)
+        if (!good) {
             complaints.append(QString::fromLatin1(about));
+        }
     }
 
     const QStringList m_tuning; // said when told the sample rate
@@ -217,8 +226,9 @@ private slots:
         QTRY_VERIFY(recorder.sequences.size() >= leastFrames);
         QCOMPARE(recorder.complaints, QStringList());
         QCOMPARE(recorder.heard.size(), recorder.sequences.size() * frameSamples);
-        for (int i = 0; i < recorder.sequences.size(); ++i)
+        for (int i = 0; i < recorder.sequences.size(); ++i) {
             QCOMPARE(recorder.sequences.at(i), quint32(i + 1));
+        }
         QCOMPARE(receiver.liveClients(), 1);
     }
 
@@ -233,8 +243,9 @@ private slots:
         QCOMPARE(told.value(text("rx_gps")).toString(), text("(47.100000, 8.500000)"));
         QCOMPARE(recorder.position, (QVector<double>{47.1, 8.5}));
         QCOMPARE(told.value(text("rx_grid")).toString(), text("JN47gc"));
-        for (const char *key : {"rx_name", "rx_location", "rx_antenna", "owner_info"})
+        for (const char *key : {"rx_name", "rx_location", "rx_antenna", "owner_info"}) {
             QVERIFY2(!told.value(text(key)).toString().isEmpty(), key);
+        }
         const QJsonObject page = told.value(text("index_html_params")).toObject();
         QCOMPARE(page.value(text("RX_QRA")), told.value(text("rx_grid")));
         QCOMPARE(page.value(text("RX_LOC")), told.value(text("rx_location")));
@@ -246,8 +257,9 @@ private slots:
     void configurationsAreAsLargeAsAsked_data()
     {
         QTest::addColumn<int>("kilobytes");
-        for (const int kilobytes : {3, 24, 200, 2000})
+        for (const int kilobytes : {3, 24, 200, 2000}) {
             QTest::addRow("%d kB", kilobytes) << kilobytes;
+        }
     }
 
     void configurationsAreAsLargeAsAsked()
@@ -255,8 +267,9 @@ private slots:
         QFETCH(int, kilobytes);
         int configurations = 0;
         for (const QByteArray &message : greeting("127.0.0.1", kSampleRateHz, kilobytes)) {
-            if (!message.startsWith("MSG load_"))
+            if (!message.startsWith("MSG load_")) {
                 continue;
+            }
             const QByteArray value = message.mid(message.indexOf('=') + 1);
             QVERIFY2(qAbs(value.size() - kilobytes * 1000 - 100) <= 100,
                      qPrintable(QString::number(value.size())));

@@ -28,11 +28,13 @@ private slots:
         QVERIFY(m_config.endpoints.apply(text("all=no-connect"), &error));
         QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
         std::array<QTcpSocket, 5> sockets;
-        for (QTcpSocket &socket : sockets)
+        for (QTcpSocket &socket : sockets) {
             socket.connectToHost(text("127.0.0.1"), m_receiver->port());
+        }
         QTest::qWait(1500); // longer than until the first SYN is repeated
-        for (const QTcpSocket &socket : sockets)
+        for (const QTcpSocket &socket : sockets) {
             QCOMPARE(socket.state(), QAbstractSocket::ConnectingState);
+        }
         const quint16 port = m_receiver->port();
         m_receiver->close();
         QTcpSocket late;
@@ -59,8 +61,9 @@ private slots:
     void neverAnswers_data()
     {
         QTest::addColumn<QByteArray>("behaviour");
-        for (const char *behaviour : {"no-answer", "no-connect"})
+        for (const char *behaviour : {"no-answer", "no-connect"}) {
             QTest::newRow(behaviour) << QByteArray(behaviour);
+        }
     }
 
     void neverAnswers()

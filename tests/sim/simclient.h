@@ -50,8 +50,9 @@ public:
     explicit SimClient(TestClock *clock) : m_clock(clock)
     {
         connect(&socket, &QWebSocket::connected, this, [this] {
-            for (const QString &command : qAsConst(commands))
+            for (const QString &command : qAsConst(commands)) {
                 socket.sendTextMessage(command);
+            }
         });
         connect(&socket, &QWebSocket::textMessageReceived, this,
                 [this](const QString &text) { texts.append(text); });
@@ -110,10 +111,11 @@ public:
 private:
     void take(const QByteArray &message)
     {
-        if (message.startsWith("SND"))
+        if (message.startsWith("SND")) {
             takeSound(message);
-        else
+        } else {
             (message.startsWith("MSG ") ? messages : others).append(message);
+        }
     }
 
     void takeSound(const QByteArray &frame)
@@ -123,16 +125,19 @@ private:
             boundaryMs = sim::firstBoundaryMs(firstSoundMs);
         }
         sounds.append(frame);
-        if (sounds.size() > 2000)
+        if (sounds.size() > 2000) {
             sounds.removeFirst();
+        }
         m_armed = m_armed || (frame.size() > 9 && m_clock->nowMs() >= boundaryMs);
-        if (frame.size() < 11)
+        if (frame.size() < 11) {
             return;
+        }
         const sim::Samples samples = (quint8(frame.at(3)) & 0x10)
                                          ? sim::decodeAdpcm(&m_adpcm, frame.mid(10))
                                          : sim::fromLittleEndian(frame.mid(10));
-        if (m_armed)
+        if (m_armed) {
             m_period += samples;
+        }
         while (m_period.size() >= sim::kPeriodSamples) {
             heard.append(m_period.mid(0, sim::kPeriodSamples));
             m_period = m_period.mid(sim::kPeriodSamples);

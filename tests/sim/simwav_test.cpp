@@ -41,8 +41,9 @@ private slots:
     void readsWhatItWrites()
     {
         Samples written(kPeriodSamples);
-        for (int i = 0; i < written.size(); ++i)
+        for (int i = 0; i < written.size(); ++i) {
             written[i] = qint16(i * 7);
+        }
         QString error;
         QVERIFY2(writePeriodWav(path(), written, &error), qPrintable(error));
         QCOMPARE(QFile(path()).size(), qint64(360044));

@@ -15,8 +15,9 @@ constexpr qint64 kBoundaryMs = 1700006400000; // a multiple of 15000
 Samples ramp(int period)
 {
     Samples samples(kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i)
+    for (int i = 0; i < samples.size(); ++i) {
         samples[i] = qint16(10000 + 1000 * period + i % 997);
+    }
     return samples;
 }
 
@@ -38,8 +39,9 @@ SoundStream streamAt(const StreamFormat &format, const PeriodAudio &audio = ramp
 Samples rawSamples(SoundStream *stream, int count)
 {
     Samples samples;
-    while (samples.size() < count)
+    while (samples.size() < count) {
         samples += fromLittleEndian(stream->nextFrame().mid(10));
+    }
     samples.resize(count);
     return samples;
 }
@@ -118,8 +120,9 @@ private slots:
         SoundStream stream = streamAt(rawFormat());
         QCOMPARE(stream.position(), qint64(-3 * 512));
         const Samples filler = rawSamples(&stream, 3 * 512);
-        for (const qint16 sample : filler)
+        for (const qint16 sample : filler) {
             QVERIFY(qAbs(sample) < 3000); // noise, not signal
+        }
         QCOMPARE(stream.position(), qint64(0));
         QCOMPARE(rawSamples(&stream, kPeriodSamples), ramp(0));
     }
@@ -169,8 +172,9 @@ private slots:
         SoundStream stream = streamAt(
             rawFormat(), [](int) { return Samples(); }, 0);
         double power = 0;
-        for (const qint16 sample : rawSamples(&stream, 100000))
+        for (const qint16 sample : rawSamples(&stream, 100000)) {
             power += double(sample) * sample;
+        }
         QVERIFY(qAbs(std::sqrt(power / 100000) - kNoiseRms) < 5);
     }
 
@@ -203,14 +207,16 @@ private slots:
         format.resample = true;
         const auto line = [](int) {
             Samples samples(kPeriodSamples);
-            for (int i = 0; i < samples.size(); ++i)
+            for (int i = 0; i < samples.size(); ++i) {
                 samples[i] = qint16(i % 10000 * 2);
+            }
             return samples;
         };
         SoundStream stream = streamAt(format, line, 0);
         const Samples all = rawSamples(&stream, 1000);
-        for (int i = 0; i < all.size(); ++i)
+        for (int i = 0; i < all.size(); ++i) {
             QCOMPARE(all.at(i), qint16(i));
+        }
     }
 
     void framesAreDueAtTheirRate()
@@ -232,12 +238,14 @@ private slots:
         format.speed = 10;
         SoundStream stream = streamAt(
             format, [](int) { return Samples(); }, 0);
-        while (stream.position() < kPeriodSamples)
+        while (stream.position() < kPeriodSamples) {
             stream.nextFrame();
+        }
         const qint64 over = stream.position() - kPeriodSamples;
         QCOMPARE(stream.dueMs(), kBoundaryMs + 15000 + qint64(std::ceil(double(over) / 120)));
-        while (stream.position() < 2 * kPeriodSamples)
+        while (stream.position() < 2 * kPeriodSamples) {
             stream.nextFrame();
+        }
         QVERIFY(stream.dueMs() < kBoundaryMs + 15000 + 1520);
     }
 
@@ -247,8 +255,9 @@ private slots:
         format.rateHz = 12001.06;
         SoundStream stream = streamAt(
             format, [](int) { return Samples(); }, 0);
-        for (int i = 0; i < 2000; ++i)
+        for (int i = 0; i < 2000; ++i) {
             stream.nextFrame();
+        }
         QCOMPARE(stream.dueMs(), kBoundaryMs + qint64(std::ceil(2000 * 2048 / 12.00106)));
     }
 
@@ -315,8 +324,9 @@ private slots:
             const bool kept = stream.position() >= 0;
             const QByteArray frame = stream.nextFrame();
             const Samples samples = decodeAdpcm(&listener, frame.mid(10));
-            if (kept)
+            if (kept) {
                 heard += samples;
+            }
             recorded += recorder.take(frame, kept);
         }
         QVERIFY(recorded.at(0) == heard.mid(0, kPeriodSamples));

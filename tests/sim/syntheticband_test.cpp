@@ -34,13 +34,16 @@ QSet<QString> decode(const QString &folder, const QString &wav, const char *low,
     jt9.setWorkingDirectory(folder);
     jt9.start(text("jt9"), {text("--ft8"), text("-d"), text("2"), text("-L"), text(low), text("-H"),
                             text(high), wav});
-    if (!jt9.waitForFinished(60000))
+    if (!jt9.waitForFinished(60000)) {
         return {};
+    }
     QSet<QString> messages;
     const QStringList lines = QString::fromLatin1(jt9.readAllStandardOutput()).split(QChar(u'\n'));
-    for (const QString &line : lines)
-        if (line.contains(QChar(u'~')))
+    for (const QString &line : lines) {
+        if (line.contains(QChar(u'~'))) {
             messages.insert(line.section(QChar(u'~'), 1).left(24).simplified());
+        }
+    }
     return messages;
 }
 
@@ -57,8 +60,9 @@ private slots:
     void planCoversTheBand_data()
     {
         QTest::addColumn<int>("period");
-        for (int period = 0; period < kBandPeriods; ++period)
+        for (int period = 0; period < kBandPeriods; ++period) {
             QTest::addRow("period %d", period) << period;
+        }
     }
 
     void planCoversTheBand()
@@ -79,18 +83,21 @@ private slots:
         QCOMPARE(messages.size(), stations.size());
         QVERIFY(weakest >= -18 && weakest <= -16);
         QVERIFY(strongest <= 10 && strongest >= 8);
-        for (const int low : {725, 1450, 2175})
+        for (const int low : {725, 1450, 2175}) {
             QVERIFY(std::any_of(stations.begin(), stations.end(), [low](const PlannedStation &one) {
                 return one.audioHz >= low && one.audioHz <= low + 100;
             }));
+        }
     }
 
     void messagesChangeFromPeriodToPeriod()
     {
-        for (int period = 1; period < kBandPeriods; ++period)
-            for (int i = 0; i < plannedStations(0).size(); ++i)
+        for (int period = 1; period < kBandPeriods; ++period) {
+            for (int i = 0; i < plannedStations(0).size(); ++i) {
                 QVERIFY(plannedStations(period).at(i).message !=
                         plannedStations(period - 1).at(i).message);
+            }
+        }
     }
 
     void planIsTheSameEveryTime()
@@ -156,8 +163,9 @@ private slots:
     void realDecoderHearsTheStations_data()
     {
         QTest::addColumn<int>("period");
-        for (const int period : {0, 1, 6})
+        for (const int period : {0, 1, 6}) {
             QTest::addRow("period %d", period) << period;
+        }
     }
 
     void realDecoderHearsTheStations()
@@ -177,8 +185,9 @@ private slots:
         int expected = 0;
         int found = 0;
         for (const PlannedStation &station : plannedStations(period)) {
-            if (station.snrDb < -12)
+            if (station.snrDb < -12) {
                 continue;
+            }
             ++expected;
             found += heard.contains(station.message) ? 1 : 0;
         }

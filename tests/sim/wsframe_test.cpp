@@ -26,8 +26,9 @@ private:
             frame.append(char(payload.size() >> 8)).append(char(payload.size() & 0xFF));
         }
         frame += mask;
-        for (int i = 0; i < payload.size(); ++i)
+        for (int i = 0; i < payload.size(); ++i) {
             frame.append(char(payload.at(i) ^ mask.at(i % 4)));
+        }
         return frame;
     }
 
@@ -61,8 +62,9 @@ private slots:
 
     void waitsForTheWholeRequest()
     {
-        for (int length = 0; length < upgradeRequest().size(); ++length)
+        for (int length = 0; length < upgradeRequest().size(); ++length) {
             QCOMPARE(parseRequest(upgradeRequest().left(length)).status, Parse::NeedMore);
+        }
     }
 
     void badRequests_data()
@@ -85,8 +87,9 @@ private slots:
     void readsAClientFrame_data()
     {
         QTest::addColumn<int>("size");
-        for (const int size : {0, 1, 5, 125, 126, 127, 4000, 65535})
+        for (const int size : {0, 1, 5, 125, 126, 127, 4000, 65535}) {
             QTest::addRow("%d bytes", size) << size;
+        }
     }
 
     void readsAClientFrame()
@@ -100,8 +103,9 @@ private slots:
         QCOMPARE(frame.opcode, quint8(Text));
         QCOMPARE(frame.payload, payload);
         QCOMPARE(frame.consumed, bytes.size());
-        for (int length = 0; length < qMin(bytes.size(), 200); ++length)
+        for (int length = 0; length < qMin(bytes.size(), 200); ++length) {
             QCOMPARE(parseClientFrame(bytes.left(length)).status, Parse::NeedMore);
+        }
         QCOMPARE(parseClientFrame(bytes.left(bytes.size() - 1)).status, Parse::NeedMore);
     }
 

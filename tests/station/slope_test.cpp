@@ -1,7 +1,6 @@
 #include "tests/station/slope.h"
 
 #include <QtTest>
-
 #include <cmath>
 
 Q_DECLARE_METATYPE(Sample)

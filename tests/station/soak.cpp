@@ -4,6 +4,9 @@
 // status is 1 when one of them grows.
 // usage: kiwi-outpost-soak [--periods N]
 
+#include "app/mainwindow.h"
+#include "app/stationfont.h"
+#include "base/timetext.h"
 #include "tests/fixture/footprint.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
@@ -11,10 +14,6 @@
 #include "tests/fixture/operator.h"
 #include "tests/fixture/puppetreceiver.h"
 #include "tests/station/slope.h"
-
-#include "app/mainwindow.h"
-#include "app/stationfont.h"
-#include "base/timetext.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -28,7 +27,6 @@
 #include <QTest>
 #include <QWebSocket>
 #include <QWebSocketServer>
-
 #include <cstdio>
 #include <memory>
 #include <random>

@@ -66,16 +66,18 @@ QJsonObject entry(const QString &host, int port)
 QStringList decodeLines(int count)
 {
     QStringList lines;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         lines += QStringLiteral("000000 -10  0.1 %1 ~  CQ K%2ABC FN42").arg(1000 + i).arg(i);
+    }
     return lines;
 }
 
 QStringList comboTexts(const QComboBox *combo)
 {
     QStringList texts;
-    for (int i = 0; i < combo->count(); ++i)
+    for (int i = 0; i < combo->count(); ++i) {
         texts += combo->itemText(i);
+    }
     return texts;
 }
 
@@ -365,8 +367,9 @@ void GoodReceiverListTest::manyReceiversAreKeptAndListed()
 {
     constexpr int many = 300;
     QJsonArray list;
-    for (int i = 0; i < many; ++i)
+    for (int i = 0; i < many; ++i) {
         list.append(entry(QStringLiteral("kiwi%1.example").arg(i), 8073));
+    }
     saveList(list);
     MainWindow window;
     window.recordGoodReceiver(3);

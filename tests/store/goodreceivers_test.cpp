@@ -1,6 +1,5 @@
-#include "store/goodreceivers.h"
-
 #include "base/datafile.h"
+#include "store/goodreceivers.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -77,8 +76,9 @@ void GoodReceiversTest::keepsWhatItDoesNotKnow()
 {
     const QJsonArray list = json(R"([{"Host": "a", "Note": "mine"}, "text", 5, null])");
     const QJsonArray longer = withReceiver(list, receiver(QStringLiteral("b")), recordedMs);
-    for (int index = 0; index < list.size(); ++index)
+    for (int index = 0; index < list.size(); ++index) {
         QCOMPARE(longer.at(index), list.at(index));
+    }
 }
 
 void GoodReceiversTest::findsAReceiver_data()

@@ -1,12 +1,11 @@
 // The program is killed while it saves: each data file is then the old one or the new one, whole.
 
-#include "tests/fixture/memoryhome.h"
-
 #include "base/atomicfile.h"
 #include "base/settings.h"
 #include "store/goodreceivers.h"
 #include "store/profile.h"
 #include "store/statuslog.h"
+#include "tests/fixture/memoryhome.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,7 +14,6 @@
 #include <QLockFile>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <csignal>
 #include <random>
 #include <sys/wait.h>

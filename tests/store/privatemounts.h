@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
-
 #include <sched.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -53,8 +52,9 @@ public:
     }
     ~MemoryMount()
     {
-        if (mounted)
+        if (mounted) {
             umount2(target.constData(), MNT_DETACH);
+        }
     }
     Q_DISABLE_COPY(MemoryMount)
 

@@ -53,8 +53,9 @@ Profile parsed(const QByteArray &json, const Profile &current)
 {
     QString error;
     const auto profile = parseProfile(json, current, &error);
-    if (!profile)
+    if (!profile) {
         QTest::qFail(qPrintable(error), __FILE__, __LINE__);
+    }
     return profile.value_or(Profile());
 }
 

@@ -19,7 +19,6 @@
 #include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
-
 #include <functional>
 #include <memory>
 

@@ -22,7 +22,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
-
 #include <algorithm>
 
 Q_DECLARE_METATYPE(QDialogButtonBox::ButtonLayout)
@@ -111,8 +110,9 @@ QList<QWidget *> focusRound(const QDialog *dialog, Qt::Key key)
 QLabel *labelOf(const ReceiverForm &form, const QWidget *field)
 {
     for (QLabel *label : form.dialog->findChildren<QLabel *>()) {
-        if (label->buddy() == field)
+        if (label->buddy() == field) {
             return label;
+        }
     }
     return nullptr;
 }

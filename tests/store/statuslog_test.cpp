@@ -1,6 +1,5 @@
-#include "store/statuslog.h"
-
 #include "base/datafile.h"
+#include "store/statuslog.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -227,12 +226,14 @@ void StatusLogTest::entriesThatAreNoObjectsStay()
 void StatusLogTest::keepsEverySession()
 {
     QJsonObject log;
-    for (int count = 0; count < 25; ++count)
+    for (int count = 0; count < 25; ++count) {
         log = withFinishedSession(log, session(QStringLiteral("Kiwi"), 8073, count), startMs);
+    }
     QCOMPARE(sessionsOf(log).size(), 25);
-    for (int index = 0; index < 25; ++index)
+    for (int index = 0; index < 25; ++index) {
         QCOMPARE(sessionsOf(log).at(index).toObject().value(QStringLiteral("Decodes")).toInt(-1),
                  index);
+    }
 }
 
 void StatusLogTest::onlyAnObjectIsALog_data()
@@ -320,13 +321,15 @@ void StatusLogTest::historyOfALogWithoutSessions()
 void StatusLogTest::historyListsTheNewestTwentyFirst()
 {
     QJsonObject log;
-    for (int count = 0; count < 25; ++count)
+    for (int count = 0; count < 25; ++count) {
         log = withFinishedSession(log, session(QStringLiteral("Kiwi"), 8073, count), startMs);
+    }
     const QStringList lines = historyLines(log);
     QCOMPARE(lines.size(), 4 + 20);
-    for (int row = 0; row < 20; ++row)
+    for (int row = 0; row < 20; ++row) {
         QVERIFY2(lines.at(4 + row).endsWith(QStringLiteral(" | %1 decodes").arg(24 - row)),
                  qPrintable(lines.at(4 + row)));
+    }
 }
 
 void StatusLogTest::viewWithoutASession()

@@ -306,8 +306,9 @@ void StatusLogWindowTest::showsTheFinishedSession()
 void StatusLogWindowTest::listsTheNewestTwentyOfTwentyFive()
 {
     const auto window = newWindow();
-    for (int seconds = 1; seconds <= 25; ++seconds)
+    for (int seconds = 1; seconds <= 25; ++seconds) {
         runSession(window.get(), seconds * 1000);
+    }
     openLog(*window);
     const QString listed = shownText().section(QStringLiteral("RECENT COMPLETED SESSIONS\n"), 1);
     const QStringList lines = listed.split(QLatin1Char('\n'));
@@ -339,8 +340,9 @@ void StatusLogWindowTest::refreshesEveryFiveSecondsWithoutReadingTheFile()
 void StatusLogWindowTest::aReaderWhoHasScrolledStaysThere()
 {
     const auto window = newWindow();
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         runSession(window.get(), 1000);
+    }
     window->startStatusSession();
     openLog(*window);
     logWindow()->resize(300, 250);

@@ -1,12 +1,11 @@
 // Two running copies of the program with the same data: what both change at the same time is all
 // there afterwards.
 
-#include "tests/fixture/home.h"
-#include "tests/fixture/receiverform.h"
-
 #include "app/mainwindow.h"
 #include "base/datapaths.h"
 #include "base/settings.h"
+#include "tests/fixture/home.h"
+#include "tests/fixture/receiverform.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -18,7 +17,6 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QtTest>
-
 #include <cstdio>
 
 namespace

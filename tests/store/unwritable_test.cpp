@@ -135,8 +135,9 @@ void UnwritableTest::settingsAreTheOldOnesOrTheNewOnesHoweverFullTheDisk()
     const MemoryMount disk(configFolder, "size=256k");
     QVERIFY(disk.isMounted());
     QStringList kept;
-    for (int i = 0; i < calls; ++i)
+    for (int i = 0; i < calls; ++i) {
         kept.append(QStringLiteral("K%1ABC").arg(i));
+    }
     QVERIFY(saveSetting(QStringLiteral("highlight/calls"), kept));
     QVERIFY(saveSetting(QStringLiteral("zone/of others"), 1));
     const QByteArray before = readFile(path).value();

@@ -65,8 +65,9 @@ public:
     bool fillUp(int freePages = 0)
     {
         QFile filler(folder + QStringLiteral("/filler"));
-        if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
             return false;
+        }
         const QByteArray page(4096, 'f');
         while (filler.write(page) == page.size()) {
         }

@@ -2,7 +2,6 @@
 #include <QObject>
 #include <QRunnable>
 #include <QThreadPool>
-
 #include <sanitizer/tsan_interface.h>
 
 // The toolkit's library is not built with ThreadSanitizer, which therefore does not see the locks
@@ -36,8 +35,9 @@ public:
 private:
     void finish()
     {
-        if (task != nullptr && task->autoDelete())
+        if (task != nullptr && task->autoDelete()) {
             delete task;
+        }
         task = nullptr;
     }
 
@@ -59,10 +59,11 @@ private:
     {
         auto *handed = static_cast<HandedCall *>(self);
         __tsan_acquire(handed);
-        if (operation == Call)
+        if (operation == Call) {
             handed->call->call(receiver, arguments);
-        else if (operation == Compare)
+        } else if (operation == Compare) {
             *equal = false;
+        }
         if (operation != Destroy) {
             __tsan_release(handed);
             return;
@@ -96,8 +97,9 @@ void handedStart(QThreadPool *pool, QRunnable *task, int priority)
 bool handedWait(QThreadPool *pool, int timeoutMs)
 {
     const bool done = toolkitWait(pool, timeoutMs);
-    if (done)
+    if (done) {
         __tsan_acquire(pool);
+    }
     return done;
 }
 

@@ -26,8 +26,9 @@ private slots:
         QFile file(left);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QByteArray expected;
-        for (const QString &argument : arguments)
+        for (const QString &argument : arguments) {
             expected += argument.toLocal8Bit() + '\n';
+        }
         QCOMPARE(file.readAll(), expected + "end");
     }
 };

@@ -5,11 +5,9 @@
 
 #include <QTimer>
 #include <QtTest>
-
 #include <memory>
-#include <thread>
-
 #include <qt_windows.h>
+#include <thread>
 
 namespace
 {
@@ -41,8 +39,9 @@ public:
         QDir().mkpath(QFileInfo(path).path());
         const std::wstring native = QDir::toNativeSeparators(path).toStdWString();
         handle = CreateFileW(native.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
-        if (handle == INVALID_HANDLE_VALUE)
+        if (handle == INVALID_HANDLE_VALUE) {
             qFatal("cannot hold the file");
+        }
     }
     ~HeldFile() { CloseHandle(handle); }
     Q_DISABLE_COPY(HeldFile)
@@ -86,8 +85,9 @@ private slots:
     void eachWorkerDecodesItsBandInAFolderOfItsOwn()
     {
         QByteArray samples;
-        for (int i = 0; i < KiwiAudioCapture::bytesPerPeriod; ++i)
+        for (int i = 0; i < KiwiAudioCapture::bytesPerPeriod; ++i) {
             samples.append(static_cast<char>(i % 251));
+        }
         decoder->obey(orders("record; for _S1_ print ~ one; for _S2_ print ~ two; "
                              "for _S3_ print ~ three; for _S4_ print ~ four"));
         capture->setDecodeDepth(3);
@@ -144,8 +144,9 @@ private slots:
         QTest::addColumn<QStringList>("behaviour");
         QTest::newRow("exit code 1") << orders("print ~ x; for _S2_ exit 1");
         QTest::newRow("crash") << orders("print ~ x; for _S2_ crash");
-        if (qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS"))
+        if (qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS")) {
             QTest::newRow("hangs, for 45 s") << orders("print ~ x; for _S2_ hang");
+        }
     }
 
     void aWorkerThatFailsCountsAsReported()
@@ -207,16 +208,18 @@ private slots:
     void resetDropsQueuedWorkAndWhatRunningDecodersReport()
     {
         holdFourDecoders();
-        for (const int low : lowHz)
+        for (const int low : lowHz) {
             QVERIFY(QFile::remove(decoder->file(recordOf(low))));
+        }
         capture->reset();
         capture->queueDecodeSlices(thirdStartMs, silence);
         openTheGate();
         QTRY_COMPARE_WITH_TIMEOUT(periods.size(), 1, programsMs);
         QCOMPARE(periods.first().label, QStringLiteral("14:23:45"));
         QCOMPARE(batches.size(), 4);
-        for (const int low : lowHz) // the queued ones never ran
+        for (const int low : lowHz) { // the queued ones never ran
             QVERIFY(decoder->left(recordOf(low)).isEmpty());
+        }
         QVERIFY(isFolderEmpty());
     }
 

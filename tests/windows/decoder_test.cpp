@@ -8,7 +8,6 @@
 
 #include <QElapsedTimer>
 #include <QtTest>
-
 #include <memory>
 #include <qt_windows.h>
 
@@ -21,8 +20,9 @@ const DecodeBand band = {725, 1550};
 bool isAlive(const QByteArray &id)
 {
     const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, id.toUInt());
-    if (process == nullptr)
+    if (process == nullptr) {
         return false;
+    }
     const bool running = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
     CloseHandle(process);
     return running;
@@ -74,8 +74,9 @@ private slots:
         QTest::newRow("umlaut") << QStringLiteral("Users/J\u00fcrgen/WSJT-X/bin");
         QTest::newRow("ampersand and percent") << QStringLiteral("A & B 100%/WSJT-X/bin");
         const QString cyrillic = QStringLiteral("\u042e\u0440\u0438\u0439/WSJT-X/bin");
-        if (QString::fromLocal8Bit(cyrillic.toLocal8Bit()) == cyrillic)
+        if (QString::fromLocal8Bit(cyrillic.toLocal8Bit()) == cyrillic) {
             QTest::newRow("beyond the system's code page") << cyrillic;
+        }
     }
 
     void runsFromFoldersOfEveryName()
@@ -97,8 +98,9 @@ private slots:
         QCOMPARE(decoder.recorded(725, QStringLiteral("argument")), arguments);
         QCOMPARE(decoder.recorded(725, QStringLiteral("folder")),
                  QStringList(native(workerFolder)));
-        for (const char *home : {"HOME", "LOCALAPPDATA", "APPDATA"})
+        for (const char *home : {"HOME", "LOCALAPPDATA", "APPDATA"}) {
             QCOMPARE(decoder.recorded(725, QLatin1String(home)), QStringList(workerFolder));
+        }
     }
 
     void isFoundThroughNativeSeparatorsToo()

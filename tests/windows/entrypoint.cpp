@@ -9,10 +9,12 @@
 int main(int argc, char *argv[])
 {
     QFile file(QString::fromLocal8Bit(argv[1]));
-    if (!file.open(QIODevice::WriteOnly))
+    if (!file.open(QIODevice::WriteOnly)) {
         return 1;
-    for (int i = 1; i < argc; ++i)
+    }
+    for (int i = 1; i < argc; ++i) {
         file.write(QByteArray(argv[i]) + '\n');
+    }
     file.write(argv[argc] == nullptr ? "end" : "no end");
     return 7;
 }

@@ -2,20 +2,21 @@
 // with "exclusive" not even that; nobody may replace it. Prints "held" once it has it, lets go
 // after that many ms.
 
-#include <windows.h>
-
 #include <cstdio>
 #include <string>
+#include <windows.h>
 
 int wmain(int argc, wchar_t **argv)
 {
-    if (argc < 3)
+    if (argc < 3) {
         return 2;
+    }
     const DWORD sharing = argc > 3 ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE;
     const HANDLE file =
         CreateFileW(argv[1], GENERIC_READ, sharing, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
+    if (file == INVALID_HANDLE_VALUE) {
         return 1;
+    }
     std::puts("held");
     std::fflush(stdout);
     Sleep(static_cast<DWORD>(std::stoul(argv[2])));

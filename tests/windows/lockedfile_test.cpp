@@ -9,7 +9,6 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <memory>
 
 namespace

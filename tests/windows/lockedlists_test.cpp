@@ -46,10 +46,11 @@ private slots:
             const FileHolder holder(path, lockedFileMs * 3 / 2, {QStringLiteral("exclusive")});
             QVERIFY(holder.holds);
             window.startStatusSession();
-            if (path == goodReceiversPath())
+            if (path == goodReceiversPath()) {
                 window.recordGoodReceiver(1);
-            else
+            } else {
                 window.finishStatusSession();
+            }
         }
         QVERIFY(trace.contains(failure));
         QCOMPARE(fileBytes(path), content);

@@ -6,7 +6,6 @@
 #include <QJsonArray>
 #include <QTest>
 #include <QTimer>
-
 #include <qt_windows.h>
 
 namespace

@@ -19,8 +19,9 @@ QString install(const QString &folder, int ageSeconds = 0)
         QFile file(folder + QLatin1Char('/') + QLatin1String(name));
         if (!file.open(QIODevice::WriteOnly) ||
             !file.setFileTime(QDateTime::currentDateTimeUtc().addSecs(-ageSeconds),
-                              QFileDevice::FileModificationTime))
+                              QFileDevice::FileModificationTime)) {
             qFatal("cannot install a decoder");
+        }
     }
     return folder + QStringLiteral("/jt9.exe");
 }
@@ -38,9 +39,10 @@ private slots:
             {"ProgramFiles", "Program Files"},
             {"ProgramFiles(x86)", "Program Files (x86)"},
             {"LOCALAPPDATA", "Users/J\u00fcrgen/AppData/Local"}};
-        for (const auto &variable : variables)
+        for (const auto &variable : variables) {
             environment.insert(QString::fromLatin1(variable.first),
                                QDir::toNativeSeparators(place(variable.second)));
+        }
     }
     void cleanup()
     {

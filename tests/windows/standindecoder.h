@@ -18,8 +18,9 @@ public:
         put(QStringLiteral("wsjtx.exe"), {});
         put(QStringLiteral("Qt5Core.dll"), {});
         obey(orders);
-        if (!QFile::copy(QStringLiteral(STAND_IN_JT9), path()))
+        if (!QFile::copy(QStringLiteral(STAND_IN_JT9), path())) {
             qFatal("cannot install the decoder");
+        }
     }
 
     QString path() const { return file(QStringLiteral("jt9.exe")); }
@@ -34,8 +35,9 @@ public:
     void put(const QString &name, const QByteArray &bytes) const
     {
         QFile out(file(name));
-        if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
+        if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size()) {
             qFatal("cannot write beside the decoder");
+        }
     }
 
     QByteArray left(const QString &name) const
@@ -50,8 +52,9 @@ public:
         QStringList values;
         const QString text = QString::fromUtf8(left(QStringLiteral("%1.txt").arg(lowHz)));
         for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-            if (line.startsWith(name + QLatin1Char(' ')))
+            if (line.startsWith(name + QLatin1Char(' '))) {
                 values.append(line.mid(name.size() + 1));
+            }
         }
         return values;
     }

@@ -13,12 +13,11 @@
 //   await NAME    waits until a file of that name lies beside it
 //   for TEXT ...  follows the order in the rest of the line where the WAV file's path has the text
 
-#include <windows.h>
-
 #include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <windows.h>
 
 namespace
 {
@@ -72,15 +71,18 @@ void leave(const std::wstring &name, const std::string &text)
 void record(int argc, wchar_t **argv)
 {
     std::string text;
-    for (int i = 1; i < argc; ++i)
+    for (int i = 1; i < argc; ++i) {
         text += "argument " + utf8(argv[i]) + '\n';
-    for (const wchar_t *name : {L"PATH", L"HOME", L"LOCALAPPDATA", L"APPDATA", L"OUTPOST_KEPT"})
+    }
+    for (const wchar_t *name : {L"PATH", L"HOME", L"LOCALAPPDATA", L"APPDATA", L"OUTPOST_KEPT"}) {
         text += utf8(name) + ' ' + variable(name) + '\n';
+    }
     text += "folder " + currentFolder() + '\n';
     text += std::string("window ") + (GetConsoleWindow() != nullptr ? "yes" : "no") + '\n';
     const std::wstring low = argc > 5 ? argv[5] : L"none";
-    if (argc > 8)
+    if (argc > 8) {
         CopyFileW(argv[8], beside(low + L".wav").c_str(), FALSE);
+    }
     leave(low + L".txt", text);
 }
 
@@ -101,8 +103,9 @@ void complain(int thousandBytes)
 {
     std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16); // else the null device gets each byte alone
     const std::string line = std::string(999, '~') + '\n';
-    for (int i = 0; i < thousandBytes; ++i)
+    for (int i = 0; i < thousandBytes; ++i) {
         std::fwrite(line.data(), 1, line.size(), stderr);
+    }
 }
 
 void crash()
@@ -114,8 +117,9 @@ void crash()
 void await(const std::string &name)
 {
     const std::wstring path = beside(std::wstring(name.begin(), name.end()));
-    while (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+    while (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
         Sleep(10);
+    }
 }
 
 std::string firstWord(const std::string &line)
@@ -139,44 +143,47 @@ int obey(const std::string &line, int argc, wchar_t **argv)
 {
     const std::string order = firstWord(line);
     const std::string operand = withoutFirstWord(line);
-    if (order == "print")
+    if (order == "print") {
         std::cout << operand << std::endl;
-    else if (order == "record")
+    } else if (order == "record") {
         record(argc, argv);
-    else if (order == "read")
+    } else if (order == "read") {
         std::cin.ignore(1 << 30, std::char_traits<char>::eof());
-    else if (order == "complain")
+    } else if (order == "complain") {
         complain(std::stoi(operand));
-    else if (order == "child")
+    } else if (order == "child") {
         startChild();
-    else if (order == "wait")
+    } else if (order == "wait") {
         Sleep(static_cast<DWORD>(std::stoi(operand)));
-    else if (order == "await")
+    } else if (order == "await") {
         await(operand);
-    else if (order == "hang")
+    } else if (order == "hang") {
         Sleep(INFINITE);
-    else if (order == "crash")
+    } else if (order == "crash") {
         crash();
-    else if (order == "for")
+    } else if (order == "for") {
         return isFor(operand, argc, argv) ? obey(withoutFirstWord(operand), argc, argv) : -1;
-    else
+    } else {
         return std::stoi(operand);
+    }
     return -1;
 }
 } // namespace
 
 int wmain(int argc, wchar_t **argv)
 {
-    if (argc == 2 && std::wstring(argv[1]) == L"stay")
+    if (argc == 2 && std::wstring(argv[1]) == L"stay") {
         Sleep(INFINITE);
+    }
     FILE *file = _wfopen(beside(L"orders.txt").c_str(), L"r");
     char line[1024];
     while (file != nullptr && fgets(line, sizeof line, file) != nullptr) {
         std::string order = line;
         order.erase(order.find_last_not_of("\r\n") + 1);
         const int exitCode = obey(order, argc, argv);
-        if (exitCode >= 0)
+        if (exitCode >= 0) {
             return exitCode;
+        }
     }
     return 0;
 }
