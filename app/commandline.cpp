@@ -4,6 +4,9 @@
 
 #include <QCommandLineParser>
 
+namespace outpost
+{
+
 namespace
 {
 QString program()
@@ -74,3 +77,5 @@ CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &rea
     }
     return {options, std::nullopt};
 }
+
+} // namespace outpost

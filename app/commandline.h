@@ -5,6 +5,9 @@
 
 #include <functional>
 
+namespace outpost
+{
+
 // What became of the station's command line: it starts with these options unless there is an
 // ending.
 struct CommandLine {
@@ -17,3 +20,5 @@ using ReadProfile = std::function<ProfileReading(const QString &path)>;
 // The program's name comes first among the arguments. `readProfile` is asked for the file that
 // they name, if they do.
 CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &readProfile);
+
+} // namespace outpost

@@ -8,6 +8,9 @@
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
 
+namespace outpost
+{
+
 void MainWindow::showHelpAbout()
 {
     QDialog dialog(this);
@@ -33,3 +36,5 @@ void MainWindow::showHelpAbout()
     keepOnScreen(&dialog);
     dialog.exec();
 }
+
+} // namespace outpost

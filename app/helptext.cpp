@@ -2,6 +2,9 @@
 
 #include "base/buildconfig.h"
 
+namespace outpost
+{
+
 QString helpHeading()
 {
     return QStringLiteral(
@@ -66,3 +69,5 @@ QString helpText()
         "Copyright 2026 the founders of PELQ Kiwi Outpost. All rights reserved.\n"
         "WSJT-X and KiwiSDR are the property of their respective owners.");
 }
+
+} // namespace outpost

@@ -3,14 +3,18 @@
 #include <QApplication>
 #include <QIcon>
 
-// The icons are compiled into the library; from there a program takes only what it asks for.
+// A static library drops resources that nothing refers to. Qt's macro wants the global namespace.
 static void takeIconsAlong()
 {
     Q_INIT_RESOURCE(icons);
 }
 
+namespace outpost
+{
+
 namespace
 {
+
 QIcon programIcon()
 {
     takeIconsAlong();
@@ -29,3 +33,5 @@ void setIdentity()
     QGuiApplication::setDesktopFileName(QStringLiteral("kiwi-outpost"));
     QApplication::setWindowIcon(programIcon());
 }
+
+} // namespace outpost

@@ -7,6 +7,8 @@
 
 #include <QApplication>
 
+using namespace outpost;
+
 int main(int argc, char *argv[])
 {
     ignoreBrokenPipes();

@@ -25,6 +25,9 @@
 #include <QWebSocket>
 #include <utility>
 
+namespace outpost
+{
+
 MainWindow::MainWindow(Clock clockToUse, StartOptions options)
     : clock(std::move(clockToUse)), startOptions(std::move(options))
 {
@@ -157,3 +160,5 @@ void MainWindow::buildCapture()
             Qt::QueuedConnection);
     });
 }
+
+} // namespace outpost

@@ -16,7 +16,6 @@
 #include <memory>
 #include <optional>
 
-class KiwiAudioCapture;
 class QAction;
 class QComboBox;
 class QDialog;
@@ -29,6 +28,11 @@ class QTcpServer;
 class QTcpSocket;
 class QTimer;
 class QWebSocket;
+
+namespace outpost
+{
+
+class KiwiAudioCapture;
 struct BridgeState;
 struct Jt9Places;
 struct SoundOutcome;
@@ -245,3 +249,5 @@ private:
     QTimer *statusLogTimer = nullptr;
     QString statusHistory; // read from the file when a session ends or the window opens
 };
+
+} // namespace outpost

@@ -8,6 +8,9 @@
 #include <QMenu>
 #include <QMenuBar>
 
+namespace outpost
+{
+
 void MainWindow::buildMenus()
 {
     QMenu *file = menuBar()->addMenu(QStringLiteral("&File"));
@@ -103,3 +106,5 @@ void MainWindow::buildViewMenu(QMenu *settings)
     addEntry(menu, QStringLiteral("Station Display"), [this] { showStationDisplay(); });
     addEntry(menu, QStringLiteral("Bridge Status"), [this] { showBridgeStatusDialog(); });
 }
+
+} // namespace outpost

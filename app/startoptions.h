@@ -5,6 +5,9 @@
 #include <QString>
 #include <optional>
 
+namespace outpost
+{
+
 // A profile and the file that it was read from.
 struct OpenedProfile {
     QString path;
@@ -17,3 +20,5 @@ struct StartOptions {
     std::optional<double> frequencyMhz;   // in place of the frequency file's
     bool connects = false;                // to the receiver, once the event loop runs
 };
+
+} // namespace outpost

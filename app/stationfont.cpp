@@ -4,6 +4,9 @@
 #include <QFont>
 #include <QFontDatabase>
 
+namespace outpost
+{
+
 void setStationFont()
 {
     const QStringList preferred = {QStringLiteral("Segoe UI Variable Small"),
@@ -21,3 +24,5 @@ void setStationFont()
     font.setStyle(QFont::StyleNormal);
     QApplication::setFont(font);
 }
+
+} // namespace outpost

@@ -4,6 +4,9 @@
 
 class QObject;
 
+namespace outpost
+{
+
 // How the program ends, which differs between the platforms.
 
 // A log that nobody reads any more is no reason to end: writing to it then fails, and no more.
@@ -19,3 +22,5 @@ void quitOnTermination();
 // Calls it when Windows has told the program that the user logs off, after which the program may
 // be ended at any moment; as long as the owner lives. Elsewhere the event loop is left in order.
 void atLogOff(QObject *owner, const std::function<void()> &callback);
+
+} // namespace outpost

@@ -8,6 +8,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr std::array<int, 3> requests{SIGTERM, SIGINT, SIGHUP};
@@ -78,3 +81,5 @@ void quitOnTermination()
 }
 
 void atLogOff(QObject * /*owner*/, const std::function<void()> & /*callback*/) {}
+
+} // namespace outpost

@@ -6,6 +6,9 @@
 #include <qt_windows.h>
 #include <utility>
 
+namespace outpost
+{
+
 namespace
 {
 // Every top-level window is told; the first one counts.
@@ -42,3 +45,5 @@ void atLogOff(QObject *owner, const std::function<void()> &callback)
 {
     new LogOffFilter(owner, callback);
 }
+
+} // namespace outpost

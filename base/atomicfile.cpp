@@ -4,6 +4,9 @@
 
 #include <QSaveFile>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -46,3 +49,5 @@ SaveResult saveAtomically(const QString &path, const QByteArray &content,
     });
     return result;
 }
+
+} // namespace outpost

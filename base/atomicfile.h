@@ -6,6 +6,9 @@
 #include <QIODevice>
 #include <QString>
 
+namespace outpost
+{
+
 // What became of a save. Unless it was saved, the old file stays as it was, or stays missing.
 struct SaveResult {
     enum Outcome { Saved, NotOpened, NotCommitted };
@@ -22,3 +25,5 @@ struct SaveResult {
 // is QIODevice::Text for files with the platform's line ends, else nothing.
 SaveResult saveAtomically(const QString &path, const QByteArray &content,
                           QIODevice::OpenMode textFlag = {}, int waitMs = lockedFileMs);
+
+} // namespace outpost

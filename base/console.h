@@ -2,6 +2,9 @@
 
 #include "base/programoptions.h"
 
+namespace outpost
+{
+
 // What a program does before it has an application object, and without a display.
 
 // The arguments of main in the user's encoding.
@@ -10,3 +13,5 @@ QStringList argumentList(int argc, char **argv);
 // To standard output, or to standard error when the program could not do what was asked for. On
 // Windows to the console that the program was started from, or else in a box.
 void showEnding(const Ending &ending);
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <clocale>
 #include <cstdio>
 
+namespace outpost
+{
+
 QStringList argumentList(int argc, char **argv)
 {
     std::setlocale(LC_ALL, ""); // the encoding, which Qt looks up once
@@ -19,3 +22,5 @@ void showEnding(const Ending &ending)
     std::fprintf(stream, "%s\n", ending.text.toLocal8Bit().constData());
     std::fflush(stream);
 }
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include <qt_windows.h>
 
+namespace outpost
+{
+
 namespace
 {
 // Whoever started the program may read what it says through a pipe or a file.
@@ -57,3 +60,5 @@ void showEnding(const Ending &ending)
         showBox(ending);
     }
 }
+
+} // namespace outpost

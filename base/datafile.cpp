@@ -3,6 +3,9 @@
 #include <QDateTime>
 #include <QJsonDocument>
 
+namespace outpost
+{
+
 bool openForReading(QFile &file, QIODevice::OpenMode textFlag, int waitMs)
 {
     whileLocked(waitMs,
@@ -41,3 +44,5 @@ QString isoUtc(qint64 msSinceEpoch)
 {
     return QDateTime::fromMSecsSinceEpoch(msSinceEpoch, Qt::UTC).toString(Qt::ISODate);
 }
+
+} // namespace outpost

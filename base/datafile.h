@@ -9,6 +9,9 @@
 #include <QString>
 #include <optional>
 
+namespace outpost
+{
+
 // What the data files have in common: JSON documents, written indented, with UTC times in the
 // ISO 8601 form.
 
@@ -25,3 +28,5 @@ std::optional<QJsonObject> parseJsonObject(const QByteArray &json);
 
 // "2026-01-31T18:04:15Z", from UTC milliseconds since the epoch.
 QString isoUtc(qint64 msSinceEpoch);
+
+} // namespace outpost

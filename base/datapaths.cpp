@@ -4,6 +4,9 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -75,3 +78,5 @@ QString captureFolder(const QString &applicationDir, const QString &cacheLocatio
     }
     return beside;
 }
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include <QString>
 
+namespace outpost
+{
+
 // The operator's data files. Each call asks the platform anew; the folder follows the
 // organisation and application names and need not exist.
 QString dataFolder();
@@ -15,3 +18,5 @@ QString statusLogPath();
 // below /usr or /opt, or one beside which nothing can be written, uses "capture" in the user's
 // cache location instead.
 QString captureFolder(const QString &applicationDir, const QString &cacheLocation);
+
+} // namespace outpost

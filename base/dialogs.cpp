@@ -6,6 +6,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+namespace outpost
+{
+
 namespace
 {
 void showPlainBox(QMessageBox::Icon icon, QWidget *parent, const QString &title,
@@ -46,3 +49,5 @@ void tabInShownOrder(const QDialogButtonBox &box)
         before = button ? button : before;
     }
 }
+
+} // namespace outpost

@@ -5,6 +5,9 @@ class QDialogButtonBox;
 class QString;
 class QWidget;
 
+namespace outpost
+{
+
 // Message boxes with OK alone. They show the text as it stands: a path, an entry or an error of the
 // system may look like markup.
 void showWarning(QWidget *parent, const QString &title, const QString &text);
@@ -16,3 +19,5 @@ QDialogButtonBox *newCloseBox(QDialog *dialog);
 // To be called for a box of several buttons. Tab enters a box at the button shown first, and would
 // pass by those that were made before it.
 void tabInShownOrder(const QDialogButtonBox &box);
+
+} // namespace outpost

@@ -4,6 +4,9 @@
 
 #include <QTime>
 
+namespace outpost
+{
+
 QString formatDuration(qint64 seconds)
 {
     constexpr qint64 secondsPerDay = 86400;
@@ -16,3 +19,5 @@ QString formatDuration(qint64 seconds)
     }
     return QStringLiteral("%1d %2").arg(QString::number(total / secondsPerDay), clockText);
 }
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+namespace outpost
+{
+
 QString frequencyText(double mhz)
 {
     return QString::number(mhz, 'f', 6);
@@ -56,3 +59,5 @@ int bandPresetIndex(double mhz)
                      [mhz](const BandPreset &preset) { return sameFrequency(preset.mhz, mhz); });
     return found == presets.end() ? -1 : static_cast<int>(found - presets.begin());
 }
+
+} // namespace outpost

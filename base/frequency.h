@@ -5,6 +5,9 @@
 #include <array>
 #include <optional>
 
+namespace outpost
+{
+
 // Dial frequencies, in MHz throughout.
 
 constexpr double lowestFrequencyMhz = 0.001;
@@ -32,3 +35,5 @@ const std::array<BandPreset, 12> &bandPresets();
 
 // Index of the preset of that frequency, or -1.
 int bandPresetIndex(double mhz);
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include <QThread>
 
+namespace outpost
+{
+
 // Windows refuses to open or to replace a file that another program (a virus scanner, a backup)
 // keeps open without sharing it. Such programs are soon done, so what they prevent is tried again
 // for up to lockedFileMs. Elsewhere nothing is locked that way, and one attempt tells all.
@@ -30,3 +33,5 @@ bool whileLocked(int waitMs, Attempt attempt)
     }
     return done;
 }
+
+} // namespace outpost

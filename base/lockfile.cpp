@@ -5,6 +5,9 @@
 #include <QLockFile>
 #include <QThread>
 
+namespace outpost
+{
+
 namespace
 {
 // A lock whose process lives stays its own however old it is: the system locks the file, too. The
@@ -40,3 +43,5 @@ std::unique_ptr<QLockFile> takeLock(const QString &path, int waitMs)
     }
     return lock;
 }
+
+} // namespace outpost

@@ -5,6 +5,9 @@
 
 class QLockFile;
 
+namespace outpost
+{
+
 // How long to wait for another copy of the program that changes a file. It takes a few ms; one that
 // is stuck must not stop this one's window for long.
 constexpr int changeWaitMs = 1000;
@@ -14,3 +17,5 @@ constexpr int changeWaitMs = 1000;
 // over. Waits for up to `waitMs` while another copy holds it; isLocked() and error() of the result
 // (never null) tell what became of it.
 std::unique_ptr<QLockFile> takeLock(const QString &path, int waitMs = 0);
+
+} // namespace outpost

@@ -5,6 +5,9 @@
 #include <QDebug>
 #include <QTime>
 
+namespace outpost
+{
+
 namespace
 {
 bool isControl(QChar c)
@@ -36,3 +39,5 @@ QString escapedControls(const QString &foreign)
     }
     return shown;
 }
+
+} // namespace outpost

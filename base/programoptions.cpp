@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <array>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int wrongUseExitCode = 2;
@@ -120,3 +123,5 @@ Ending wrongUse(const QString &program, const QString &sentence)
 {
     return {QStringLiteral("%1: %2").arg(program, sentence), wrongUseExitCode};
 }
+
+} // namespace outpost

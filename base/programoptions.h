@@ -5,6 +5,9 @@
 
 class QCommandLineParser;
 
+namespace outpost
+{
+
 // What a program shows and ends with instead of starting.
 struct Ending {
     QString text;
@@ -25,3 +28,5 @@ std::optional<Ending> refuseOtherArguments(const QCommandLineParser &parser,
                                            const QString &program);
 
 Ending wrongUse(const QString &program, const QString &sentence);
+
+} // namespace outpost

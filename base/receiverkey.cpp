@@ -5,6 +5,9 @@
 #include <QSettings>
 #include <algorithm>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -63,3 +66,5 @@ QStringList removedKeys(const QSettings &settings)
 {
     return settings.value(removedKeysSetting()).toStringList();
 }
+
+} // namespace outpost

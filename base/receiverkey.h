@@ -7,6 +7,9 @@
 class QJsonObject;
 class QSettings;
 
+namespace outpost
+{
+
 // The text identity of a receiver: "<host>:<port>", the host trimmed and in lower case. Used in
 // the list of receivers that the operator removed.
 using ReceiverKey = QString;
@@ -28,3 +31,5 @@ QStringList withChanges(QStringList keys, const RemovedKeyChanges &changes);
 // The setting "receivers/removedKeys", and the keys that a store has in it.
 QString removedKeysSetting();
 QStringList removedKeys(const QSettings &settings);
+
+} // namespace outpost

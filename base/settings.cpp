@@ -17,6 +17,9 @@
 
 #include <QLockFile>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -121,3 +124,5 @@ bool changeSetting(const QString &key, const Change &change)
     }
     return saved;
 }
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <QSettings>
 #include <functional>
 
+namespace outpost
+{
+
 // The platform's settings store of this program, always by its explicit names: the application
 // name that start-up sets ("KiwiOutpost") is the one of the data files, not of the settings.
 inline QSettings stationSettings()
@@ -24,3 +27,5 @@ inline int storedDecodeDepth(const QSettings &settings)
     const qint64 depth = settings.value(QStringLiteral("decoder/depth"), 2).toLongLong();
     return depth >= 1 && depth <= 3 ? static_cast<int>(depth) : 2;
 }
+
+} // namespace outpost

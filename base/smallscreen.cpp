@@ -8,6 +8,9 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -100,3 +103,5 @@ bool scrollsToFitScreen(const QDialog &dialog)
 {
     return dialog.findChild<QScrollArea *>({}, Qt::FindDirectChildrenOnly) != nullptr;
 }
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <QDateTime>
 #include <QLocale>
 
+namespace outpost
+{
+
 // A time in ASCII digits whatever the operator's language: clients read these texts, files and
 // folders are named by them. The toolkit's own toString(format) takes the language's digits.
 template <typename Time> // QTime or QDateTime
@@ -10,3 +13,5 @@ QString timeText(const Time &time, const QString &format)
 {
     return QLocale::c().toString(time, format);
 }
+
+} // namespace outpost

@@ -12,6 +12,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int decodes = 100;
@@ -140,3 +143,5 @@ void registerBroadcastBench(int rounds)
     }
     bench->UseManualTime()->Iterations(rounds);
 }
+
+} // namespace outpost

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+namespace outpost
+{
+
 inline double secondsOf(const std::function<void()> &work)
 {
     const auto start = std::chrono::steady_clock::now();
@@ -52,3 +55,5 @@ inline int roundsAskedFor(int argc, char **argv, int usual)
     const auto isSmoke = [](const char *argument) { return std::string(argument) == "--smoke"; };
     return std::any_of(argv, argv + argc, isSmoke) ? 1 : usual;
 }
+
+} // namespace outpost

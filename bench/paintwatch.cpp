@@ -7,6 +7,9 @@
 #include <ctime>
 #include <unistd.h>
 
+namespace outpost
+{
+
 namespace
 {
 qint64 monotonicNs()
@@ -60,3 +63,5 @@ void watch()
 } // namespace
 
 Q_COREAPP_STARTUP_FUNCTION(watch)
+
+} // namespace outpost

@@ -9,6 +9,9 @@
 #include <atomic>
 #include <random>
 
+namespace outpost
+{
+
 namespace
 {
 std::atomic<quint64> allocations;
@@ -95,6 +98,10 @@ void soundPath(benchmark::State &state)
     state.counters["allocations"] = double(allocated);
 }
 } // namespace
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

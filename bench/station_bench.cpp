@@ -16,6 +16,9 @@
 #include <ctime>
 #include <sys/resource.h>
 
+namespace outpost
+{
+
 namespace
 {
 double hashingSeconds = 0; // processor time
@@ -217,6 +220,10 @@ QJsonObject StationBench::result() const
             {QStringLiteral("decoderSeconds"), atLast.decoder - atFirst.decoder}};
 }
 } // namespace
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

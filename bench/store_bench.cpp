@@ -12,6 +12,9 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 
+namespace outpost
+{
+
 namespace
 {
 const QString host = QStringLiteral("receiver.example.org");
@@ -151,3 +154,5 @@ void registerStoreBench(int rounds)
     registerSizes("new receiver", newReceiver, rounds);
     registerSizes("session", finishSession, rounds);
 }
+
+} // namespace outpost

@@ -12,6 +12,9 @@
 #include <QScrollBar>
 #include <QTableWidget>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int periodRows = 100;
@@ -162,3 +165,5 @@ void registerTableBench(int rounds)
 {
     benchmark::RegisterBenchmark("table", table)->UseManualTime()->Iterations(rounds);
 }
+
+} // namespace outpost

@@ -8,6 +8,9 @@
 #include <QApplication>
 #include <sys/resource.h>
 
+namespace outpost
+{
+
 QStringList benchLines(int count)
 {
     const QStringList messages = {
@@ -35,6 +38,10 @@ void allowManySockets()
     setrlimit(RLIMIT_NOFILE, &limit);
 }
 } // namespace
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

@@ -6,6 +6,9 @@
 #include <QFileInfo>
 #include <QLockFile>
 
+namespace outpost
+{
+
 CaptureFolder::CaptureFolder(const QString &wantedFolder)
     : wanted(wantedFolder.isEmpty() ? QString() : QDir::cleanPath(wantedFolder)), chosen(wanted)
 {
@@ -40,3 +43,5 @@ void CaptureFolder::choose()
         }
     }
 }
+
+} // namespace outpost

@@ -5,6 +5,9 @@
 
 class QLockFile;
 
+namespace outpost
+{
+
 // The folder in which the decoders of this running copy of the program work. A second copy that
 // runs at the same time takes "<folder>-2", and so on: "<folder>.lock", beside the folder, is held
 // for as long as this lives and then removed. That of a copy that was killed is taken over. Nothing
@@ -31,3 +34,5 @@ private:
     QString chosen;
     std::unique_ptr<QLockFile> lock; // null until it is had
 };
+
+} // namespace outpost

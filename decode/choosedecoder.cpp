@@ -7,6 +7,9 @@
 #include <QFileDialog>
 #include <QFileInfo>
 
+namespace outpost
+{
+
 void MainWindow::findJt9(const Jt9Places &places)
 {
     const QString path = findInstalledJt9(places);
@@ -62,3 +65,5 @@ void MainWindow::useJt9(const QString &path)
 {
     qputenv("PELQ_JT9_PATH", path.toLocal8Bit());
 }
+
+} // namespace outpost

@@ -1,5 +1,8 @@
 #pragma once
 
+namespace outpost
+{
+
 // The part of the audio spectrum, in Hz, that one of a period's four decode workers looks at.
 struct DecodeBand {
     int lowHz;
@@ -13,3 +16,5 @@ inline DecodeBand decodeBand(int worker)
     constexpr DecodeBand bands[] = {{0, 825}, {725, 1550}, {1450, 2275}, {2175, 3000}};
     return worker >= 0 && worker < 4 ? bands[worker] : DecodeBand{0, 3000};
 }
+
+} // namespace outpost

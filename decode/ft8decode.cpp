@@ -8,6 +8,9 @@
 #include <cmath>
 #include <tuple>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr qint64 sameSignalHz = 12;
@@ -127,3 +130,5 @@ QStringList mergeDecodeLines(const QStringList &lines)
     }
     return merged + otherLines;
 }
+
+} // namespace outpost

@@ -6,6 +6,9 @@
 class QRegularExpression;
 class QRegularExpressionMatch;
 
+namespace outpost
+{
+
 // One decode line as jt9 prints it:
 //   hhmmss  SNR  DT  Hz ~  message
 struct Ft8Decode {
@@ -31,3 +34,5 @@ Ft8Decode parseDecodeLine(const QString &line);
 // the same message at most 12 Hz apart the strongest stays (at equal SNR the one with DT nearer
 // zero). Decodes come first, by frequency and then message, then every other line once.
 QStringList mergeDecodeLines(const QStringList &lines);
+
+} // namespace outpost

@@ -8,6 +8,9 @@
 #include <QSet>
 #include <algorithm>
 
+namespace outpost
+{
+
 namespace
 {
 #ifdef Q_OS_WIN
@@ -220,3 +223,5 @@ QString jt9FileFilter()
                ? QStringLiteral("jt9 (jt9 jt9.exe);;All files (*)")
                : QStringLiteral("jt9.exe (jt9.exe);;Executable files (*.exe);;All files (*)");
 }
+
+} // namespace outpost

@@ -5,6 +5,9 @@
 
 class QProcessEnvironment;
 
+namespace outpost
+{
+
 // Where a decoder is looked for: files to try in order, folders to search for more, and files to
 // try when those gave none.
 struct Jt9Places {
@@ -43,3 +46,5 @@ bool isJt9FileName(const QString &fileName);
 
 // What the dialog to choose a decoder offers to show.
 QString jt9FileFilter();
+
+} // namespace outpost

@@ -11,6 +11,9 @@
 #include <utility>
 #endif
 
+namespace outpost
+{
+
 Jt9Process::~Jt9Process()
 {
     killFamily();
@@ -146,3 +149,5 @@ void Jt9Process::killStrays() const
 }
 
 #endif
+
+} // namespace outpost

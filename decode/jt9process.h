@@ -6,6 +6,9 @@
 #include <memory>
 #endif
 
+namespace outpost
+{
+
 // One decoder run as a child process, without a window, and the one place that knows how a system
 // ends a process together with everything that it has started: a process group, on Windows a job
 // object. What leaves the group is known by its environment, in which LOCALAPPDATA is the working
@@ -52,3 +55,5 @@ private:
     qint64 groupId = 0; // 0: not started
 #endif
 };
+
+} // namespace outpost

@@ -1,6 +1,12 @@
 #include "decode/jt9result.h"
 
-static QString failurePattern(const Jt9Failure &failure)
+namespace outpost
+{
+
+namespace
+{
+
+QString failurePattern(const Jt9Failure &failure)
 {
     switch (failure.cause) {
     case Jt9Cause::NoDecoder:
@@ -28,8 +34,12 @@ static QString failurePattern(const Jt9Failure &failure)
     return {};
 }
 
+} // namespace
+
 QString failureText(const Jt9Failure &failure)
 {
     const QString pattern = failurePattern(failure);
     return failure.detail.isEmpty() ? pattern : pattern.arg(failure.detail);
 }
+
+} // namespace outpost

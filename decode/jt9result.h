@@ -3,6 +3,9 @@
 #include <QString>
 #include <QStringList>
 
+namespace outpost
+{
+
 enum class Jt9Cause {
     None,
     NoDecoder,     // detail: its path; empty when none is chosen
@@ -35,3 +38,5 @@ struct Jt9Result {
 
 // In words, for the log: "no decodes, jt9 was killed by signal 11". Empty for none.
 QString failureText(const Jt9Failure &failure);
+
+} // namespace outpost

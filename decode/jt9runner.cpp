@@ -9,6 +9,9 @@
 #include <QProcessEnvironment>
 #include <utility>
 
+namespace outpost
+{
+
 namespace
 {
 #ifdef Q_OS_WIN
@@ -165,3 +168,5 @@ void Jt9Output::takeLine()
         lines.append(text);
     }
 }
+
+} // namespace outpost

@@ -7,6 +7,9 @@
 #include <QString>
 #include <QStringList>
 
+namespace outpost
+{
+
 // How long one run may take, in ms.
 struct Jt9Limits {
     int startMs = 5000;   // until it runs
@@ -48,3 +51,5 @@ private:
     bool dropped = false;
     bool ended = false; // the rest is not looked at
 };
+
+} // namespace outpost

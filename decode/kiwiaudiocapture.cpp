@@ -12,6 +12,9 @@
 #include <QRunnable>
 #include <utility>
 
+namespace outpost
+{
+
 static_assert(KiwiAudioCapture::bytesPerPeriod == slotPcmBytes);
 
 namespace
@@ -252,3 +255,5 @@ void KiwiAudioCapture::drainInOrder()
         }
     }
 }
+
+} // namespace outpost

@@ -15,6 +15,9 @@
 #include <QtEndian>
 #include <functional>
 
+namespace outpost
+{
+
 struct SlotJob;
 
 // Receives one FT8 period (or one worker's share of it): the period's UTC start as "HH:mm:ss",
@@ -138,3 +141,5 @@ inline bool KiwiAudioCapture::appendSample(qint16 sample)
     }
     return closePeriod();
 }
+
+} // namespace outpost

@@ -9,6 +9,9 @@
 #include <QFileInfo>
 #include <QThread>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr quint32 headerBytes = 44;
@@ -137,3 +140,5 @@ Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
     removeFolder(folder);
     return result;
 }
+
+} // namespace outpost

@@ -6,6 +6,9 @@
 #include <QByteArray>
 #include <QString>
 
+namespace outpost
+{
+
 // One worker's share of a period.
 struct SlotJob {
     qint64 periodStartMs = 0; // UTC, ms since the epoch
@@ -30,3 +33,5 @@ QString writeSlotWav(const QString &path, const QByteArray &samples);
 // returns jt9's decode lines. Every failure gives no lines and the cause. Blocks as long as jt9
 // runs; meant for a worker thread.
 Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples);
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include "decode/decodeband.h"
 
+namespace outpost
+{
+
 QString WorkerFailures::report(const QString &periodLabel, int worker, const Jt9Failure &failure)
 {
     Jt9Failure &last = known[worker];
@@ -16,3 +19,5 @@ QString WorkerFailures::report(const QString &periodLabel, int worker, const Jt9
         .arg(periodLabel, QString::number(worker + 1), QString::number(band.lowHz),
              QString::number(band.highHz), text);
 }
+
+} // namespace outpost

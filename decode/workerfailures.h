@@ -4,6 +4,9 @@
 
 #include <QMap>
 
+namespace outpost
+{
+
 // Decides what the log says of the workers' failures: each one once, until it changes or ends,
 // and then its end.
 class WorkerFailures
@@ -16,3 +19,5 @@ public:
 private:
     QMap<int, Jt9Failure> known; // each worker's last
 };
+
+} // namespace outpost

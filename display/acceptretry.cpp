@@ -11,6 +11,9 @@
 #include <poll.h>
 #endif
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int pauseMs = 1000;
@@ -55,3 +58,5 @@ void AcceptRetry::onPauseOver()
         server->resumeAccepting();
     }
 }
+
+} // namespace outpost

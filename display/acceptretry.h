@@ -5,6 +5,9 @@
 class QTcpServer;
 class QTimer;
 
+namespace outpost
+{
+
 // Lets a listener accept again after an error, at which Qt stops it for good. Belongs to the
 // listener and ends with it.
 //
@@ -28,3 +31,5 @@ private:
     QTimer *const pause;
     State state = State::Accepting;
 };
+
+} // namespace outpost

@@ -7,11 +7,19 @@
 #include <QTcpSocket>
 #include <utility>
 
+namespace outpost
+{
+
+namespace
+{
+
 // A client that does not read is dropped when this many bytes wait for it (days of decodes).
-static constexpr qint64 maxClientBacklogBytes = 4LL * 1024 * 1024;
+constexpr qint64 maxClientBacklogBytes = 4LL * 1024 * 1024;
 
 // What clients send is thrown away; this much of it may wait for that.
-static constexpr qint64 clientReadBufferBytes = 64LL * 1024;
+constexpr qint64 clientReadBufferBytes = 64LL * 1024;
+
+} // namespace
 
 bool MainWindow::bridgeListening() const
 {
@@ -112,8 +120,11 @@ void MainWindow::onBridgeClientGone(QTcpSocket *socket)
     refreshStatusBar();
 }
 
+namespace
+{
+
 // Returns whether the client took the line. Dropping one ends in onBridgeClientGone().
-static bool sendToClient(QTcpSocket *socket, const QByteArray &line)
+bool sendToClient(QTcpSocket *socket, const QByteArray &line)
 {
     if (socket->state() != QAbstractSocket::ConnectedState) {
         return false;
@@ -130,7 +141,7 @@ static bool sendToClient(QTcpSocket *socket, const QByteArray &line)
 }
 
 // Returns whether at least one client took the line.
-static bool sendToClients(const QList<QTcpSocket *> &clients, const QByteArray &line)
+bool sendToClients(const QList<QTcpSocket *> &clients, const QByteArray &line)
 {
     bool delivered = false;
     for (QTcpSocket *socket : clients) {
@@ -138,6 +149,8 @@ static bool sendToClients(const QList<QTcpSocket *> &clients, const QByteArray &
     }
     return delivered;
 }
+
+} // namespace
 
 void MainWindow::broadcastDecodes(const QString &periodLabel, const QStringList &lines)
 {
@@ -172,3 +185,5 @@ void MainWindow::onDecodesDelivered(const QString &periodLabel, const QStringLis
     bridgeLastOutputMs = nowMs();
     bridgeLastOutputCount = lines.size();
 }
+
+} // namespace outpost

@@ -5,6 +5,9 @@
 #include <QRegularExpression>
 #include <QStringBuilder>
 
+namespace outpost
+{
+
 QByteArray bridgeReadyLine()
 {
     return QByteArrayLiteral("PELQBRIDGE2|READY\n");
@@ -63,3 +66,5 @@ void RecentDecodeKeys::prune(qint64 nowMs)
         }
     }
 }
+
+} // namespace outpost

@@ -5,6 +5,9 @@
 #include <QString>
 #include <optional>
 
+namespace outpost
+{
+
 // The wire format of the local WSJT bridge: 8-bit text, one LF after every line, one-way from
 // the station to its clients.
 //
@@ -51,3 +54,5 @@ public:
 private:
     QHash<QString, qint64> sentMs;
 };
+
+} // namespace outpost

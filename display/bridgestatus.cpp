@@ -9,6 +9,9 @@
 #include <QTcpServer>
 #include <QTimer>
 
+namespace outpost
+{
+
 void MainWindow::startBridgeFromMenu()
 {
     startBridge();
@@ -84,3 +87,5 @@ void MainWindow::refreshBridgeStatus()
     bridgeStatusLabel->setText(bridgeStatusText(bridgeState()));
     bridgeStatusDialog->adjustSize();
 }
+
+} // namespace outpost

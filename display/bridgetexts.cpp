@@ -4,7 +4,13 @@
 
 #include <QDateTime>
 
-static QString lastOutputText(const BridgeState &bridge)
+namespace outpost
+{
+
+namespace
+{
+
+QString lastOutputText(const BridgeState &bridge)
 {
     if (bridge.lastOutputMs < 1) {
         return QStringLiteral("Last output: None");
@@ -15,11 +21,13 @@ static QString lastOutputText(const BridgeState &bridge)
         .arg(bridge.lastOutputCount);
 }
 
-static QString lastErrorText(const BridgeState &bridge)
+QString lastErrorText(const BridgeState &bridge)
 {
     const QString error = bridge.lastError.trimmed();
     return QStringLiteral("Last error: %1").arg(error.isEmpty() ? QStringLiteral("None") : error);
 }
+
+} // namespace
 
 QString bridgeStatusText(const BridgeState &bridge)
 {
@@ -50,3 +58,5 @@ QString bridgeSummaryText(const BridgeState &bridge)
     }
     return QStringLiteral("Listening — %1 client(s)").arg(bridge.clients);
 }
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include <QString>
 
+namespace outpost
+{
+
 // The bridge as the operator sees it.
 struct BridgeState {
     bool listening = false;
@@ -20,3 +23,5 @@ QString bridgeAttachmentText(const BridgeState &bridge);
 
 // "Listening — <n> client(s)" or "Stopped".
 QString bridgeSummaryText(const BridgeState &bridge);
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+namespace outpost
+{
+
 QStringList decodeHeaders()
 {
     return {QStringLiteral("Time"), QStringLiteral("SNR"), QStringLiteral("DT"),
@@ -47,3 +50,5 @@ int latestPeriodCount(const QStringList &rowLabels)
         std::count_if(rowLabels.begin(), rowLabels.end(),
                       [&latest](const QString &rowLabel) { return rowLabel.trimmed() == latest; }));
 }
+
+} // namespace outpost

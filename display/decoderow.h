@@ -5,6 +5,9 @@
 #include <array>
 #include <optional>
 
+namespace outpost
+{
+
 // Columns of a decode row, in the table and in the Station Display.
 enum DecodeColumn { TimeColumn, SnrColumn, DtColumn, DfColumn, MessageColumn, DecodeColumnCount };
 
@@ -29,3 +32,5 @@ QStringList keptPeriodLabels(const QStringList &rowLabels);
 
 // How many rows belong to the period of the last row.
 int latestPeriodCount(const QStringList &rowLabels);
+
+} // namespace outpost

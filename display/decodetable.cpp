@@ -8,7 +8,13 @@
 #include <QScrollBar>
 #include <QTableWidget>
 
-static void setSectionResizeMode(QTableWidget *table, QHeaderView::ResizeMode mode)
+namespace outpost
+{
+
+namespace
+{
+
+void setSectionResizeMode(QTableWidget *table, QHeaderView::ResizeMode mode)
 {
     table->verticalHeader()->setSectionResizeMode(mode);
     table->horizontalHeader()->setSectionResizeMode(mode);
@@ -16,19 +22,21 @@ static void setSectionResizeMode(QTableWidget *table, QHeaderView::ResizeMode mo
 
 // Sections that follow their contents measure every cell again after each step of a batch. Held
 // still, they are measured once, by fitWindowToTable().
-static void holdSections(QTableWidget *table)
+void holdSections(QTableWidget *table)
 {
     setSectionResizeMode(table, QHeaderView::Fixed);
 }
 
 // To be called when all sections have their sizes.
-static void releaseSections(QTableWidget *table)
+void releaseSections(QTableWidget *table)
 {
     setSectionResizeMode(table, QHeaderView::ResizeToContents);
     for (QHeaderView *header : {table->verticalHeader(), table->horizontalHeader()}) {
         header->resizeSections(QHeaderView::Fixed); // calls off the measuring just posted
     }
 }
+
+} // namespace
 
 void MainWindow::buildDecodeTable()
 {
@@ -146,12 +154,17 @@ bool MainWindow::rowIsHighlighted(int row) const
     return matchesHighlightedCall(cellText(*decodeTable, row, MessageColumn));
 }
 
-static void setColour(QTableWidgetItem *item, int role, const QVariant &brush)
+namespace
+{
+
+void setColour(QTableWidgetItem *item, int role, const QVariant &brush)
 {
     if (item->data(role) != brush) { // every change of an item costs the view work
         item->setData(role, brush);
     }
 }
+
+} // namespace
 
 void MainWindow::applyRowHighlight(int row)
 {
@@ -197,3 +210,5 @@ void MainWindow::clearDecodes()
     decodeTable->setUpdatesEnabled(true);
     decodeTable->viewport()->update();
 }
+
+} // namespace outpost

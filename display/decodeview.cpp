@@ -5,6 +5,9 @@
 #include <QHeaderView>
 #include <algorithm>
 
+namespace outpost
+{
+
 namespace
 {
 // Rows that a column's width is measured by, from the visible ones on: more than three periods
@@ -56,3 +59,5 @@ bool DecodeView::isPlainRow(int row) const
     }
     return columnCount() > 0;
 }
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include <QTableWidget>
 
+namespace outpost
+{
+
 // A table of decodes that stays quick with thousands of rows, of which Qt would measure each cell
 // again whenever rows or the window change.
 class DecodeView : public QTableWidget
@@ -19,3 +22,5 @@ private:
 
     mutable int plainRowHeight = 0; // 0: to be measured
 };
+
+} // namespace outpost

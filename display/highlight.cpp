@@ -6,7 +6,15 @@
 #include <QInputDialog>
 #include <QPlainTextEdit>
 
-static const QString callsKey = QStringLiteral("highlight/calls");
+namespace outpost
+{
+
+namespace
+{
+
+const QString callsKey = QStringLiteral("highlight/calls");
+
+} // namespace
 
 void MainWindow::loadHighlightCalls()
 {
@@ -18,9 +26,12 @@ bool MainWindow::matchesHighlightedCall(const QString &text) const
     return containsCall(text, highlightCalls);
 }
 
+namespace
+{
+
 // Lets the operator edit *text; false when the edit was cancelled. Qt's ready-made dialog
 // would swallow the Tab key, and with it the way to the buttons.
-static bool askForCalls(QWidget *parent, QString *text)
+bool askForCalls(QWidget *parent, QString *text)
 {
     const QString label = QStringLiteral("Enter up to 10 complete callsigns, one per line.\n"
                                          "Matching decode rows will be highlighted yellow.");
@@ -39,7 +50,7 @@ static bool askForCalls(QWidget *parent, QString *text)
     return true;
 }
 
-static void warnOfInvalidCall(QWidget *parent, const QString &entry)
+void warnOfInvalidCall(QWidget *parent, const QString &entry)
 {
     showWarning(
         parent, QStringLiteral("Invalid Callsign"),
@@ -47,6 +58,8 @@ static void warnOfInvalidCall(QWidget *parent, const QString &entry)
                        "with no spaces.")
             .arg(entry));
 }
+
+} // namespace
 
 void MainWindow::editHighlightCalls()
 {
@@ -66,3 +79,5 @@ void MainWindow::editHighlightCalls()
         }
     }
 }
+
+} // namespace outpost

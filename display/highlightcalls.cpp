@@ -3,16 +3,24 @@
 #include <QRegularExpression>
 #include <algorithm>
 
-static QString asCall(const QString &entry)
+namespace outpost
+{
+
+namespace
+{
+
+QString asCall(const QString &entry)
 {
     return entry.trimmed().toUpper();
 }
 
-static bool isCall(const QString &entry)
+bool isCall(const QString &entry)
 {
     static const QRegularExpression pattern(QStringLiteral("^[A-Z0-9/]{1,15}$"));
     return pattern.match(entry).hasMatch();
 }
+
+} // namespace
 
 QStringList validHighlightCalls(const QStringList &stored)
 {
@@ -47,13 +55,18 @@ HighlightEdit parseHighlightCalls(const QString &typed)
     return edit;
 }
 
-static bool containsOneCall(const QString &text, const QString &call)
+namespace
+{
+
+bool containsOneCall(const QString &text, const QString &call)
 {
     const QRegularExpression pattern(
         QStringLiteral("(^|[^A-Z0-9/])%1(?=$|[^A-Z0-9/])").arg(QRegularExpression::escape(call)),
         QRegularExpression::CaseInsensitiveOption);
     return pattern.match(text).hasMatch();
 }
+
+} // namespace
 
 bool containsCall(const QString &text, const QStringList &calls)
 {
@@ -63,3 +76,5 @@ bool containsCall(const QString &text, const QStringList &calls)
     return std::any_of(calls.begin(), calls.end(),
                        [&text](const QString &call) { return containsOneCall(text, call); });
 }
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <QString>
 #include <QStringList>
 
+namespace outpost
+{
+
 // The operator's callsigns of interest: upper case, 1 to 15 characters of A-Z, 0-9 and "/", no
 // two the same.
 constexpr int maxHighlightCalls = 10;
@@ -21,3 +24,5 @@ HighlightEdit parseHighlightCalls(const QString &typed);
 // Whether the text holds one of the calls standing alone: no letter, digit or "/" touches it.
 // Letter case does not matter.
 bool containsCall(const QString &text, const QStringList &calls);
+
+} // namespace outpost

@@ -9,13 +9,21 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-static QLabel *buildSelectableLabel(QWidget *parent)
+namespace outpost
+{
+
+namespace
+{
+
+QLabel *buildSelectableLabel(QWidget *parent)
 {
     auto *label = new QLabel(parent);
     label->setTextFormat(Qt::PlainText); // host names and errors come from elsewhere
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
 }
+
+} // namespace
 
 LiveDialog buildLiveDialog(QWidget *parent, const QString &title, int refreshMs,
                            const std::function<void()> &refresh)
@@ -38,3 +46,5 @@ LiveDialog buildLiveDialog(QWidget *parent, const QString &title, int refreshMs,
     QObject::connect(timer, &QTimer::timeout, dialog, refresh);
     return {dialog, layout, label, timer};
 }
+
+} // namespace outpost

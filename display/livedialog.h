@@ -9,6 +9,9 @@ class QTimer;
 class QVBoxLayout;
 class QWidget;
 
+namespace outpost
+{
+
 // A small modeless window that keeps showing the station's state: one plain-text label over a
 // Close button, and a timer that refreshes it. It deletes itself, and all that is in it, when
 // closed.
@@ -21,3 +24,5 @@ struct LiveDialog {
 
 LiveDialog buildLiveDialog(QWidget *parent, const QString &title, int refreshMs,
                            const std::function<void()> &refresh);
+
+} // namespace outpost

@@ -15,9 +15,15 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-static constexpr int mostVisibleRows = 10;
+namespace outpost
+{
 
-static QTableWidget *buildStationTable(QWidget *parent)
+namespace
+{
+
+constexpr int mostVisibleRows = 10;
+
+QTableWidget *buildStationTable(QWidget *parent)
 {
     auto *table = new DecodeView(parent);
     table->setColumnCount(DecodeColumnCount);
@@ -32,6 +38,8 @@ static QTableWidget *buildStationTable(QWidget *parent)
     table->setTabKeyNavigation(false); // Tab leads on to the Close button
     return table;
 }
+
+} // namespace
 
 void MainWindow::showStationDisplay()
 {
@@ -68,7 +76,10 @@ void MainWindow::buildStationDisplay()
     });
 }
 
-static void copyRow(const QTableWidget &from, QTableWidget *to, int row)
+namespace
+{
+
+void copyRow(const QTableWidget &from, QTableWidget *to, int row)
 {
     for (int column = 0; column < DecodeColumnCount; ++column) {
         auto *item = new QTableWidgetItem(cellText(from, row, column));
@@ -77,7 +88,7 @@ static void copyRow(const QTableWidget &from, QTableWidget *to, int row)
     }
 }
 
-static void copyRows(const QTableWidget *from, QTableWidget *to)
+void copyRows(const QTableWidget *from, QTableWidget *to)
 {
     to->setRowCount(from ? from->rowCount() : 0);
     for (int row = 0; row < to->rowCount(); ++row) {
@@ -85,7 +96,7 @@ static void copyRows(const QTableWidget *from, QTableWidget *to)
     }
 }
 
-static void fitColumnsAndRows(QTableWidget *table)
+void fitColumnsAndRows(QTableWidget *table)
 {
     constexpr int narrowestMessage = 220;
     constexpr int widestMessage = 420;
@@ -95,7 +106,7 @@ static void fitColumnsAndRows(QTableWidget *table)
     table->resizeRowsToContents();
 }
 
-static int heightOfVisibleRows(const QTableWidget &table)
+int heightOfVisibleRows(const QTableWidget &table)
 {
     // Not its height(): before the table is laid out that is not yet the header's own.
     int height = table.horizontalHeader()->sizeHint().height() + 2 * table.frameWidth() + 2;
@@ -108,7 +119,7 @@ static int heightOfVisibleRows(const QTableWidget &table)
     return height;
 }
 
-static int widthOfColumns(const QTableWidget &table)
+int widthOfColumns(const QTableWidget &table)
 {
     int width = 2 * table.frameWidth() + 2;
     for (int column = 0; column < DecodeColumnCount; ++column) {
@@ -120,7 +131,7 @@ static int widthOfColumns(const QTableWidget &table)
     return width;
 }
 
-static void sizeStationTable(QTableWidget *table)
+void sizeStationTable(QTableWidget *table)
 {
     fitColumnsAndRows(table);
     table->setFixedWidth(widthOfColumns(*table));
@@ -129,6 +140,8 @@ static void sizeStationTable(QTableWidget *table)
     table->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
     table->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
 }
+
+} // namespace
 
 void MainWindow::refreshStationDisplay()
 {
@@ -170,3 +183,5 @@ void MainWindow::sizeStationDialog()
     stationDialog->adjustSize();
     stationSized = true;
 }
+
+} // namespace outpost

@@ -3,12 +3,20 @@
 #include "base/duration.h"
 #include "base/frequency.h"
 
-static const QLatin1String noValue("--");
+namespace outpost
+{
 
-static QString connectedText(bool connected)
+namespace
+{
+
+const QLatin1String noValue("--");
+
+QString connectedText(bool connected)
 {
     return connected ? QStringLiteral("Connected") : QStringLiteral("Disconnected");
 }
+
+} // namespace
 
 QString statusSummaryText(bool kiwiVerified, int bridgeClients, qint64 sessionDecodes)
 {
@@ -17,7 +25,10 @@ QString statusSummaryText(bool kiwiVerified, int bridgeClients, qint64 sessionDe
              QString::number(sessionDecodes));
 }
 
-static void takeSnr(LatestPeriod &period, const QString &snr)
+namespace
+{
+
+void takeSnr(LatestPeriod &period, const QString &snr)
 {
     bool isInteger = false;
     const int db = snr.trimmed().toInt(&isInteger);
@@ -27,6 +38,8 @@ static void takeSnr(LatestPeriod &period, const QString &snr)
     period.strongestDb = qMax(db, period.strongestDb.value_or(db));
     period.weakestDb = qMin(db, period.weakestDb.value_or(db));
 }
+
+} // namespace
 
 LatestPeriod latestPeriod(const QStringList &rowLabels, const QStringList &rowSnrs)
 {
@@ -45,7 +58,10 @@ LatestPeriod latestPeriod(const QStringList &rowLabels, const QStringList &rowSn
     return period;
 }
 
-static QString receiverText(const StatusSession &session)
+namespace
+{
+
+QString receiverText(const StatusSession &session)
 {
     if (!session.statusSessionActive) {
         return connectedText(false);
@@ -53,7 +69,7 @@ static QString receiverText(const StatusSession &session)
     return QStringLiteral("%1:%2").arg(session.sessionHost, QString::number(session.sessionPort));
 }
 
-static QString sessionFrequencyText(const StatusSession &session)
+QString sessionFrequencyText(const StatusSession &session)
 {
     if (!session.statusSessionActive) {
         return noValue;
@@ -61,7 +77,7 @@ static QString sessionFrequencyText(const StatusSession &session)
     return QStringLiteral("%1 MHz").arg(frequencyText(session.sessionFrequencyMhz));
 }
 
-static QString connectedTimeText(const StatusSession &session, qint64 nowMs)
+QString connectedTimeText(const StatusSession &session, qint64 nowMs)
 {
     if (!session.statusSessionActive) {
         return noValue;
@@ -69,10 +85,12 @@ static QString connectedTimeText(const StatusSession &session, qint64 nowMs)
     return formatDuration((nowMs - session.sessionStartMs) / 1000);
 }
 
-static QString snrText(const std::optional<int> &db)
+QString snrText(const std::optional<int> &db)
 {
     return db ? QString::number(*db) : QString(noValue);
 }
+
+} // namespace
 
 QString stationDisplayText(const StatusSession &session, qint64 nowMs, const LatestPeriod &latest,
                            const QString &bridgeSummary)
@@ -90,3 +108,5 @@ QString stationDisplayText(const StatusSession &session, qint64 nowMs, const Lat
     };
     return lines.join(QLatin1Char('\n'));
 }
+
+} // namespace outpost

@@ -6,6 +6,9 @@
 #include <QStringList>
 #include <optional>
 
+namespace outpost
+{
+
 // The status bar's one line. A bridge counts as connected when a client is attached to it.
 QString statusSummaryText(bool kiwiVerified, int bridgeClients, qint64 sessionDecodes);
 
@@ -23,3 +26,5 @@ LatestPeriod latestPeriod(const QStringList &rowLabels, const QStringList &rowSn
 // The Station Display's eight lines, joined by LF. `nowMs` is UTC, ms since the epoch.
 QString stationDisplayText(const StatusSession &session, qint64 nowMs, const LatestPeriod &latest,
                            const QString &bridgeSummary);
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 
 #include <QLabel>
 
+namespace outpost
+{
+
 void MainWindow::refreshStatusBar()
 {
     if (!statusSummaryLabel) {
@@ -14,3 +17,5 @@ void MainWindow::refreshStatusBar()
         statusSummaryLabel->setText(text);
     }
 }
+
+} // namespace outpost

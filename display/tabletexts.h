@@ -3,6 +3,9 @@
 #include <QStringList>
 #include <QTableWidget>
 
+namespace outpost
+{
+
 // The text of one cell; empty where the cell is missing.
 inline QString cellText(const QTableWidget &table, int row, int column)
 {
@@ -19,3 +22,5 @@ inline QStringList columnTexts(const QTableWidget &table, int column)
     }
     return texts;
 }
+
+} // namespace outpost

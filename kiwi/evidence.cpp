@@ -8,6 +8,9 @@
 #include <QSaveFile>
 #include <QTextStream>
 
+namespace outpost
+{
+
 void MainWindow::writeEvidence()
 {
     if (evidencePath.isEmpty() || link.sndFrames == 0) {
@@ -41,3 +44,5 @@ void MainWindow::writeEvidence()
                 ? QStringLiteral("Live SND evidence updated: %1").arg(evidencePath)
                 : QStringLiteral("Could not commit live SND evidence: %1").arg(file.errorString()));
 }
+
+} // namespace outpost

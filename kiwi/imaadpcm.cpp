@@ -1,5 +1,8 @@
 #include "kiwi/imaadpcm.h"
 
+namespace outpost
+{
+
 // The tables of the IMA Digital Audio Focus and Technical Working Group's recommendation.
 
 const int imaStepTable[89] = {
@@ -12,3 +15,5 @@ const int imaStepTable[89] = {
     12635, 13899, 15289, 16818, 18500, 20350, 22385, 24623, 27086, 29794, 32767};
 
 const int imaIndexTable[16] = {-1, -1, -1, -1, 2, 4, 6, 8, -1, -1, -1, -1, 2, 4, 6, 8};
+
+} // namespace outpost

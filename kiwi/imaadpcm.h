@@ -3,6 +3,9 @@
 #include <QtGlobal>
 #include <algorithm>
 
+namespace outpost
+{
+
 // IMA/DVI ADPCM, one nibble a sample, as the receiver's "compression=1" sends it. There are no
 // block headers: the state starts at (0, 0) and runs on over all frames of a connection.
 struct ImaAdpcmState {
@@ -28,3 +31,5 @@ inline qint16 decodeImaNibble(ImaAdpcmState &state, int nibble)
     state.adpcmPredictor = std::clamp(moved, -32768, 32767);
     return static_cast<qint16>(state.adpcmPredictor);
 }
+
+} // namespace outpost

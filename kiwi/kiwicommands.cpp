@@ -1,5 +1,8 @@
 #include "kiwi/kiwicommands.h"
 
+namespace outpost
+{
+
 QStringList kiwiSndEndpoints()
 {
     return {QStringLiteral("/kiwi/0/SND"), QStringLiteral("/kiwi/1/SND"),
@@ -44,3 +47,5 @@ QString shortenedText(const QString &message)
     }
     return message.left(shownCharacters) + QStringLiteral("...");
 }
+
+} // namespace outpost

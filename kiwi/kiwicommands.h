@@ -3,6 +3,9 @@
 #include <QString>
 #include <QStringList>
 
+namespace outpost
+{
+
 // What the program says to a receiver on its sound socket, client side of the KiwiSDR protocol.
 
 // The paths on which a receiver may serve its audio, in the order in which they are tried.
@@ -24,3 +27,5 @@ bool keepaliveIsDue(qint64 lastMs, qint64 nowMs);
 
 // A text message for the log: at most its first 180 characters, then "...".
 QString shortenedText(const QString &message);
+
+} // namespace outpost

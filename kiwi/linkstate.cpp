@@ -2,6 +2,9 @@
 
 #include "base/frequency.h"
 
+namespace outpost
+{
+
 namespace
 {
 constexpr double bytesPerMegabyte = 1048576.0;
@@ -23,3 +26,5 @@ QString kiwiStatusText(const LinkState &link, double frequencyMhz)
     }
     return QStringLiteral("Disconnected");
 }
+
+} // namespace outpost

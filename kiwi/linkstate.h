@@ -2,6 +2,9 @@
 
 #include <QString>
 
+namespace outpost
+{
+
 // The live link to one receiver: what is being tried and what has arrived on it.
 struct LinkState {
     bool probing = false;     // a connection attempt is in progress or established
@@ -18,3 +21,5 @@ struct LinkState {
 // The state shown to the operator: "Connected — …", "Connecting — …" (each several lines
 // joined by LF) or "Disconnected".
 QString kiwiStatusText(const LinkState &link, double frequencyMhz);
+
+} // namespace outpost

@@ -7,6 +7,9 @@
 #include <array>
 #include <iterator>
 
+namespace outpost
+{
+
 namespace
 {
 // Receivers say why in a few words. A configuration of megabytes is not searched for them.
@@ -74,3 +77,5 @@ void RecentNotices::forget(qint64 nowMs)
         it = recent ? std::next(it) : toldMs.erase(it);
     }
 }
+
+} // namespace outpost

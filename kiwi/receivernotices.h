@@ -4,6 +4,9 @@
 #include <QHash>
 #include <QStringList>
 
+namespace outpost
+{
+
 // Why a receiver refuses or ends a link, in its own words: of a "MSG " frame's blank-separated
 // "name" and "name=value", those that say so, as in "badp=1" or "monitor". Values are
 // percent-decoded, cut like any text message and without control characters.
@@ -22,3 +25,5 @@ private:
 
     QHash<QString, qint64> toldMs; // those of the last minute
 };
+
+} // namespace outpost

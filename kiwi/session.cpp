@@ -14,6 +14,9 @@
 #include <QUrl>
 #include <QWebSocket>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int openTimeoutMs = 5000;
@@ -254,7 +257,7 @@ void MainWindow::resetLinkCounters()
 
 QString MainWindow::kiwiStatusText() const
 {
-    return ::kiwiStatusText(link, frequencyMhz);
+    return outpost::kiwiStatusText(link, frequencyMhz);
 }
 
 void MainWindow::setKiwiStatus(const QString &text)
@@ -264,3 +267,5 @@ void MainWindow::setKiwiStatus(const QString &text)
     }
     refreshStatusBar();
 }
+
+} // namespace outpost

@@ -6,6 +6,9 @@
 #include <QCryptographicHash>
 #include <QFile>
 
+namespace outpost
+{
+
 namespace
 {
 // A label on a line of its own, its value on the next, a blank line.
@@ -61,3 +64,5 @@ QString fileSha256(const QString &path)
     }
     return QString::fromLatin1(hash.result().toHex().toUpper());
 }
+
+} // namespace outpost

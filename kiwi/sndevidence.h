@@ -5,6 +5,9 @@
 #include <QDateTime>
 #include <QString>
 
+namespace outpost
+{
+
 // The report that real "SND" audio arrived: where from, how much, and which program file ran.
 struct SndEvidence {
     QDateTime capturedLocal;
@@ -28,3 +31,5 @@ QString evidenceText(const SndEvidence &evidence);
 
 // SHA-256 of the whole file in upper-case hexadecimal; "UNAVAILABLE" when it cannot be read.
 QString fileSha256(const QString &path);
+
+} // namespace outpost

@@ -1,5 +1,8 @@
 #include "kiwi/sndframe.h"
 
+namespace outpost
+{
+
 bool isSndFrame(const QByteArray &frame)
 {
     return frame.startsWith("SND");
@@ -22,3 +25,5 @@ QString frameHead(const QByteArray &frame)
     // The bare pointer ends the text at the first zero byte.
     return QString::fromLatin1(head.constData()).toHtmlEscaped();
 }
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <QByteArray>
 #include <QString>
 
+namespace outpost
+{
+
 // A binary frame of the receiver's sound socket, offsets from its first byte:
 //   0  3  ASCII "SND"
 //   3  1  flags; 0x10 set: the payload is IMA ADPCM, clear: little-endian 16-bit samples
@@ -22,3 +25,5 @@ bool frameIsLogged(quint64 frameNumber);
 
 // The frame's first 8 bytes for the log: Latin-1 up to the first zero byte, HTML-escaped.
 QString frameHead(const QByteArray &frame);
+
+} // namespace outpost

@@ -11,6 +11,9 @@
 #include <QTimer>
 #include <QWebSocket>
 
+namespace outpost
+{
+
 void MainWindow::onBinaryFrame(QWebSocket *socket, const QByteArray &frame)
 {
     if (socket != kiwiSocket) {
@@ -80,3 +83,5 @@ void MainWindow::showSoundOutcome(const SoundOutcome &outcome)
     setWindowTitle(outcome.succeeded ? QStringLiteral("PELQ Kiwi Outpost (FT8 Decode Complete)")
                                      : QStringLiteral("PELQ Kiwi Outpost (ADPCM WAV Failed)"));
 }
+
+} // namespace outpost

@@ -1,5 +1,8 @@
 #include "sim/behaviour.h"
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -350,3 +353,5 @@ bool EndpointBehaviours::areAll(Fault fault) const
 }
 
 } // namespace sim
+
+} // namespace outpost

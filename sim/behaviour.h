@@ -4,6 +4,9 @@
 #include <QString>
 #include <QVector>
 
+namespace outpost
+{
+
 // What the simulated receiver does on an endpoint: stream faithfully, or one of the faults met in
 // the field. The table drives parsing and help.
 namespace sim
@@ -94,3 +97,5 @@ struct EndpointBehaviours {
 };
 
 } // namespace sim
+
+} // namespace outpost

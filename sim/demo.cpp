@@ -25,6 +25,9 @@
 #include <QTextStream>
 #include <QTimer>
 
+namespace outpost
+{
+
 namespace
 {
 struct DemoOptions {
@@ -287,6 +290,10 @@ DemoCommandLine readDemoCommandLine(const QStringList &arguments, bool display)
     return {options, std::nullopt};
 }
 } // namespace
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char *argv[])
 {

@@ -4,6 +4,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -94,3 +97,5 @@ QVector<QByteArray> greeting(const QByteArray &clientAddress, double rateHz, int
 }
 
 } // namespace sim
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <QByteArray>
 #include <QVector>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -16,3 +19,5 @@ QVector<QByteArray> greetingWithoutAudio(const QByteArray &clientAddress, double
                                          int configKb);
 
 } // namespace sim
+
+} // namespace outpost

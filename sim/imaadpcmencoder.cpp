@@ -1,5 +1,8 @@
 #include "sim/imaadpcmencoder.h"
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -87,3 +90,5 @@ Samples decodeAdpcm(AdpcmState *state, const QByteArray &payload)
 }
 
 } // namespace sim
+
+} // namespace outpost

@@ -4,6 +4,9 @@
 
 #include <QByteArray>
 
+namespace outpost
+{
+
 // IMA/DVI ADPCM as the receiver sends it: four bits a sample, low nibble first, 89 steps. The state
 // is (0, 0) at connection and runs on from frame to frame.
 namespace sim
@@ -22,3 +25,5 @@ QByteArray encodeAdpcm(AdpcmState *state, const Samples &samples);
 Samples decodeAdpcm(AdpcmState *state, const QByteArray &payload);
 
 } // namespace sim
+
+} // namespace outpost

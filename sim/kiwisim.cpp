@@ -10,6 +10,9 @@
 #include <QHostAddress>
 #include <QTcpServer>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -261,3 +264,5 @@ sim::Samples KiwiSim::Private::periodAudio(int period) const
     }
     return audio.at(number % audio.size());
 }
+
+} // namespace outpost

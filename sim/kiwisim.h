@@ -10,6 +10,9 @@
 #include <functional>
 #include <memory>
 
+namespace outpost
+{
+
 // A KiwiSDR-like receiver on this machine, for tests and demonstrations: greets, checks the
 // commands and streams FT8 periods laid exactly on UTC boundaries, or misbehaves as asked.
 // Event-driven on the thread that made it; nothing blocks except making the synthetic band in
@@ -80,3 +83,5 @@ private:
     struct Private;
     std::unique_ptr<Private> d;
 };
+
+} // namespace outpost

@@ -8,6 +8,9 @@
 #include <QHostAddress>
 #include <QRegularExpression>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -365,3 +368,5 @@ void Listener::record(const QByteArray &frame, bool kept)
 }
 
 } // namespace sim
+
+} // namespace outpost

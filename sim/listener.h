@@ -9,6 +9,9 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -106,3 +109,5 @@ private:
 };
 
 } // namespace sim
+
+} // namespace outpost

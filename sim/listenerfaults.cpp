@@ -3,6 +3,9 @@
 
 #include <QRandomGenerator>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -249,3 +252,5 @@ QByteArray Listener::randomFrame()
 }
 
 } // namespace sim
+
+} // namespace outpost

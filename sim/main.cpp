@@ -11,6 +11,9 @@
 #include <QLocale>
 #include <cstdio>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -146,6 +149,10 @@ int endWith(const Ending &ending)
 }
 
 } // namespace
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

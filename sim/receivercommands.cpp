@@ -2,6 +2,9 @@
 
 #include <QStringList>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -56,3 +59,5 @@ bool ReceiverCommands::isKeepalive(const QString &command)
 }
 
 } // namespace sim
+
+} // namespace outpost

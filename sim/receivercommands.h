@@ -3,6 +3,9 @@
 #include <QSet>
 #include <QString>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -30,3 +33,5 @@ private:
 };
 
 } // namespace sim
+
+} // namespace outpost

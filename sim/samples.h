@@ -2,6 +2,9 @@
 
 #include <QVector>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -14,3 +17,5 @@ constexpr double kNoiseRms = 300.0;            // the noise floor between and un
 constexpr double kPi = 3.14159265358979323846; // strict C++17 has none
 
 } // namespace sim
+
+} // namespace outpost

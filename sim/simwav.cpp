@@ -5,6 +5,9 @@
 #include <QSaveFile>
 #include <QtEndian>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -144,3 +147,5 @@ Samples fromLittleEndian(const QByteArray &bytes)
 }
 
 } // namespace sim
+
+} // namespace outpost

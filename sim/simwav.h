@@ -5,6 +5,9 @@
 #include <QByteArray>
 #include <QString>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -20,3 +23,5 @@ QByteArray toBigEndian(const Samples &samples);
 Samples fromLittleEndian(const QByteArray &bytes); // an odd last byte is dropped
 
 } // namespace sim
+
+} // namespace outpost

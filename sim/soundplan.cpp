@@ -4,6 +4,9 @@
 
 #include <cmath>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -52,3 +55,5 @@ SoundPlan planSound(qint64 earliestMs, double frameMs)
 }
 
 } // namespace sim
+
+} // namespace outpost

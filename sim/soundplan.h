@@ -2,6 +2,9 @@
 
 #include <QtGlobal>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -24,3 +27,5 @@ SoundPlan planSound(qint64 earliestMs, double frameMs);
 qint64 firstBoundaryMs(qint64 nowMs);
 
 } // namespace sim
+
+} // namespace outpost

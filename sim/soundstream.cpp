@@ -5,6 +5,9 @@
 #include <QtEndian>
 #include <cmath>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -164,3 +167,5 @@ QVector<Samples> PeriodRecorder::take(const QByteArray &soundFrame, bool kept)
 }
 
 } // namespace sim
+
+} // namespace outpost

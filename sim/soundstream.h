@@ -8,6 +8,9 @@
 #include <functional>
 #include <random>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -93,3 +96,5 @@ private:
 };
 
 } // namespace sim
+
+} // namespace outpost

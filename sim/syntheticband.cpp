@@ -11,6 +11,9 @@
 #include <iterator>
 #include <random>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -233,3 +236,5 @@ bool loadBand(const BandSettings &settings, QVector<Samples> *periods, QString *
 }
 
 } // namespace sim
+
+} // namespace outpost

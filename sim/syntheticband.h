@@ -5,6 +5,9 @@
 #include <QString>
 #include <functional>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -33,3 +36,5 @@ struct BandSettings {
 bool loadBand(const BandSettings &settings, QVector<Samples> *periods, QString *error);
 
 } // namespace sim
+
+} // namespace outpost

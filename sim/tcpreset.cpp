@@ -6,6 +6,9 @@
 #include <sys/socket.h>
 #endif
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -23,3 +26,5 @@ void resetOnClose(qintptr socketDescriptor)
 }
 
 } // namespace sim
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include <QtGlobal>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -10,3 +13,5 @@ namespace sim
 void resetOnClose(qintptr socketDescriptor);
 
 } // namespace sim
+
+} // namespace outpost

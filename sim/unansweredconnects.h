@@ -2,6 +2,9 @@
 
 #include <QTcpSocket>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -10,3 +13,5 @@ namespace sim
 bool leaveConnectsUnanswered(const QTcpSocket &bound, QTcpSocket *firstInQueue);
 
 } // namespace sim
+
+} // namespace outpost

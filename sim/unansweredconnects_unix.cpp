@@ -3,6 +3,9 @@
 #include <QHostAddress>
 #include <sys/socket.h>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -17,3 +20,5 @@ bool leaveConnectsUnanswered(const QTcpSocket &bound, QTcpSocket *firstInQueue)
 }
 
 } // namespace sim
+
+} // namespace outpost

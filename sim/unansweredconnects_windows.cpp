@@ -2,6 +2,9 @@
 
 #include <winsock2.h>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -16,3 +19,5 @@ bool leaveConnectsUnanswered(const QTcpSocket &bound, QTcpSocket *)
 }
 
 } // namespace sim
+
+} // namespace outpost

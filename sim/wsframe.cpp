@@ -3,6 +3,9 @@
 #include <QCryptographicHash>
 #include <QtEndian>
 
+namespace outpost
+{
+
 namespace sim
 {
 
@@ -109,3 +112,5 @@ QByteArray wsFrame(Opcode opcode, const QByteArray &payload, bool final)
 }
 
 } // namespace sim
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <QByteArray>
 #include <QMap>
 
+namespace outpost
+{
+
 // The server's side of RFC 6455, as pure functions on bytes: enough freedom to send what an
 // ordinary server class cannot (a close without status code, half a frame, fragments without end).
 namespace sim
@@ -55,3 +58,5 @@ QByteArray frameHeader(Opcode opcode, quint64 payloadBytes, bool final = true);
 QByteArray wsFrame(Opcode opcode, const QByteArray &payload, bool final = true);
 
 } // namespace sim
+
+} // namespace outpost

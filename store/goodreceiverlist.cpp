@@ -15,6 +15,9 @@
 #include <QPushButton>
 #include <QVariantMap>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -145,3 +148,5 @@ void MainWindow::changeRemovedReceivers(const ReceiverKey &key, bool removed)
         unsavedRemovedKeys.clear();
     }
 }
+
+} // namespace outpost

@@ -7,6 +7,9 @@
 #include <QJsonObject>
 #include <algorithm>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -73,3 +76,5 @@ QJsonArray withoutReceiver(const QJsonArray &list, const QString &host, int port
     }
     return kept;
 }
+
+} // namespace outpost

@@ -4,6 +4,9 @@
 #include <QString>
 #include <QVector>
 
+namespace outpost
+{
+
 // The list of good receivers: a JSON array of objects with the keys Host, Port, FrequencyMhz,
 // LastDecodeCount and LastDecodeUtc, in the order in which the receivers were first recorded.
 struct GoodReceiver {
@@ -27,3 +30,5 @@ QJsonArray withReceiver(QJsonArray list, const GoodReceiver &receiver, qint64 re
 
 // The list without any entry of that receiver; all else stays, in order.
 QJsonArray withoutReceiver(const QJsonArray &list, const QString &host, int port);
+
+} // namespace outpost

@@ -7,6 +7,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+namespace outpost
+{
+
 QString Profile::defaultKiwiHost(const QString &serial)
 {
     return serial + QStringLiteral("." OUTPOST_PROXY_DOMAIN);
@@ -55,3 +58,5 @@ ProfileReading readProfileFile(const QString &path, const Profile &current)
     }
     return {profile, QString()};
 }
+
+} // namespace outpost

@@ -4,6 +4,9 @@
 #include <QString>
 #include <optional>
 
+namespace outpost
+{
+
 // Receiver and decoder settings as a profile file keeps them: one JSON object with the keys
 // BridgePort, Host, Jt9Path, Port, Serial, UseProxy. The dial frequency is not among them; all
 // profiles share the one in the frequency file.
@@ -33,3 +36,5 @@ struct ProfileReading {
     QString error; // one sentence without its full stop; empty when there is a profile
 };
 ProfileReading readProfileFile(const QString &path, const Profile &current);
+
+} // namespace outpost

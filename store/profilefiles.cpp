@@ -11,6 +11,9 @@
 #include <QFileDialog>
 #include <QFileInfo>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -133,3 +136,5 @@ void MainWindow::saveProfileAs()
     saveFrequencyFile();
     logLine(QStringLiteral("Profile saved as: %1").arg(path));
 }
+
+} // namespace outpost

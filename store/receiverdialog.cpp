@@ -14,6 +14,9 @@
 #include <QPushButton>
 #include <QVariantMap>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -196,3 +199,5 @@ void MainWindow::applyReceiver(const QString &hostText, const QString &portText,
     saveFrequencyFile();
     connectKiwi();
 }
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include "base/frequency.h"
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -32,3 +35,5 @@ ReceiverInput readReceiverInput(const QString &hostText, const QString &portText
     }
     return {host, port, *mhz, QString()};
 }
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include <QString>
 
+namespace outpost
+{
+
 // What the operator asks for in the Kiwi Receiver dialog.
 struct ReceiverInput {
     QString host; // trimmed, in the operator's own case
@@ -14,3 +17,5 @@ struct ReceiverInput {
 // the refusal, in the order host, port (1..65535), frequency; then nothing else is to be used.
 ReceiverInput readReceiverInput(const QString &hostText, const QString &portText,
                                 const QString &frequencyText);
+
+} // namespace outpost

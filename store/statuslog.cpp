@@ -10,6 +10,9 @@
 #include <QtGlobal>
 #include <algorithm>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -193,3 +196,5 @@ QString statusLogText(const StatusSession &session, qint64 nowMs, const QString 
     lines << currentConnectionLines(session, nowMs) << QString() << history;
     return lines.join(QLatin1Char('\n'));
 }
+
+} // namespace outpost

@@ -5,6 +5,9 @@
 #include <QString>
 #include <optional>
 
+namespace outpost
+{
+
 // The receiver session being timed; all fields at rest while none is.
 struct StatusSession {
     bool statusSessionActive = false;
@@ -31,3 +34,5 @@ QString statusHistoryText(const std::optional<QByteArray> &file);
 // shown as given.
 QString statusLogText(const StatusSession &session, qint64 nowMs, const QString &shownPath,
                       const QString &history);
+
+} // namespace outpost

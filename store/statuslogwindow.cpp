@@ -20,6 +20,9 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -219,3 +222,5 @@ void MainWindow::buildStatusLogWindow()
     refreshStatusLogView();
     statusLogTimer->start(refreshIntervalMs);
 }
+
+} // namespace outpost

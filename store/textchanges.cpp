@@ -5,6 +5,9 @@
 #include <QtGlobal>
 #include <algorithm>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -161,3 +164,5 @@ int changedPosition(const QVector<TextChange> &changes, int position, Edge edge)
     }
     return moved;
 }
+
+} // namespace outpost

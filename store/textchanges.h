@@ -3,6 +3,9 @@
 #include <QString>
 #include <QVector>
 
+namespace outpost
+{
+
 // A piece of a text that gives way to another.
 struct TextChange {
     int position; // in the old text
@@ -20,3 +23,5 @@ enum class Edge { Start, End };
 
 // Where a position in the old text is after the changes.
 int changedPosition(const QVector<TextChange> &changes, int position, Edge edge);
+
+} // namespace outpost

@@ -6,6 +6,9 @@
 #include <QList>
 #include <iterator>
 
+namespace outpost
+{
+
 namespace
 {
 void checkWire(const BridgeDecode &decode)
@@ -97,3 +100,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     return 0;
 }
+
+} // namespace outpost

@@ -8,6 +8,9 @@
 #include <clocale>
 #include <cmath>
 
+namespace outpost
+{
+
 namespace
 {
 // All decode lines of a whole output at once, however many.
@@ -152,3 +155,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     return 0;
 }
+
+} // namespace outpost

@@ -4,6 +4,9 @@
 #include <QList>
 #include <cmath>
 
+namespace outpost
+{
+
 namespace
 {
 void checkFrequency(double mhz)
@@ -84,3 +87,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     return 0;
 }
+
+} // namespace outpost

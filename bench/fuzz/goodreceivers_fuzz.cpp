@@ -6,6 +6,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+namespace outpost
+{
+
 namespace
 {
 bool isEntry(const QJsonValue &element, const QString &host, int port)
@@ -118,3 +121,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     return 0;
 }
+
+} // namespace outpost

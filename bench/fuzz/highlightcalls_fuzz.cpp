@@ -1,6 +1,9 @@
 #include "bench/fuzz/fuzzing.h"
 #include "display/highlightcalls.h"
 
+namespace outpost
+{
+
 namespace
 {
 bool isCallSign(QChar c)
@@ -107,3 +110,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     checkMatch(text, validHighlightCalls(lines));
     return 0;
 }
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 #include "bench/fuzz/referenceadpcm.h"
 #include "kiwi/imaadpcm.h"
 
+namespace outpost
+{
+
 // Input: the state to begin with (index, predictor), then the payload of a compressed frame.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -26,3 +29,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     return 0;
 }
+
+} // namespace outpost

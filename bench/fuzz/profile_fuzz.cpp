@@ -4,6 +4,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+namespace outpost
+{
+
 namespace
 {
 bool same(const Profile &a, const Profile &b)
@@ -90,3 +93,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     checkRoundTrip(*read);
     return 0;
 }
+
+} // namespace outpost

@@ -2,6 +2,9 @@
 
 #include "kiwi/imaadpcm.h"
 
+namespace outpost
+{
+
 // IMA ADPCM once more, written for clearness: the three low bits weigh step, step/2 and step/4,
 // each truncated, step/8 is always added, and the top bit is the sign.
 inline int referenceSample(ImaAdpcmState &state, int nibble)
@@ -23,3 +26,5 @@ inline int referenceSample(ImaAdpcmState &state, int nibble)
     state.adpcmPredictor = qBound(-32768, state.adpcmPredictor, 32767);
     return state.adpcmPredictor;
 }
+
+} // namespace outpost

@@ -3,6 +3,9 @@
 #include <QString>
 #include <optional>
 
+namespace outpost
+{
+
 // A decode line's five fields as text.
 struct ReferenceLine {
     QString time;
@@ -90,3 +93,5 @@ inline std::optional<ReferenceLine> readReferenceLine(const QString &line)
 {
     return ReferenceReader(line).read();
 }
+
+} // namespace outpost

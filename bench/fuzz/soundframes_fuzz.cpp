@@ -7,6 +7,9 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+namespace outpost
+{
+
 namespace
 {
 // What the capture has to hold, sample by sample and without any shortcut.
@@ -201,3 +204,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     return 0;
 }
+
+} // namespace outpost

@@ -5,6 +5,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr qint64 startMs = 1768573395000;
@@ -171,3 +174,5 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     checkHistory(json, again);
     return 0;
 }
+
+} // namespace outpost

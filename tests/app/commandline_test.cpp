@@ -5,6 +5,9 @@
 #include <QRegularExpression>
 #include <QTest>
 
+namespace outpost
+{
+
 namespace
 {
 QStringList words(const char *line)
@@ -173,5 +176,7 @@ private slots:
     void anOptionOfQtWithoutItsValuePasses() { QVERIFY(!read(words("-platform")).ending); }
 };
 
-QTEST_APPLESS_MAIN(CommandLineTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::CommandLineTest)
 #include "commandline_test.moc"

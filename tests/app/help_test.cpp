@@ -11,6 +11,9 @@
 #include <QWindow>
 #include <QtTest>
 
+namespace outpost
+{
+
 class HelpTest : public QObject
 {
     Q_OBJECT
@@ -137,5 +140,7 @@ void HelpTest::theWindowsCloseButtonCloses()
     });
 }
 
-OUTPOST_WINDOW_TEST_MAIN(HelpTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::HelpTest)
 #include "help_test.moc"

@@ -3,6 +3,9 @@
 #include <QStringList>
 #include <QTest>
 
+namespace outpost
+{
+
 class HelpTextTest : public QObject
 {
     Q_OBJECT
@@ -160,5 +163,7 @@ void HelpTextTest::aboutHasFiveLines()
     QCOMPARE(about.filter(QStringLiteral("runtime")).size(), 1);
 }
 
-QTEST_APPLESS_MAIN(HelpTextTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::HelpTextTest)
 #include "helptext_test.moc"

@@ -8,6 +8,9 @@
 #include <QTest>
 #include <algorithm>
 
+namespace outpost
+{
+
 class IdentityTest : public QObject
 {
     Q_OBJECT
@@ -53,5 +56,7 @@ private slots:
     }
 };
 
-OUTPOST_WINDOW_TEST_MAIN(IdentityTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::IdentityTest)
 #include "identity_test.moc"

@@ -12,6 +12,9 @@
 #include <QTcpSocket>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 const QString longestSummary =
@@ -431,5 +434,7 @@ void MainWindowTest::endsWithEveryWindowOpen()
     }
 }
 
-OUTPOST_WINDOW_TEST_MAIN(MainWindowTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::MainWindowTest)
 #include "mainwindow_test.moc"

@@ -12,6 +12,9 @@
 #include <QMessageBox>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 const QStringList depthTexts{QStringLiteral("1 Decode Pass (Fastest)"),
@@ -406,5 +409,7 @@ void MenusTest::anInvalidStoredDepthChecks2AndIsKept()
     QCOMPARE(depthOnDisk(), QStringList(QStringLiteral("2")));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(MenusTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::MenusTest)
 #include "menus_test.moc"

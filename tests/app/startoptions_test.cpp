@@ -9,6 +9,9 @@
 #include <QLineEdit>
 #include <QTest>
 
+namespace outpost
+{
+
 namespace
 {
 const QString saved = QStringLiteral("default-profile.json");
@@ -220,5 +223,7 @@ private:
     std::unique_ptr<MainWindow> window;
 };
 
-OUTPOST_WINDOW_TEST_MAIN(StartOptionsTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StartOptionsTest)
 #include "startoptions_test.moc"

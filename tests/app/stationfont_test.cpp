@@ -10,6 +10,9 @@
 #include <QTextStream>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 // Lets fonts of the family `real` appear as `shown`, the rest keeping their names.
@@ -96,6 +99,10 @@ void StationFontTest::sizeWeightAndStyleAreFixed()
     QCOMPARE(QApplication::font().weight(), 50);
     QCOMPARE(QApplication::font().style(), QFont::StyleNormal);
 }
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

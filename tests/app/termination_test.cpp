@@ -8,6 +8,9 @@
 #include <cstdio>
 #include <unistd.h>
 
+namespace outpost
+{
+
 class TerminationTest : public QObject
 {
     Q_OBJECT
@@ -131,6 +134,10 @@ void TerminationTest::whatIsIgnoredStaysIgnored()
 {
     QVERIFY(actionOf(SIGHUP) == SIG_IGN);
 }
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

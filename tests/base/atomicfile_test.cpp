@@ -5,6 +5,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 class AtomicFileTest : public QObject
 {
     Q_OBJECT
@@ -94,5 +97,7 @@ void AtomicFileTest::aFileThatCannotBeOpenedReadsAsNothing()
     QVERIFY(!readFile(folder.path()).has_value());
 }
 
-QTEST_GUILESS_MAIN(AtomicFileTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::AtomicFileTest)
 #include "atomicfile_test.moc"

@@ -5,6 +5,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 class DataPathsTest : public QObject
 {
     Q_OBJECT
@@ -122,5 +125,7 @@ void DataPathsTest::captureLeavesAPlaceThatIsNotThere()
 }
 #endif
 
-QTEST_GUILESS_MAIN(DataPathsTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::DataPathsTest)
 #include "datapaths_test.moc"

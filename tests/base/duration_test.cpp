@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class DurationTest : public QObject
 {
     Q_OBJECT
@@ -39,5 +42,7 @@ void DurationTest::formatsWholeSeconds()
     QCOMPARE(formatDuration(seconds), text);
 }
 
-QTEST_GUILESS_MAIN(DurationTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::DurationTest)
 #include "duration_test.moc"

@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class FrequencyTest : public QObject
 {
     Q_OBJECT
@@ -171,5 +174,7 @@ void FrequencyTest::findsThePresetOfAFrequency()
     QTEST(bandPresetIndex(mhz), "index");
 }
 
-QTEST_GUILESS_MAIN(FrequencyTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::FrequencyTest)
 #include "frequency_test.moc"

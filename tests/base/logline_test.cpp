@@ -4,6 +4,9 @@
 #include <QTest>
 #include <QTime>
 
+namespace outpost
+{
+
 namespace
 {
 QtMsgType lastType;
@@ -70,5 +73,7 @@ void LogLineTest::foreignTextKeepsToItsLine()
     QTEST(escapedControls(foreign), "shown");
 }
 
-QTEST_APPLESS_MAIN(LogLineTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::LogLineTest)
 #include "logline_test.moc"

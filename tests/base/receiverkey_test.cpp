@@ -6,6 +6,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 class ReceiverKeyTest : public QObject
 {
     Q_OBJECT
@@ -163,5 +166,7 @@ void ReceiverKeyTest::aHandEditedListIsRead()
     QCOMPARE(removedKeys(iniFile(name)), list("a:1|b:2"));
 }
 
-QTEST_GUILESS_MAIN(ReceiverKeyTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::ReceiverKeyTest)
 #include "receiverkey_test.moc"

@@ -3,6 +3,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+namespace outpost
+{
+
 class SettingsTest : public QObject
 {
     Q_OBJECT
@@ -52,5 +55,7 @@ void SettingsTest::openedByTheirOwnNames()
     QCOMPARE(settings.applicationName(), QStringLiteral("PELQ Kiwi Outpost"));
 }
 
-QTEST_APPLESS_MAIN(SettingsTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::SettingsTest)
 #include "settings_test.moc"

@@ -17,10 +17,13 @@
 #include <QtTest>
 #include <algorithm>
 
-static const bool twiceAsLarge = qputenv("QT_SCALE_FACTOR", "2"); // before the application is made
+namespace outpost
+{
 
 namespace
 {
+
+const bool twiceAsLarge = qputenv("QT_SCALE_FACTOR", "2"); // before the application is made
 const QStringList help{QStringLiteral("Help"), QStringLiteral("Help / About PELQ Kiwi Outpost")};
 const QStringList receiver{QStringLiteral("Settings"), QStringLiteral("Kiwi Receiver...")};
 
@@ -290,5 +293,7 @@ void SmallScreenTest::theKeyboardStaysWhereItWasWhenADialogGrows()
     });
 }
 
-OUTPOST_WINDOW_TEST_MAIN(SmallScreenTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::SmallScreenTest)
 #include "smallscreen_test.moc"

@@ -10,6 +10,9 @@
 #include <cstring>
 #include <memory>
 
+namespace outpost
+{
+
 namespace
 {
 // Another running copy of the program, which has made its capture folder.
@@ -212,6 +215,10 @@ private:
 
     std::unique_ptr<QTemporaryDir> place;
 };
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char *argv[])
 {

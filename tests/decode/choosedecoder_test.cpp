@@ -18,6 +18,9 @@
 #include <QTest>
 #include <QTextCodec>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -468,5 +471,7 @@ void ChooseDecoderTest::anotherChoiceIsRefused()
     QCOMPARE(fileBytes(profileFile()), profile);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(ChooseDecoderTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::ChooseDecoderTest)
 #include "choosedecoder_test.moc"

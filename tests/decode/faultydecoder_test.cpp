@@ -17,6 +17,9 @@
 #include <limits>
 #include <thread>
 
+namespace outpost
+{
+
 class FaultyDecoderTest : public QObject
 {
     Q_OBJECT
@@ -355,5 +358,7 @@ void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken()
     QVERIFY(leastStallMs < mostStallMs);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(FaultyDecoderTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::FaultyDecoderTest)
 #include "faultydecoder_test.moc"

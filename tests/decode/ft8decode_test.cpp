@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class Ft8DecodeTest : public QObject
 {
     Q_OBJECT
@@ -125,5 +128,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(Ft8DecodeTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::Ft8DecodeTest)
 #include "ft8decode_test.moc"

@@ -9,6 +9,9 @@
 #include <QtTest>
 #include <memory>
 
+namespace outpost
+{
+
 namespace
 {
 const QStringList windowsForm = {QStringLiteral("Qt5Core.dll"), QStringLiteral("wsjtx.exe")};
@@ -345,5 +348,7 @@ private:
     std::unique_ptr<QTemporaryDir> root;
 };
 
-QTEST_GUILESS_MAIN(Jt9LocatorTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::Jt9LocatorTest)
 #include "jt9locator_test.moc"

@@ -13,6 +13,9 @@
 #include <memory>
 #include <unistd.h>
 
+namespace outpost
+{
+
 namespace
 {
 const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
@@ -115,7 +118,12 @@ private:
 };
 } // namespace
 
-Q_DECLARE_METATYPE(Jt9Cause)
+} // namespace outpost
+
+Q_DECLARE_METATYPE(outpost::Jt9Cause)
+
+namespace outpost
+{
 
 class Jt9RunnerTest : public QObject
 {
@@ -652,5 +660,7 @@ private:
     std::unique_ptr<QTemporaryDir> work;
 };
 
-QTEST_GUILESS_MAIN(Jt9RunnerTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::Jt9RunnerTest)
 #include "jt9runner_test.moc"

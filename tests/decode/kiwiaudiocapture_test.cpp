@@ -20,6 +20,9 @@
 #include <unistd.h>
 #endif
 
+namespace outpost
+{
+
 namespace
 {
 // 14:23:15 UTC on 16 January 2026, a period's start.
@@ -887,5 +890,7 @@ private:
     QList<Delivery> batches;
 };
 
-QTEST_GUILESS_MAIN(KiwiAudioCaptureTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::KiwiAudioCaptureTest)
 #include "kiwiaudiocapture_test.moc"

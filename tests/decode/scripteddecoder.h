@@ -6,6 +6,9 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+namespace outpost
+{
+
 // An installed decoder whose behaviour is a shell script: "jt9" beside "wsjtx" in a folder of its
 // own, which the environment names. In the script $here is the folder that it can leave things
 // in for the test, $slot the name of the worker's scratch folder; $5, $7 and $8 are the low and
@@ -55,3 +58,5 @@ private:
 
     QTemporaryDir folder;
 };
+
+} // namespace outpost

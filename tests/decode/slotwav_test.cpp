@@ -16,6 +16,9 @@
 #include <sys/resource.h>
 #endif
 
+namespace outpost
+{
+
 namespace
 {
 // 14:23:15 UTC on 16 January 2026.
@@ -365,5 +368,7 @@ private:
     std::unique_ptr<QTemporaryDir> capture;
 };
 
-QTEST_GUILESS_MAIN(SlotWavTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::SlotWavTest)
 #include "slotwav_test.moc"

@@ -9,6 +9,9 @@
 #include <QDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int periods = 3;
@@ -210,5 +213,7 @@ void StreamTest::soundInBurstsIsComplete()
     QVERIFY(aftermath.answersWithin(4000));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(StreamTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StreamTest)
 #include "stream_test.moc"

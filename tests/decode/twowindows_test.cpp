@@ -12,6 +12,9 @@
 #include <QJsonDocument>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int periods = 3;
@@ -159,5 +162,7 @@ private:
     static bool lies(const char *name) { return besideTheProgram().exists(QLatin1String(name)); }
 };
 
-OUTPOST_WINDOW_TEST_MAIN(TwoWindowsTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::TwoWindowsTest)
 #include "twowindows_test.moc"

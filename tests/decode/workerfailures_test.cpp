@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 const QString period = QStringLiteral("14:23:15");
@@ -12,7 +15,12 @@ const Jt9Failure exitCode2 = {Jt9Cause::ExitCode, QStringLiteral("2")};
 const Jt9Failure killed = {Jt9Cause::Killed, QStringLiteral("1")};
 } // namespace
 
-Q_DECLARE_METATYPE(Jt9Cause)
+} // namespace outpost
+
+Q_DECLARE_METATYPE(outpost::Jt9Cause)
+
+namespace outpost
+{
 
 class WorkerFailuresTest : public QObject
 {
@@ -99,5 +107,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(WorkerFailuresTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::WorkerFailuresTest)
 #include "workerfailures_test.moc"

@@ -7,6 +7,9 @@
 #include <QtNetwork>
 #include <QtTest>
 
+namespace outpost
+{
+
 class BridgeTest : public QObject
 {
     Q_OBJECT
@@ -65,16 +68,21 @@ private:
     }
 };
 
+namespace
+{
+
 // From now on it takes nothing, and is a client until the event loop runs.
-static void startClosing(QTcpSocket *atTheStation)
+void startClosing(QTcpSocket *atTheStation)
 {
     atTheStation->write("x"); // closing waits for this
     atTheStation->disconnectFromHost();
     QCOMPARE(atTheStation->state(), QAbstractSocket::ClosingState);
 }
 
-static const QString example = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42");
-static const QByteArray exampleSent = "PELQOUTPOST2|MTAxNTMwCS0xMgkwLjMJMTIzNAlDUSBLMUFCQyBGTjQy\n";
+const QString example = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42");
+const QByteArray exampleSent = "PELQOUTPOST2|MTAxNTMwCS0xMgkwLjMJMTIzNAlDUSBLMUFCQyBGTjQy\n";
+
+} // namespace
 
 void BridgeTest::init()
 {
@@ -368,5 +376,7 @@ void BridgeTest::theReceiverIsRecordedWithAllLines()
     QCOMPARE(QJsonDocument::fromJson(fileBytes(file)).array(), receivers);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(BridgeTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::BridgeTest)
 #include "bridge_test.moc"

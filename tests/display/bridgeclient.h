@@ -3,6 +3,9 @@
 #include <QTcpSocket>
 #include <QTest>
 
+namespace outpost
+{
+
 // A program that listens to the bridge, and all that it has heard.
 class BridgeClient
 {
@@ -29,3 +32,5 @@ inline QByteArray decodeLine(const QByteArrayList &fields)
 {
     return "PELQOUTPOST2|" + fields.join('\t').toBase64() + '\n';
 }
+
+} // namespace outpost

@@ -17,6 +17,9 @@
 #include <unistd.h>
 #endif
 
+namespace outpost
+{
+
 // A client that takes one byte and then nothing more.
 class LazyClient
 {
@@ -66,16 +69,25 @@ private:
     QVector<int> fillers;
 };
 
+namespace
+{
+
 // Whether somebody is in the listener's queue.
-static bool somebodyWaits(int listener)
+bool somebodyWaits(int listener)
 {
     pollfd queue{listener, POLLIN, 0};
     return poll(&queue, 1, 0) == 1;
 }
+
+} // namespace
 #endif
 
-static const QString oneRemains =
-    QStringLiteral("WSJT bridge client disconnected; 1 client(s) remain.");
+namespace
+{
+
+const QString oneRemains = QStringLiteral("WSJT bridge client disconnected; 1 client(s) remain.");
+
+} // namespace
 
 class BridgeClientsTest : public QObject
 {
@@ -467,5 +479,7 @@ void BridgeClientsTest::aClientThatComesAfterTheLookAtTheQueueIsNoError()
 }
 #endif
 
-OUTPOST_WINDOW_TEST_MAIN(BridgeClientsTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::BridgeClientsTest)
 #include "bridgeclients_test.moc"

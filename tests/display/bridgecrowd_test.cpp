@@ -9,6 +9,9 @@
 #include <QtTest>
 #include <sys/resource.h>
 
+namespace outpost
+{
+
 class BridgeCrowdTest : public QObject
 {
     Q_OBJECT
@@ -188,5 +191,7 @@ void BridgeCrowdTest::aTakenPortIsFreeAgainLater()
     QTRY_VERIFY(allGreeted(crowd));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(BridgeCrowdTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::BridgeCrowdTest)
 #include "bridgecrowd_test.moc"

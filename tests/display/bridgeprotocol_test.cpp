@@ -2,8 +2,14 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
+namespace
+{
+
 // What a client program makes of one bridge line: the five fields.
-static QStringList clientFields(const QByteArray &line)
+QStringList clientFields(const QByteArray &line)
 {
     const QByteArray tag = "PELQOUTPOST2|";
     if (!line.startsWith(tag) || !line.endsWith('\n')) {
@@ -13,13 +19,15 @@ static QStringList clientFields(const QByteArray &line)
     return QString::fromUtf8(QByteArray::fromBase64(base64)).split(QLatin1Char('\t'));
 }
 
-static const QString exampleLine = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42");
+const QString exampleLine = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42");
 
-static BridgeDecode exampleDecode()
+BridgeDecode exampleDecode()
 {
     QString periodTime = QStringLiteral("101530");
     return parseBridgeDecode(exampleLine, &periodTime).value_or(BridgeDecode());
 }
+
+} // namespace
 
 class BridgeProtocolTest : public QObject
 {
@@ -256,5 +264,7 @@ void BridgeProtocolTest::pruningKeepsTheYoungOnes()
     }
 }
 
-QTEST_GUILESS_MAIN(BridgeProtocolTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::BridgeProtocolTest)
 #include "bridgeprotocol_test.moc"

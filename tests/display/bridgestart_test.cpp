@@ -9,17 +9,25 @@
 #include <QtTest>
 #include <QtWidgets>
 
-static QString listeningOn(int port)
+namespace outpost
+{
+
+namespace
+{
+
+QString listeningOn(int port)
 {
     return QStringLiteral("Local WSJT bridge listening on 127.0.0.1:%1.").arg(port);
 }
 
-static QString alreadyListeningOn(int port)
+QString alreadyListeningOn(int port)
 {
     return QStringLiteral("Local WSJT bridge already listening on 127.0.0.1:%1.").arg(port);
 }
 
-static const QString stopped = QStringLiteral("Local WSJT bridge stopped.");
+const QString stopped = QStringLiteral("Local WSJT bridge stopped.");
+
+} // namespace
 
 class BridgeStartTest : public QObject
 {
@@ -308,5 +316,7 @@ void BridgeStartTest::clientsAreTracedAsTheyComeAndGo()
         trace->count(QStringLiteral("WSJT bridge client disconnected; 0 client(s) remain.")), 1);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(BridgeStartTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::BridgeStartTest)
 #include "bridgestart_test.moc"

@@ -7,7 +7,15 @@
 #include <QtTest>
 #include <QtWidgets>
 
-static const QString title = QStringLiteral("PELQ Kiwi Outpost Bridge Status");
+namespace outpost
+{
+
+namespace
+{
+
+const QString title = QStringLiteral("PELQ Kiwi Outpost Bridge Status");
+
+} // namespace
 
 class BridgeStatusTest : public QObject
 {
@@ -228,7 +236,10 @@ struct AttachmentBox {
     QWidget *parent = nullptr;
 };
 
-static AttachmentBox attachmentBox(const MainWindow &window)
+namespace
+{
+
+AttachmentBox attachmentBox(const MainWindow &window)
 {
     AttachmentBox seen;
     whenDialogOpens([&seen](QWidget *dialog) {
@@ -242,6 +253,8 @@ static AttachmentBox attachmentBox(const MainWindow &window)
                     QStringLiteral("Test WSJT Attachment")});
     return seen;
 }
+
+} // namespace
 
 void BridgeStatusTest::theAttachmentBoxOfAListeningBridge()
 {
@@ -266,5 +279,7 @@ void BridgeStatusTest::theAttachmentBoxOfAStoppedBridge()
     QCOMPARE(box.text, QStringLiteral("The local WSJT bridge is stopped."));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(BridgeStatusTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::BridgeStatusTest)
 #include "bridgestatus_test.moc"

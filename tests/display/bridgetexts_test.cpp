@@ -2,7 +2,13 @@
 
 #include <QtTest>
 
-static BridgeState listeningBridge()
+namespace outpost
+{
+
+namespace
+{
+
+BridgeState listeningBridge()
 {
     BridgeState bridge;
     bridge.listening = true;
@@ -10,6 +16,8 @@ static BridgeState listeningBridge()
     bridge.clients = 2;
     return bridge;
 }
+
+} // namespace
 
 class BridgeTextsTest : public QObject
 {
@@ -96,5 +104,7 @@ void BridgeTextsTest::theSummaryLine()
     QCOMPARE(bridgeSummaryText(BridgeState()), QStringLiteral("Stopped"));
 }
 
-QTEST_GUILESS_MAIN(BridgeTextsTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::BridgeTextsTest)
 #include "bridgetexts_test.moc"

@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class DecodeRowTest : public QObject
 {
     Q_OBJECT
@@ -18,7 +21,12 @@ private slots:
     void countsTheRowsOfTheLastPeriod();
 };
 
-static const QString label = QStringLiteral("10:15:30");
+namespace
+{
+
+const QString label = QStringLiteral("10:15:30");
+
+} // namespace
 
 void DecodeRowTest::headersNameTheFiveColumns()
 {
@@ -77,10 +85,15 @@ void DecodeRowTest::aLineWithoutAMessageGivesNoRow()
     QVERIFY(!decodeCells(label, line).has_value());
 }
 
-static QStringList words(const char *text)
+namespace
+{
+
+QStringList words(const char *text)
 {
     return QString::fromLatin1(text).split(QLatin1Char(','));
 }
+
+} // namespace
 
 void DecodeRowTest::keepsTheThreePeriodsThatAppearedLast_data()
 {
@@ -129,5 +142,7 @@ void DecodeRowTest::countsTheRowsOfTheLastPeriod()
     QCOMPARE(latestPeriodCount(rowLabels), count);
 }
 
-QTEST_GUILESS_MAIN(DecodeRowTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::DecodeRowTest)
 #include "decoderow_test.moc"

@@ -4,12 +4,18 @@
 #include <QtTest>
 #include <QtWidgets>
 
-static QString messageHeaderOf(const QTableWidget &table)
+namespace outpost
+{
+
+namespace
+{
+
+QString messageHeaderOf(const QTableWidget &table)
 {
     return table.horizontalHeaderItem(4)->text();
 }
 
-static QStringList labelsOf(const QTableWidget &table)
+QStringList labelsOf(const QTableWidget &table)
 {
     QStringList labels;
     for (const QStringList &row : allRows(table)) {
@@ -18,10 +24,12 @@ static QStringList labelsOf(const QTableWidget &table)
     return labels;
 }
 
-static QStringList words(const char *text)
+QStringList words(const char *text)
 {
     return QString::fromLatin1(text).split(QLatin1Char(','), Qt::SkipEmptyParts);
 }
+
+} // namespace
 
 class DecodeTableTest : public QObject
 {
@@ -359,5 +367,7 @@ void DecodeTableTest::disconnectingKeepsTheRows()
     QCOMPARE(messageHeaderOf(*table), QStringLiteral("Message (5)"));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(DecodeTableTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::DecodeTableTest)
 #include "decodetable_test.moc"

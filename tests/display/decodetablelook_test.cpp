@@ -4,7 +4,13 @@
 #include <QtTest>
 #include <QtWidgets>
 
-static int widthThatFits(const QTableWidget &table)
+namespace outpost
+{
+
+namespace
+{
+
+int widthThatFits(const QTableWidget &table)
 {
     int width = 2 * table.frameWidth() + table.verticalScrollBar()->sizeHint().width() + 10;
     for (int column = 0; column < 5; ++column) {
@@ -13,20 +19,22 @@ static int widthThatFits(const QTableWidget &table)
     return width;
 }
 
-static const QString longMessage = QStringLiteral("CQ K1ABC FN42 ").repeated(5);
+const QString longMessage = QStringLiteral("CQ K1ABC FN42 ").repeated(5);
 
-static QJsonArray goodReceivers()
+QJsonArray goodReceivers()
 {
     const QString path = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
     return QJsonDocument::fromJson(fileBytes(path)).array();
 }
 
-static void setRemovedReceivers(const QStringList &keys)
+void setRemovedReceivers(const QStringList &keys)
 {
     QSettings settings = stationSettings();
     settings.setValue(QStringLiteral("receivers/removedKeys"), keys);
     settings.sync();
 }
+
+} // namespace
 
 class PaintCount : public QObject
 {
@@ -328,5 +336,7 @@ void DecodeTableLookTest::receiverThenStationDisplayThenStatusBar()
     QVERIFY(summaryLine(**station).endsWith(QStringLiteral("TDecodes 2")));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(DecodeTableLookTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::DecodeTableLookTest)
 #include "decodetablelook_test.moc"

@@ -8,6 +8,9 @@
 #include <QDateTime>
 #include <QJsonObject>
 
+namespace outpost
+{
+
 // A shown window in a fresh home: its time of day stands still until a test moves it, its bridge
 // listens on a free port and its decoder decodes nothing.
 class DisplayStation
@@ -71,3 +74,5 @@ inline QStringList jt9Lines(int count)
     }
     return lines;
 }
+
+} // namespace outpost

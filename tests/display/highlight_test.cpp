@@ -8,16 +8,26 @@
 #include <QtWidgets>
 #include <cstdio>
 
-static const QStringList entry{QStringLiteral("Settings"), QStringLiteral("Highlight Calls...")};
-static const QString askingText =
-    QStringLiteral("Enter up to 10 complete callsigns, one per line.\n"
-                   "Matching decode rows will be highlighted yellow.");
+namespace outpost
+{
+
+namespace
+{
+
+const QStringList entry{QStringLiteral("Settings"), QStringLiteral("Highlight Calls...")};
+const QString askingText = QStringLiteral("Enter up to 10 complete callsigns, one per line.\n"
+                                          "Matching decode rows will be highlighted yellow.");
+
+} // namespace
 
 // What one edit shows, window after window: the text in each dialog, the title and text of each
 // box.
 using Seen = QStringList;
 
-static void type(QWidget *editor, const QString &text)
+namespace
+{
+
+void type(QWidget *editor, const QString &text)
 {
     for (const QChar &character : text) {
         if (character == QLatin1Char('\n')) {
@@ -31,7 +41,7 @@ static void type(QWidget *editor, const QString &text)
 // Types each text in turn into the dialog that asks, replacing what is there, and ends it with
 // Enter on OK; every box is closed with Enter. The dialog that comes up after the last text is
 // cancelled with Escape.
-static Seen edit(const MainWindow &window, QStringList typedTexts)
+Seen edit(const MainWindow &window, QStringList typedTexts)
 {
     Seen seen;
     QTimer hands;
@@ -67,12 +77,12 @@ static Seen edit(const MainWindow &window, QStringList typedTexts)
     return seen;
 }
 
-static QString lines(const QStringList &calls)
+QString lines(const QStringList &calls)
 {
     return calls.join(QLatin1Char('\n'));
 }
 
-static QStringList callsNumbered(int count)
+QStringList callsNumbered(int count)
 {
     QStringList calls;
     for (int i = 0; i < count; ++i) {
@@ -82,7 +92,7 @@ static QStringList callsNumbered(int count)
 }
 
 // The text in the dialog of another process that starts with the settings on disk now.
-static QString textAfterRestart()
+QString textAfterRestart()
 {
     QProcess restarted;
     restarted.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--restarted")},
@@ -93,7 +103,7 @@ static QString textAfterRestart()
     return QString::fromUtf8(restarted.readAllStandardOutput());
 }
 
-static int showTextAfterRestart(int argc, char **argv)
+int showTextAfterRestart(int argc, char **argv)
 {
 #ifdef Q_OS_WIN
     useTestPlaces(); // the calling test's
@@ -103,6 +113,8 @@ static int showTextAfterRestart(int argc, char **argv)
     std::fputs(qUtf8Printable(edit(window, {}).value(0)), stdout);
     return 0;
 }
+
+} // namespace
 
 class HighlightTest : public QObject
 {
@@ -163,11 +175,15 @@ private:
     }
 };
 
-static const QString invalidCall =
+namespace
+{
+
+const QString invalidCall =
     QStringLiteral("Invalid Callsign: \"%1\" is not a valid callsign entry. Use only letters, "
                    "numbers, and /, with no spaces.");
-static const QString tooMany =
-    QStringLiteral("Too Many Callsigns: Enter no more than 10 callsigns.");
+const QString tooMany = QStringLiteral("Too Many Callsigns: Enter no more than 10 callsigns.");
+
+} // namespace
 
 void HighlightTest::init()
 {
@@ -472,6 +488,10 @@ void HighlightTest::nothingIsWrittenBackByReading()
     QCOMPARE(fileBytes(stationSettings().fileName()), stored);
 }
 #endif
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

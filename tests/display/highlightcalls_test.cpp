@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class HighlightCallsTest : public QObject
 {
     Q_OBJECT
@@ -23,12 +26,15 @@ private slots:
     void anyCallOfTheListMatches();
 };
 
-static QStringList words(const char *text)
+namespace
+{
+
+QStringList words(const char *text)
 {
     return QString::fromUtf8(text).split(QLatin1Char(','), Qt::SkipEmptyParts);
 }
 
-static QStringList distinctCalls(int count)
+QStringList distinctCalls(int count)
 {
     QStringList calls;
     for (int i = 0; i < count; ++i) {
@@ -36,6 +42,8 @@ static QStringList distinctCalls(int count)
     }
     return calls;
 }
+
+} // namespace
 
 void HighlightCallsTest::aStoredListIsCleanedSilently_data()
 {
@@ -184,5 +192,7 @@ void HighlightCallsTest::anyCallOfTheListMatches()
     QVERIFY(!containsCall(text, {}));
 }
 
-QTEST_GUILESS_MAIN(HighlightCallsTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::HighlightCallsTest)
 #include "highlightcalls_test.moc"

@@ -6,8 +6,16 @@
 #include <QtTest>
 #include <QtWidgets>
 
+namespace outpost
+{
+
 using CloseAction = std::function<void(QDialog *)>;
-Q_DECLARE_METATYPE(CloseAction)
+} // namespace outpost
+
+Q_DECLARE_METATYPE(outpost::CloseAction)
+
+namespace outpost
+{
 
 static const QString title = QStringLiteral("PELQ Kiwi Outpost Station Display");
 static const QStringList entry{QStringLiteral("Settings"), QStringLiteral("View"),
@@ -344,5 +352,7 @@ void StationDisplayTest::aClosedWindowIsLeftAlone()
     QCOMPARE(table()->rowCount(), 2);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(StationDisplayTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StationDisplayTest)
 #include "stationdisplay_test.moc"

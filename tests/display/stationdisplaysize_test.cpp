@@ -4,6 +4,9 @@
 #include <QtTest>
 #include <QtWidgets>
 
+namespace outpost
+{
+
 // Gives the window another size as soon as it is made, before it is first filled.
 class EarlyHand : public QObject
 {
@@ -258,5 +261,7 @@ void StationDisplaySizeTest::theOperatorsHeightIsKeptUntilTheWindowIsClosed()
     QVERIFY(again < first + 300);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(StationDisplaySizeTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StationDisplaySizeTest)
 #include "stationdisplaysize_test.moc"

@@ -2,9 +2,15 @@
 
 #include <QtTest>
 
-static const qint64 startMs = 1700000000000;
+namespace outpost
+{
 
-static StatusSession runningSession()
+namespace
+{
+
+const qint64 startMs = 1700000000000;
+
+StatusSession runningSession()
 {
     StatusSession session;
     session.statusSessionActive = true;
@@ -16,15 +22,17 @@ static StatusSession runningSession()
     return session;
 }
 
-static QString line(const QString &text, int number)
+QString line(const QString &text, int number)
 {
     return text.split(QLatin1Char('\n')).value(number - 1);
 }
 
-static QStringList words(const char *text)
+QStringList words(const char *text)
 {
     return QString::fromLatin1(text).split(QLatin1Char(','));
 }
+
+} // namespace
 
 class StationTextsTest : public QObject
 {
@@ -187,5 +195,7 @@ void StationTextsTest::snrExtremesOfTheLatestPeriod()
     QCOMPARE(line(text, 7), QStringLiteral("Strongest / weakest SNR: %1 dB").arg(shown));
 }
 
-QTEST_GUILESS_MAIN(StationTextsTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::StationTextsTest)
 #include "stationtexts_test.moc"

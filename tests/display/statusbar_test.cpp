@@ -6,6 +6,9 @@
 #include <QtTest>
 #include <QtWidgets>
 
+namespace outpost
+{
+
 class StatusBarTest : public QObject
 {
     Q_OBJECT
@@ -30,10 +33,14 @@ private:
     }
 };
 
-static const QString nothingConnected =
+namespace
+{
+
+const QString nothingConnected =
     QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 0");
-static const QString clientAttached =
-    QStringLiteral("Kiwi Disconnected | Bridge Connected | TDecodes 0");
+const QString clientAttached = QStringLiteral("Kiwi Disconnected | Bridge Connected | TDecodes 0");
+
+} // namespace
 
 void StatusBarTest::init()
 {
@@ -119,5 +126,7 @@ void StatusBarTest::aSessionsStartAndEndShowItsDecodes()
     QCOMPARE(summary(), nothingConnected);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(StatusBarTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StatusBarTest)
 #include "statusbar_test.moc"

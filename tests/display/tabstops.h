@@ -4,6 +4,9 @@
 #include <QTest>
 #include <QWidget>
 
+namespace outpost
+{
+
 // The controls that the Tab key leads to in a window, from the focused one round to it again, by
 // the names that a screen reader tells; a nameless control is an empty text.
 inline QStringList tabStops(QWidget *window)
@@ -18,3 +21,5 @@ inline QStringList tabStops(QWidget *window)
     } while (at != first && names.size() < 20);
     return names;
 }
+
+} // namespace outpost

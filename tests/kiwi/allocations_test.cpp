@@ -6,8 +6,16 @@
 #include <QTest>
 #include <atomic>
 
+namespace outpost
+{
+
+namespace
+{
+
 // Every way to allocate in this process ends in these.
-static std::atomic<int> allocations{0};
+std::atomic<int> allocations{0};
+
+} // namespace
 
 // NOLINTBEGIN(bugprone-reserved-identifier)
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -83,5 +91,7 @@ void AllocationsTest::soundWithinAPeriodAllocatesNothing()
     QCOMPARE(after - before, 0);
 }
 
-QTEST_APPLESS_MAIN(AllocationsTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::AllocationsTest)
 #include "allocations_test.moc"

@@ -7,6 +7,9 @@
 #include <QJsonArray>
 #include <QtTest>
 
+namespace outpost
+{
+
 class ClockStepsTest : public QObject
 {
     Q_OBJECT
@@ -191,5 +194,7 @@ void ClockStepsTest::beforeThatTheFirstOneIsWaitedFor()
     judge(aftermath);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(ClockStepsTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::ClockStepsTest)
 #include "clocksteps_test.moc"

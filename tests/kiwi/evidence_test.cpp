@@ -8,6 +8,9 @@
 #include <QTextStream>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 // What went into the streams of files that are saved, the newest at the end: the file itself
@@ -213,5 +216,7 @@ void EvidenceTest::aMissingFolderIsLoggedAndTriedAgain()
     QVERIFY(summaryLine(*station.window).startsWith(QStringLiteral("Kiwi Connected")));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(EvidenceTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::EvidenceTest)
 #include "evidence_test.moc"

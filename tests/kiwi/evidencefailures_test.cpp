@@ -6,6 +6,9 @@
 #include <QtTest>
 #include <sys/fsuid.h>
 
+namespace outpost
+{
+
 namespace
 {
 bool privateMounts = false; // they are entered before the test starts
@@ -109,6 +112,10 @@ void EvidenceFailuresTest::aReportThatCannotBeCommittedIsLogged()
     QCOMPARE(fileBytes(path), QByteArray("as it was"));
     QVERIFY(summaryLine(*station.window).startsWith(QStringLiteral("Kiwi Connected")));
 }
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

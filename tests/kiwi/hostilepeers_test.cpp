@@ -11,6 +11,9 @@
 #include <QWebSocket>
 #include <QtTest>
 
+namespace outpost
+{
+
 class HostilePeersTest : public QObject
 {
     Q_OBJECT
@@ -281,9 +284,12 @@ void HostilePeersTest::connectingAgainAndAgainLeavesNothingBehind()
     judge(aftermath);
 }
 
+namespace
+{
+
 // States of the link, each with the receiver that leads to it and what the status then begins
 // with.
-static void addStates()
+void addStates()
 {
     QTest::addColumn<QString>("behaviour");
     QTest::addColumn<QString>("state");
@@ -303,6 +309,8 @@ static void addStates()
     QTest::newRow("ended") << QStringLiteral("drop:0.1") << ended;
     QTest::newRow("failed") << QStringLiteral("refuse") << failed;
 }
+
+} // namespace
 
 void HostilePeersTest::applyInAnyStateLeavesOneLink_data()
 {
@@ -361,5 +369,7 @@ void HostilePeersTest::theWindowMayGoInAnyState()
     judge(aftermath);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(HostilePeersTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::HostilePeersTest)
 #include "hostilepeers_test.moc"

@@ -6,6 +6,9 @@
 #include <QtEndian>
 #include <cmath>
 
+namespace outpost
+{
+
 namespace
 {
 // Low nibble first, as the receiver packs them.
@@ -169,5 +172,7 @@ void ImaAdpcmTest::stateRunsOnAcrossFrames()
     QCOMPARE(parts, joined);
 }
 
-QTEST_APPLESS_MAIN(ImaAdpcmTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::ImaAdpcmTest)
 #include "imaadpcm_test.moc"

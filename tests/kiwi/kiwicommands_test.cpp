@@ -2,6 +2,9 @@
 
 #include <QTest>
 
+namespace outpost
+{
+
 class KiwiCommandsTest : public QObject
 {
     Q_OBJECT
@@ -117,5 +120,7 @@ void KiwiCommandsTest::loggedTextIsCutAfter180Characters()
     QTEST(shortenedText(message), "shown");
 }
 
-QTEST_APPLESS_MAIN(KiwiCommandsTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::KiwiCommandsTest)
 #include "kiwicommands_test.moc"

@@ -2,6 +2,9 @@
 
 #include <QTest>
 
+namespace outpost
+{
+
 class LinkStateTest : public QObject
 {
     Q_OBJECT
@@ -59,5 +62,7 @@ void LinkStateTest::verifiedWinsOverProbing()
     QVERIFY(kiwiStatusText(link, 1).startsWith(QStringLiteral("Connected — 1.000000 MHz\n")));
 }
 
-QTEST_APPLESS_MAIN(LinkStateTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::LinkStateTest)
 #include "linkstate_test.moc"

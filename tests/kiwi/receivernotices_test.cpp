@@ -3,6 +3,9 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+namespace outpost
+{
+
 class ReceiverNoticesTest : public QObject
 {
     Q_OBJECT
@@ -140,5 +143,7 @@ void ReceiverNoticesTest::atMost20DifferentOnesAMinute()
     QCOMPARE(told, 5 * 20);
 }
 
-QTEST_APPLESS_MAIN(ReceiverNoticesTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::ReceiverNoticesTest)
 #include "receivernotices_test.moc"

@@ -12,6 +12,9 @@
 #include <QtTest>
 #include <algorithm>
 
+namespace outpost
+{
+
 namespace
 {
 const QString local = QStringLiteral("127.0.0.1");
@@ -709,5 +712,7 @@ void SessionTest::framesOfAnOldLinkAreIgnored()
     QVERIFY(!station.trace.contains(QStringLiteral("ended")));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(SessionTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::SessionTest)
 #include "session_test.moc"

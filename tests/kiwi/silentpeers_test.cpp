@@ -9,6 +9,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class SilentPeersTest : public QObject
 {
     Q_OBJECT
@@ -103,5 +106,7 @@ void SilentPeersTest::everyWindowGivesUpAndLeavesNothingBehind()
     QVERIFY(aftermath.staysWithin(200 * 1024));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(SilentPeersTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::SilentPeersTest)
 #include "silentpeers_test.moc"

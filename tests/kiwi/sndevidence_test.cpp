@@ -4,6 +4,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+namespace outpost
+{
+
 class SndEvidenceTest : public QObject
 {
     Q_OBJECT
@@ -95,5 +98,7 @@ void SndEvidenceTest::hashOfAMissingFile()
     QCOMPARE(fileSha256(QStringLiteral("/nowhere/at/all")), QStringLiteral("UNAVAILABLE"));
 }
 
-QTEST_APPLESS_MAIN(SndEvidenceTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::SndEvidenceTest)
 #include "sndevidence_test.moc"

@@ -2,6 +2,9 @@
 
 #include <QTest>
 
+namespace outpost
+{
+
 class SndFrameTest : public QObject
 {
     Q_OBJECT
@@ -83,5 +86,7 @@ void SndFrameTest::headForTheLog()
     QTEST(frameHead(frame), "head");
 }
 
-QTEST_APPLESS_MAIN(SndFrameTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::SndFrameTest)
 #include "sndframe_test.moc"

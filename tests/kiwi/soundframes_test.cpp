@@ -6,6 +6,9 @@
 #include <QDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 const QByteArray sound = adpcmFrame(QByteArray(1024, '\0'));
@@ -372,5 +375,7 @@ void SoundFramesTest::theSessionOpensWithTheFirstSound()
     QCOMPARE(sessions.at(0).toObject().value(QLatin1String("DurationSeconds")).toInt(), 7);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(SoundFramesTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::SoundFramesTest)
 #include "soundframes_test.moc"

@@ -5,6 +5,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class StreamEndsTest : public QObject
 {
     Q_OBJECT
@@ -144,5 +147,7 @@ void StreamEndsTest::aMessageOf4MiBIsTakenAndOneByteMoreEndsTheStream()
     });
 }
 
-OUTPOST_WINDOW_TEST_MAIN(StreamEndsTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StreamEndsTest)
 #include "streamends_test.moc"

@@ -6,6 +6,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 QString tryingStatus(const QString &endpoint)
@@ -171,5 +174,7 @@ void WatchdogTest::settingTheClockNeitherShortensNorLengthensTheWait()
     }
 }
 
-OUTPOST_WINDOW_TEST_MAIN(WatchdogTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::WatchdogTest)
 #include "watchdog_test.moc"

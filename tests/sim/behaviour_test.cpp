@@ -3,6 +3,9 @@
 #include <QSet>
 #include <QtTest>
 
+namespace outpost
+{
+
 using namespace sim;
 
 class BehaviourTest : public QObject
@@ -99,5 +102,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(BehaviourTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::BehaviourTest)
 #include "behaviour_test.moc"

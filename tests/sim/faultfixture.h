@@ -6,6 +6,9 @@
 #include <QtTest>
 #include <memory>
 
+namespace outpost
+{
+
 inline QString text(const char *latin1)
 {
     return QString::fromLatin1(latin1);
@@ -73,3 +76,5 @@ protected:
     std::unique_ptr<SimClient> m_client;
     SimConfig m_config;
 };
+
+} // namespace outpost

@@ -9,6 +9,9 @@
 #include <unistd.h>
 #endif
 
+namespace outpost
+{
+
 using namespace sim;
 
 namespace
@@ -417,5 +420,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(FaultsTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::FaultsTest)
 #include "faults_test.moc"

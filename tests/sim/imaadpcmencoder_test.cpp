@@ -3,6 +3,9 @@
 #include <QtTest>
 #include <cmath>
 
+namespace outpost
+{
+
 using namespace sim;
 
 class ImaAdpcmEncoderTest : public QObject
@@ -97,5 +100,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(ImaAdpcmEncoderTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::ImaAdpcmEncoderTest)
 #include "imaadpcmencoder_test.moc"

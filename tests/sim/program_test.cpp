@@ -7,6 +7,9 @@
 #include <QWebSocket>
 #include <QtTest>
 
+namespace outpost
+{
+
 // The program itself: options, exit states, what it prints.
 class ProgramTest : public QObject
 {
@@ -139,5 +142,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(ProgramTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::ProgramTest)
 #include "program_test.moc"

@@ -7,6 +7,9 @@
 #include <QtEndian>
 #include <QtTest>
 
+namespace outpost
+{
+
 using namespace sim;
 
 namespace
@@ -524,5 +527,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(ReceiverTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::ReceiverTest)
 #include "receiver_test.moc"

@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 using namespace sim;
 
 class ReceiverCommandsTest : public QObject
@@ -115,5 +118,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(ReceiverCommandsTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::ReceiverCommandsTest)
 #include "receivercommands_test.moc"

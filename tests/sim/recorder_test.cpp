@@ -8,6 +8,9 @@
 #include <QtEndian>
 #include <QtTest>
 
+namespace outpost
+{
+
 using namespace sim;
 
 namespace
@@ -302,5 +305,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(RecorderTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::RecorderTest)
 #include "recorder_test.moc"

@@ -1,5 +1,8 @@
 #include "faultfixture.h"
 
+namespace outpost
+{
+
 using namespace sim;
 
 // What happens before the sound, or instead of it.
@@ -214,5 +217,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(RefusalsTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::RefusalsTest)
 #include "refusals_test.moc"

@@ -11,6 +11,9 @@
 #include <QWebSocket>
 #include <algorithm>
 
+namespace outpost
+{
+
 // UTC that tests can push forward; runs on by itself.
 class TestClock
 {
@@ -157,3 +160,5 @@ inline bool wasSent(const KiwiSim &receiver, const char *what)
         return event.kind == QLatin1String("sent") && event.text == QLatin1String(what);
     });
 }
+
+} // namespace outpost

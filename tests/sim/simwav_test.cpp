@@ -10,6 +10,9 @@
 #include <sys/resource.h>
 #endif
 
+namespace outpost
+{
+
 using namespace sim;
 
 class SimWavTest : public QObject
@@ -150,5 +153,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(SimWavTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::SimWavTest)
 #include "simwav_test.moc"

@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 using namespace sim;
 
 namespace
@@ -65,5 +68,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(SoundPlanTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::SoundPlanTest)
 #include "soundplan_test.moc"

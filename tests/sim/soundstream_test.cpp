@@ -4,6 +4,9 @@
 #include <QtEndian>
 #include <QtTest>
 
+namespace outpost
+{
+
 using namespace sim;
 
 namespace
@@ -334,5 +337,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(SoundStreamTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::SoundStreamTest)
 #include "soundstream_test.moc"

@@ -9,6 +9,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 using namespace sim;
 
 namespace
@@ -198,5 +201,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(SyntheticBandTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::SyntheticBandTest)
 #include "syntheticband_test.moc"

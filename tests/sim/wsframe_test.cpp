@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 using namespace sim;
 
 class WsFrameTest : public QObject
@@ -164,5 +167,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(WsFrameTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::WsFrameTest)
 #include "wsframe_test.moc"

@@ -4,6 +4,9 @@
 #include <QGenericPlugin>
 #include <QTimer>
 
+namespace outpost
+{
+
 class LoopEnder : public QGenericPlugin
 {
     Q_OBJECT
@@ -18,5 +21,7 @@ public:
         return timer;
     }
 };
+
+} // namespace outpost
 
 #include "loopender.moc"

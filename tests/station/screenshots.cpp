@@ -26,6 +26,9 @@
 #include <QTcpSocket>
 #include <QTest>
 
+namespace outpost
+{
+
 namespace
 {
 QString folder;
@@ -134,6 +137,10 @@ void waitForPeriods(const QTableWidget &table, int periods)
     }
 }
 } // namespace
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

@@ -1,5 +1,8 @@
 #include "slope.h"
 
+namespace outpost
+{
+
 double slopePer1000(const QVector<Sample> &samples)
 {
     double meanPeriod = 0;
@@ -27,3 +30,5 @@ bool grows(const QVector<Sample> &samples, double boundPer1000, double allowance
     const double periods = samples.last().period - samples.first().period;
     return slope > boundPer1000 && slope * periods / 1000 > allowance;
 }
+
+} // namespace outpost

@@ -3,7 +3,15 @@
 #include <QtTest>
 #include <cmath>
 
-Q_DECLARE_METATYPE(Sample)
+namespace outpost
+{
+
+} // namespace outpost
+
+Q_DECLARE_METATYPE(outpost::Sample)
+
+namespace outpost
+{
 
 class SlopeTest : public QObject
 {
@@ -70,5 +78,7 @@ void SlopeTest::aLeakIsSeenAndWaveringIsNot()
     QCOMPARE(grows(samples, 1500, 2000), leaks);
 }
 
-QTEST_GUILESS_MAIN(SlopeTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::SlopeTest)
 #include "slope_test.moc"

@@ -31,6 +31,9 @@
 #include <memory>
 #include <random>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int periodMs = 15000;
@@ -310,6 +313,10 @@ bool Soak::report() const
     return steady;
 }
 } // namespace
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

@@ -23,6 +23,9 @@
 #include <QPlainTextEdit>
 #include <QtTest>
 
+namespace outpost
+{
+
 class DamagedFilesTest : public QObject
 {
     Q_OBJECT
@@ -276,5 +279,7 @@ void DamagedFilesTest::hugeFilesAreLivedWith()
 }
 #endif
 
-OUTPOST_WINDOW_TEST_MAIN(DamagedFilesTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::DamagedFilesTest)
 #include "damagedfiles_test.moc"

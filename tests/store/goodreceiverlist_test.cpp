@@ -24,6 +24,9 @@
 #include <QTableWidget>
 #include <QTest>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -620,5 +623,7 @@ void GoodReceiverListTest::aHostWithBlanksCannotBeRemoved()
     QCOMPARE(removedOnDisk(), QStringList(QStringLiteral("absent")));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(GoodReceiverListTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::GoodReceiverListTest)
 #include "goodreceiverlist_test.moc"

@@ -5,6 +5,9 @@
 #include <QJsonObject>
 #include <QtTest>
 
+namespace outpost
+{
+
 class GoodReceiversTest : public QObject
 {
     Q_OBJECT
@@ -213,5 +216,7 @@ void GoodReceiversTest::onlyAnArrayIsAList()
     QTEST(parseJsonArray(file).has_value(), "isList");
 }
 
-QTEST_GUILESS_MAIN(GoodReceiversTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::GoodReceiversTest)
 #include "goodreceivers_test.moc"

@@ -19,6 +19,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace outpost
+{
+
 class KilledSavesTest : public QObject
 {
     Q_OBJECT
@@ -200,5 +203,7 @@ void KilledSavesTest::draftsOfARunningCopyStay()
     QVERIFY(!QFile::exists(draft));
 }
 
-QTEST_GUILESS_MAIN(KilledSavesTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::KilledSavesTest)
 #include "killedsaves_test.moc"

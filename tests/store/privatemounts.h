@@ -7,6 +7,9 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+namespace outpost
+{
+
 inline bool writeProcessFile(const char *path, const QByteArray &line)
 {
     QFile file(QString::fromLatin1(path));
@@ -68,3 +71,5 @@ private:
     const QByteArray target;
     const bool mounted;
 };
+
+} // namespace outpost

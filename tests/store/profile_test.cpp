@@ -4,6 +4,9 @@
 #include <QJsonObject>
 #include <QtTest>
 
+namespace outpost
+{
+
 class ProfileTest : public QObject
 {
     Q_OBJECT
@@ -185,5 +188,7 @@ void ProfileTest::refusesWhatIsNotAnObject()
     QTEST(error, "error");
 }
 
-QTEST_GUILESS_MAIN(ProfileTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::ProfileTest)
 #include "profile_test.moc"

@@ -22,6 +22,9 @@
 #include <functional>
 #include <memory>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -621,5 +624,7 @@ void ProfileFilesTest::quietSavesFailSilently()
                                                  QStringLiteral("3.573000")}));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(ProfileFilesTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::ProfileFilesTest)
 #include "profilefiles_test.moc"

@@ -24,7 +24,15 @@
 #include <QTest>
 #include <algorithm>
 
+namespace outpost
+{
+
+} // namespace outpost
+
 Q_DECLARE_METATYPE(QDialogButtonBox::ButtonLayout)
+
+namespace outpost
+{
 
 namespace
 {
@@ -746,5 +754,7 @@ void ReceiverDialogTest::linkNewsAfterClosingGoesNowhere()
 }
 #endif
 
-OUTPOST_WINDOW_TEST_MAIN(ReceiverDialogTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::ReceiverDialogTest)
 #include "receiverdialog_test.moc"

@@ -2,6 +2,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class ReceiverInputTest : public QObject
 {
     Q_OBJECT
@@ -88,5 +91,7 @@ void ReceiverInputTest::theFirstFailingCheckRefuses()
     QTEST(readReceiverInput(host, port, frequency).refusal, "refusal");
 }
 
-QTEST_GUILESS_MAIN(ReceiverInputTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::ReceiverInputTest)
 #include "receiverinput_test.moc"

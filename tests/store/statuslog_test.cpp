@@ -5,6 +5,9 @@
 #include <QJsonDocument>
 #include <QtTest>
 
+namespace outpost
+{
+
 class StatusLogTest : public QObject
 {
     Q_OBJECT
@@ -376,5 +379,7 @@ void StatusLogTest::viewOfARunningSession()
                                 "HISTORY"));
 }
 
-QTEST_GUILESS_MAIN(StatusLogTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::StatusLogTest)
 #include "statuslog_test.moc"

@@ -16,6 +16,9 @@
 #include <QTextBlock>
 #include <QTimer>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -286,5 +289,7 @@ void StatusLogReadingTest::onlyTheTimeIsReplaced()
     QCOMPARE(replaced, QStringList{text("15")});
 }
 
-OUTPOST_WINDOW_TEST_MAIN(StatusLogReadingTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StatusLogReadingTest)
 #include "statuslogreading_test.moc"

@@ -22,6 +22,9 @@
 #include <QTest>
 #include <QTimer>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -657,5 +660,7 @@ void StatusLogWindowTest::theEndOfTheEventLoopLeavesTheSessionToTheWindow()
     QCOMPARE(savedCount("Sessions"), 1);
 }
 
-OUTPOST_WINDOW_TEST_MAIN(StatusLogWindowTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StatusLogWindowTest)
 #include "statuslogwindow_test.moc"

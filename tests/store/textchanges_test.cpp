@@ -4,6 +4,9 @@
 #include <QStringList>
 #include <QTest>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -187,5 +190,7 @@ void TextChangesTest::longTextsTakeNoLongerPerLine()
     QCOMPARE(textChanges(blank, blank + QLatin1Char('a')).size(), 1);
 }
 
-QTEST_APPLESS_MAIN(TextChangesTest)
+} // namespace outpost
+
+QTEST_APPLESS_MAIN(outpost::TextChangesTest)
 #include "textchanges_test.moc"

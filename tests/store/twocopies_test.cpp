@@ -19,6 +19,9 @@
 #include <QtTest>
 #include <cstdio>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int rounds = 40;
@@ -207,6 +210,10 @@ private:
                QFileInfo(stationSettings().fileName()).dir().entryList(locks, QDir::Files);
     }
 };
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

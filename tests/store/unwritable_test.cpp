@@ -10,6 +10,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -190,6 +193,10 @@ void UnwritableTest::installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite()
     QVERIFY(QDir().mkpath(bin));
     QCOMPARE(captureFolder(bin, QStringLiteral("/cache")), QStringLiteral("/cache/capture"));
 }
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char *argv[])
 {

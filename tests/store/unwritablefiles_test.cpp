@@ -22,6 +22,9 @@
 #include <QPushButton>
 #include <QTest>
 
+namespace outpost
+{
+
 namespace
 {
 
@@ -398,5 +401,7 @@ void UnwritableFilesTest::applyingAReceiverKeepsTheSettings()
     QVERIFY(fileBytes(listFile()).contains("127.0.0.1"));
 }
 
-OUTPOST_WINDOW_TEST_MAIN(UnwritableFilesTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::UnwritableFilesTest)
 #include "unwritablefiles_test.moc"

@@ -4,6 +4,9 @@
 #include <QThreadPool>
 #include <sanitizer/tsan_interface.h>
 
+namespace outpost
+{
+
 // The toolkit's library is not built with ThreadSanitizer, which therefore does not see the locks
 // inside that make its hand-overs safe: a task to the pool, a finished task to who waits for the
 // pool, a call to another thread's event loop, and that call's end to the thread that lets go of it
@@ -107,3 +110,5 @@ bool handedInvoke(QObject *object, QSlotObjectBase *call, Qt::ConnectionType typ
 {
     return toolkitInvoke(object, new HandedCall(call), type, result);
 }
+
+} // namespace outpost

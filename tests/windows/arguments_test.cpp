@@ -5,6 +5,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 class ArgumentsTest : public QObject
 {
     Q_OBJECT
@@ -33,5 +36,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(ArgumentsTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::ArgumentsTest)
 #include "arguments_test.moc"

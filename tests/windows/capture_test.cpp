@@ -9,6 +9,9 @@
 #include <qt_windows.h>
 #include <thread>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr qint64 firstStartMs = 1768573395000; // 14:23:15 UTC on 16 January 2026
@@ -271,5 +274,7 @@ private:
     QList<Delivery> batches;
 };
 
-QTEST_GUILESS_MAIN(CaptureTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::CaptureTest)
 #include "capture_test.moc"

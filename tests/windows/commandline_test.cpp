@@ -5,6 +5,9 @@
 #include <QtTest>
 #include <qt_windows.h>
 
+namespace outpost
+{
+
 namespace
 {
 struct Answer {
@@ -86,5 +89,7 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(CommandLineTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::CommandLineTest)
 #include "commandline_test.moc"

@@ -11,6 +11,9 @@
 #include <memory>
 #include <qt_windows.h>
 
+namespace outpost
+{
+
 namespace
 {
 const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
@@ -237,5 +240,7 @@ private:
     std::unique_ptr<QTemporaryDir> work;
 };
 
-QTEST_GUILESS_MAIN(DecoderTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::DecoderTest)
 #include "decoder_test.moc"

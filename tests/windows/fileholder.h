@@ -3,6 +3,9 @@
 #include <QProcess>
 #include <QStringList>
 
+namespace outpost
+{
+
 // Another program that has the file open, for so long or until it goes out of scope. The test needs
 // FILE_HOLDER, the path of fileholder.cpp's program.
 class FileHolder
@@ -26,3 +29,5 @@ public:
 private:
     QProcess program;
 };
+
+} // namespace outpost

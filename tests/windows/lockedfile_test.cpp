@@ -11,6 +11,9 @@
 #include <QtTest>
 #include <memory>
 
+namespace outpost
+{
+
 namespace
 {
 constexpr int shortlyMs = lockedFileMs / 3;
@@ -93,5 +96,7 @@ private:
     QString target;
 };
 
-QTEST_GUILESS_MAIN(LockedFileTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::LockedFileTest)
 #include "lockedfile_test.moc"

@@ -9,6 +9,9 @@
 
 #include <QtTest>
 
+namespace outpost
+{
+
 class LockedListsTest : public QObject
 {
     Q_OBJECT
@@ -57,5 +60,7 @@ private slots:
     }
 };
 
-OUTPOST_WINDOW_TEST_MAIN(LockedListsTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::LockedListsTest)
 #include "lockedlists_test.moc"

@@ -8,6 +8,9 @@
 #include <QTimer>
 #include <qt_windows.h>
 
+namespace outpost
+{
+
 namespace
 {
 int savedSessions()
@@ -73,6 +76,10 @@ private:
     static constexpr LPARAM lParam = static_cast<LPARAM>(ENDSESSION_LOGOFF);
     std::unique_ptr<TestStation> station;
 };
+
+} // namespace outpost
+
+using namespace outpost;
 
 int main(int argc, char **argv)
 {

@@ -8,6 +8,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace outpost
+{
+
 namespace
 {
 const QString wsjt = QStringLiteral("C:/WSJT");
@@ -108,5 +111,7 @@ private:
     QProcessEnvironment environment;
 };
 
-QTEST_GUILESS_MAIN(PlacesTest)
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::PlacesTest)
 #include "places_test.moc"

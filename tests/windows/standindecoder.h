@@ -5,6 +5,9 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+namespace outpost
+{
+
 // An installed decoder whose behaviour is a list of orders (tests/windows/standinjt9.cpp), in
 // `folder` below a temporary folder: "jt9.exe" beside "wsjtx.exe" and "Qt5Core.dll".
 class StandInDecoder
@@ -63,3 +66,5 @@ private:
     QTemporaryDir root;
     const QString bin;
 };
+
+} // namespace outpost

@@ -19,6 +19,9 @@
 #include <string>
 #include <windows.h>
 
+namespace outpost
+{
+
 namespace
 {
 std::wstring ownPath()
@@ -169,6 +172,10 @@ int obey(const std::string &line, int argc, wchar_t **argv)
     return -1;
 }
 } // namespace
+
+} // namespace outpost
+
+using namespace outpost;
 
 int wmain(int argc, wchar_t **argv)
 {

@@ -16,6 +16,9 @@
 #include <QTcpServer>
 #include <QTest>
 
+namespace outpost
+{
+
 namespace
 {
 QStringList settingsEntry(const char *menu, const char *name)
@@ -127,5 +130,7 @@ private:
     int port = 0;
 };
 
-OUTPOST_WINDOW_TEST_MAIN(StationTest)
+} // namespace outpost
+
+OUTPOST_WINDOW_TEST_MAIN(outpost::StationTest)
 #include "station_test.moc"
