@@ -59,7 +59,7 @@ class Probing(unittest.TestCase):
         self.assertEqual(steps, [
             f"Native Kiwi connection requested: 127.0.0.1:{port}, 7.074000 MHz.",
             *trying(port, 0), *given_up(0),
-            *trying(port, 1), *opened(1), *given_up(1),
+            *trying(port, 1), *opened(1), "Receiver says: monitor", *given_up(1),
             *trying(port, 2),
             *trying(port, 3), *opened(3), last])
 
