@@ -5,29 +5,12 @@
 #include <QTcpServer>
 #include <QTimer>
 
-#ifdef Q_OS_WIN
-#include <winsock2.h>
-#else
-#include <poll.h>
-#endif
-
 namespace outpost
 {
 
 namespace
 {
 constexpr int pauseMs = 1000;
-
-bool hasWaitingClient(qintptr listener)
-{
-#ifdef Q_OS_WIN
-    WSAPOLLFD queue{static_cast<SOCKET>(listener), POLLRDNORM, 0};
-    return WSAPoll(&queue, 1, 0) == 1;
-#else
-    pollfd queue{static_cast<int>(listener), POLLIN, 0};
-    return poll(&queue, 1, 0) == 1;
-#endif
-}
 } // namespace
 
 AcceptRetry::AcceptRetry(QTcpServer *listener)

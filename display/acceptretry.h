@@ -24,6 +24,7 @@ private:
         Doubtful, // a client waits: it came in a moment ago, or it cannot be accepted
     };
 
+    static bool hasWaitingClient(qintptr listener); // somebody is in its queue
     void onError();
     void onPauseOver();
 
