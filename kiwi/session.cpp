@@ -7,9 +7,9 @@
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
 #include "kiwi/sndevidence.h"
+#include "kiwi/wirelimits.h"
 
 #include <QLabel>
-#include <QTcpSocket>
 #include <QTimer>
 #include <QUrl>
 #include <QWebSocket>
@@ -21,43 +21,6 @@ namespace
 {
 constexpr int openTimeoutMs = 5000;
 constexpr int dataTimeoutMs = 6000;
-
-// A receiver's configuration message can exceed 64 kB; nothing real comes near this.
-constexpr quint64 maxMessageBytes = quint64{4} * 1024 * 1024;
-// The toolkit takes a frame out of its buffer only when it is whole.
-constexpr qint64 maxBufferBytes = maxMessageBytes + qint64{64} * 1024;
-// Taken in at one turn of the event loop, unless a frame is larger: a sound frame or two, or some
-// 170 of a peer that sends empty ones without end. The operator gets a turn in between.
-constexpr qint64 usualBufferBytes = 2048;
-// Answers to pings pile up here when a peer asks without reading; commands are far smaller.
-constexpr qint64 maxUnsentBytes = qint64{256} * 1024;
-
-// A full buffer holds the begin of a frame that is larger.
-void fitReadBuffer(QWebSocket *socket, qint64 waitingBytes)
-{
-    if (waitingBytes >= socket->readBufferSize()) {
-        socket->setReadBufferSize(qMin(2 * waitingBytes, maxBufferBytes));
-    } else if (waitingBytes < usualBufferBytes) {
-        socket->setReadBufferSize(usualBufferBytes);
-    }
-}
-
-// Every ping is answered inside the socket, without a word to us; what arrives on the wire is
-// the one sign of it.
-void boundBuffers(QWebSocket *socket)
-{
-    auto *wire = socket->findChild<QTcpSocket *>();
-    if (wire == nullptr) {
-        return;
-    }
-    QObject::connect(wire, &QTcpSocket::readyRead, socket, [socket, wire] {
-        if (socket->bytesToWrite() > maxUnsentBytes) {
-            socket->abort();
-        } else {
-            fitReadBuffer(socket, wire->bytesAvailable());
-        }
-    });
-}
 } // namespace
 
 void MainWindow::connectKiwi()
@@ -128,16 +91,13 @@ void MainWindow::probeNextEndpoint()
     logLine(QStringLiteral("Kiwi WebSocket probe trying: %1").arg(url.toString()));
     setKiwiStatus(QStringLiteral("Connecting — trying %1").arg(link.currentEndpoint));
     probeTimer->start(openTimeoutMs);
+    limitMessages(socket);
     socket->open(url);
-    boundBuffers(socket);
+    limitBuffers(socket);
 }
 
 void MainWindow::watchSocket(QWebSocket *socket)
 {
-    socket->setMaxAllowedIncomingFrameSize(maxMessageBytes);
-    socket->setMaxAllowedIncomingMessageSize(maxMessageBytes);
-    socket->setReadBufferSize(usualBufferBytes);
-
     connect(socket, &QWebSocket::connected, this, [this, socket] { onSocketConnected(socket); });
     connect(socket, &QWebSocket::binaryMessageReceived, this,
             [this, socket](const QByteArray &frame) { onBinaryFrame(socket, frame); });
