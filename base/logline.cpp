@@ -10,9 +10,9 @@ namespace outpost
 
 namespace
 {
-bool isControl(QChar c)
+bool isControl(uint codePoint)
 {
-    switch (c.category()) {
+    switch (QChar::category(codePoint)) {
     case QChar::Other_Control:
     case QChar::Other_Format:
     case QChar::Separator_Line:
@@ -33,9 +33,12 @@ void logLine(const QString &text)
 QString escapedControls(const QString &foreign)
 {
     QString shown;
-    for (const QChar c : foreign) {
-        shown += isControl(c) ? QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'))
-                              : QString(c);
+    for (const uint codePoint : foreign.toUcs4()) {
+        if (isControl(codePoint)) {
+            shown += QStringLiteral("\\u%1").arg(codePoint, 4, 16, QLatin1Char('0'));
+        } else {
+            shown += QString::fromUcs4(&codePoint, 1);
+        }
     }
     return shown;
 }

@@ -65,6 +65,11 @@ void LogLineTest::foreignTextKeepsToItsLine_data()
     QTest::newRow("line separator") << QString(QChar(0x2028)) << QStringLiteral("\\u2028");
     QTest::newRow("paragraph separator") << QString(QChar(0x2029)) << QStringLiteral("\\u2029");
     QTest::newRow("reading direction") << QString(QChar(0x202e)) << QStringLiteral("\\u202e");
+    QTest::newRow("tag beyond U+FFFF")
+        << QStringLiteral("a\U000e0001b") << QStringLiteral("a\\ue0001b");
+    QTest::newRow("music") << QStringLiteral("\U0001d173") << QStringLiteral("\\u1d173");
+    QTest::newRow("half a character")
+        << QChar(0xd83d) + QStringLiteral("a") << QStringLiteral("\ufffda");
 }
 
 void LogLineTest::foreignTextKeepsToItsLine()
