@@ -149,16 +149,18 @@ void MainWindow::buildCapture()
                       QStandardPaths::writableLocation(QStandardPaths::CacheLocation)));
     const QSettings settings = stationSettings();
     capture->setDecodeDepth(storedDecodeDepth(settings));
-    capture->setWorkerCallback([this](const QString &periodLabel, const QStringList &lines) {
-        QMetaObject::invokeMethod(
-            this, [this, periodLabel, lines] { onDecodesDelivered(periodLabel, lines); },
-            Qt::QueuedConnection);
-    });
-    capture->setPeriodCallback([this](const QString &periodLabel, const QStringList &lines) {
-        QMetaObject::invokeMethod(
-            this, [this, periodLabel, lines] { appendDecodes(periodLabel, lines); },
-            Qt::QueuedConnection);
-    });
+    capture->setWorkerCallback(
+        [this](const QString &periodLabel, const QVector<Ft8Decode> &decodes) {
+            QMetaObject::invokeMethod(
+                this, [this, periodLabel, decodes] { onDecodesDelivered(periodLabel, decodes); },
+                Qt::QueuedConnection);
+        });
+    capture->setPeriodCallback(
+        [this](const QString &periodLabel, const QVector<Ft8Decode> &decodes) {
+            QMetaObject::invokeMethod(
+                this, [this, periodLabel, decodes] { appendDecodes(periodLabel, decodes); },
+                Qt::QueuedConnection);
+        });
 }
 
 } // namespace outpost

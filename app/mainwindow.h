@@ -34,6 +34,7 @@ namespace outpost
 
 class KiwiAudioCapture;
 struct BridgeState;
+struct Ft8Decode;
 struct Jt9Places;
 struct SoundOutcome;
 
@@ -64,7 +65,7 @@ public:
     void selectJt9();
 
     // ---- display/decodetable.cpp ----
-    void appendDecodes(const QString &periodLabel, const QStringList &lines);
+    void appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
     void clearDecodes();
     void reapplyHighlights();
 
@@ -75,8 +76,8 @@ public:
     // ---- display/bridge.cpp ----
     void startBridge();
     void stopBridge();
-    void broadcastDecodes(const QString &periodLabel, const QStringList &lines);
-    void onDecodesDelivered(const QString &periodLabel, const QStringList &lines);
+    void broadcastDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
+    void onDecodesDelivered(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
 
     // ---- display/bridgestatus.cpp ----
     void startBridgeFromMenu();
@@ -156,8 +157,9 @@ private:
 
     // ---- display/decodetable.cpp ----
     void buildDecodeTable();
-    int showDecodes(const QString &periodLabel, const QStringList &lines); // rows then in the table
-    void appendDecodeRow(const QString &periodLabel, const QString &line);
+    int showDecodes(const QString &periodLabel,
+                    const QVector<Ft8Decode> &decodes); // rows then in the table
+    void appendDecodeRow(const QString &periodLabel, const Ft8Decode &decode);
     void dropOldPeriods();
     void showLatestPeriodCount(int count);
     void fitWindowToTable();

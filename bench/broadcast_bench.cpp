@@ -3,6 +3,7 @@
 #include "app/mainwindow.h"
 #include "bench/compare.h"
 #include "bench/windowbenches.h"
+#include "decode/ft8decode.h"
 #include "display/bridgeprotocol.h"
 #include "fixture/home.h"
 
@@ -52,7 +53,7 @@ QVector<QByteArray> bridgeLines(const QStringList &lines)
     QString time = bridgePeriodTime(periodLabel);
     QVector<QByteArray> sent;
     for (const QString &line : lines) {
-        sent.append(bridgeLine(*parseBridgeDecode(line, &time)));
+        sent.append(bridgeLine(*bridgeDecode(parseDecodeLine(line), &time)));
     }
     return sent;
 }
@@ -120,7 +121,7 @@ void broadcast(benchmark::State &state)
         nowMs += 2 * RecentDecodeKeys::keepMs;
         QCoreApplication::processEvents();
     };
-    const auto own = [&] { window.broadcastDecodes(periodLabel, lines); };
+    const auto own = [&] { window.broadcastDecodes(periodLabel, parseDecodeLines(lines)); };
     const auto reference = [&] {
         for (const QByteArray &line : bytes) {
             for (const int client : clients.serverSide) {

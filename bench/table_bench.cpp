@@ -4,6 +4,7 @@
 #include "base/timetext.h"
 #include "bench/compare.h"
 #include "bench/windowbenches.h"
+#include "decode/ft8decode.h"
 #include "display/decoderow.h"
 #include "fixture/operator.h"
 
@@ -128,13 +129,13 @@ void table(benchmark::State &state)
         ++period;
         rows.clear();
         for (const QString &line : lines) {
-            rows.append(*decodeCells(label(period / 2), line));
+            rows.append(*decodeCells(label(period / 2), parseDecodeLine(line)));
         }
         paintAll();
     };
     const auto own = [&] {
         const int before = ownPaints.count;
-        window.appendDecodes(label(period / 2), lines);
+        window.appendDecodes(label(period / 2), parseDecodeLines(lines));
         paintAll();
         if (ownPaints.count == before) {
             qFatal("the station's table was not painted");

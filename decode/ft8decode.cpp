@@ -3,7 +3,6 @@
 #include <QHash>
 #include <QRegularExpression>
 #include <QSet>
-#include <QVector>
 #include <algorithm>
 #include <cmath>
 #include <tuple>
@@ -20,6 +19,17 @@ bool isBlank(QChar c)
 {
     return c == QLatin1Char(' ') || c == QLatin1Char('\t') || c == QLatin1Char('\v') ||
            c == QLatin1Char('\f');
+}
+
+std::optional<Ft8Fields> splitAtBlanks(const QString &line)
+{
+    constexpr int messageWord = 5; // after time, SNR, DT, frequency and the "~" mark
+    const QStringList words = line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (words.size() <= messageWord) {
+        return std::nullopt;
+    }
+    return Ft8Fields{words.at(0), words.at(1), words.at(2), words.at(3),
+                     words.mid(messageWord).join(QLatin1Char(' '))};
 }
 
 // Of decodes with the same message.
@@ -86,29 +96,41 @@ Ft8Decode parseDecodeLine(const QString &line)
 {
     Ft8Decode decode;
     decode.line = line.trimmed();
+    decode.words = splitAtBlanks(decode.line);
     const QRegularExpressionMatch match = matchDecodeLine(decode.line);
     if (!match.hasMatch()) {
         return decode;
     }
 
+    decode.fields = Ft8Fields{match.captured(1), match.captured(2), match.captured(3),
+                              match.captured(4), match.captured(5).simplified()};
     bool snrOk = false;
     bool dtOk = false;
     bool freqOk = false;
-    decode.snr = match.captured(2).toInt(&snrOk);
-    decode.dt = match.captured(3).toDouble(&dtOk);
-    decode.freq = match.captured(4).toInt(&freqOk);
-    decode.key = match.captured(5).simplified().toUpper();
+    decode.snr = decode.fields->snr.toInt(&snrOk);
+    decode.dt = decode.fields->dt.toDouble(&dtOk);
+    decode.freq = decode.fields->frequency.toInt(&freqOk);
+    decode.key = decode.fields->message.toUpper();
     decode.valid = snrOk && dtOk && freqOk && !decode.key.isEmpty();
     return decode;
 }
 
-QStringList mergeDecodeLines(const QStringList &lines)
+QVector<Ft8Decode> parseDecodeLines(const QStringList &lines)
+{
+    QVector<Ft8Decode> decodes;
+    decodes.reserve(lines.size());
+    for (const QString &line : lines) {
+        decodes.append(parseDecodeLine(line));
+    }
+    return decodes;
+}
+
+QVector<Ft8Decode> mergeDecodes(const QVector<Ft8Decode> &decodes)
 {
     DistinctDecodes distinct;
     QSet<QString> otherKeys;
-    QStringList otherLines;
-    for (const QString &line : lines) {
-        const Ft8Decode decode = parseDecodeLine(line);
+    QVector<Ft8Decode> others;
+    for (const Ft8Decode &decode : decodes) {
         if (decode.valid) {
             distinct.add(decode);
             continue;
@@ -116,19 +138,15 @@ QStringList mergeDecodeLines(const QStringList &lines)
         const QString otherKey = decode.line.simplified().toUpper();
         if (!otherKey.isEmpty() && !otherKeys.contains(otherKey)) {
             otherKeys.insert(otherKey);
-            otherLines.append(decode.line);
+            others.append(decode);
         }
     }
 
-    QVector<Ft8Decode> decodes = distinct.all();
-    std::sort(decodes.begin(), decodes.end(), [](const Ft8Decode &a, const Ft8Decode &b) {
+    QVector<Ft8Decode> merged = distinct.all();
+    std::sort(merged.begin(), merged.end(), [](const Ft8Decode &a, const Ft8Decode &b) {
         return std::tie(a.freq, a.key) < std::tie(b.freq, b.key);
     });
-    QStringList merged;
-    for (const Ft8Decode &decode : qAsConst(decodes)) {
-        merged.append(decode.line);
-    }
-    return merged + otherLines;
+    return merged + others;
 }
 
 } // namespace outpost

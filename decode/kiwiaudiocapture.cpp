@@ -3,7 +3,6 @@
 #include "base/logline.h"
 #include "base/timetext.h"
 #include "decode/decodeband.h"
-#include "decode/ft8decode.h"
 #include "decode/slotwav.h"
 #include "kiwi/sndframe.h"
 
@@ -222,16 +221,17 @@ void KiwiAudioCapture::deliver(int queuedAtReset, const SlotJob &job, const Jt9R
         return;
     }
     logFailure(job, result.failure);
-    if (workerCallback && !result.lines.isEmpty()) {
-        workerCallback(periodLabel(finishedStartMs), result.lines);
+    const QVector<Ft8Decode> decodes = parseDecodeLines(result.lines);
+    if (workerCallback && !decodes.isEmpty()) {
+        workerCallback(periodLabel(finishedStartMs), decodes);
     }
 
     PendingSlot &slot = pendingPeriods[finishedStartMs];
-    slot.collectedLines += result.lines;
+    slot.collected += decodes;
     if (++slot.finishedWorkers < workersPerPeriod) {
         return;
     }
-    finishedPeriods.insert(finishedStartMs, mergeDecodeLines(slot.collectedLines));
+    finishedPeriods.insert(finishedStartMs, mergeDecodes(slot.collected));
     pendingPeriods.remove(finishedStartMs);
     drainInOrder();
 }
@@ -249,7 +249,7 @@ void KiwiAudioCapture::drainInOrder()
 {
     while (!periodOrder.isEmpty() && finishedPeriods.contains(periodOrder.first())) {
         const qint64 startMs = periodOrder.takeFirst();
-        const QStringList merged = finishedPeriods.take(startMs);
+        const QVector<Ft8Decode> merged = finishedPeriods.take(startMs);
         if (periodCallback && !merged.isEmpty()) {
             periodCallback(periodLabel(startMs), merged);
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "decode/capturefolder.h"
+#include "decode/ft8decode.h"
 #include "decode/jt9runner.h"
 #include "decode/workerfailures.h"
 #include "kiwi/imaadpcm.h"
@@ -10,8 +11,8 @@
 #include <QMap>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 #include <QThreadPool>
+#include <QVector>
 #include <QtEndian>
 #include <functional>
 
@@ -21,8 +22,9 @@ namespace outpost
 struct SlotJob;
 
 // Receives one FT8 period (or one worker's share of it): the period's UTC start as "HH:mm:ss",
-// and jt9 decode lines.
-using DecodeCallback = std::function<void(const QString &periodLabel, const QStringList &lines)>;
+// and what jt9 printed.
+using DecodeCallback =
+    std::function<void(const QString &periodLabel, const QVector<Ft8Decode> &decodes)>;
 
 // What became of one sound frame. Not attempted: nothing to report. Attempted: a period was
 // closed and handed to the workers (succeeded), or the capture could not be started (failed).
@@ -34,7 +36,7 @@ struct SoundOutcome {
 
 // Cuts the receiver's continuous audio (signed 16-bit mono, 12000 samples a second) into FT8
 // periods of 180000 samples that start on UTC quarter minutes, has each period decoded by four
-// workers, one per audio sub-band, and delivers the merged lines in period order.
+// workers, one per audio sub-band, and delivers the merged decodes in period order.
 //
 // Lives on the GUI thread; every call is made there and both callbacks are called there. Workers
 // touch only their own copies. Destruction drops queued work, waits for running decoders and
@@ -55,8 +57,8 @@ public:
     void setCaptureFolder(const QString &folder);
     void setDecodeDepth(int depth);                  // jt9's, 1..3; applies from the next period on
     void setDecoderLimits(const Jt9Limits &limits);  // other than usual; from the next period on
-    void setPeriodCallback(DecodeCallback callback); // merged lines, once per non-empty period
-    void setWorkerCallback(DecodeCallback callback); // raw lines, once per non-empty worker
+    void setPeriodCallback(DecodeCallback callback); // merged, once per non-empty period
+    void setWorkerCallback(DecodeCallback callback); // raw, once per non-empty worker
 
     // Takes one "SND" frame of more than 9 bytes (layout: kiwi/sndframe.h): starts the capture if
     // it is not started, arms it when the first boundary has come, decodes the frame's samples
@@ -96,8 +98,8 @@ public:
 private:
     class DecodeTask;
     struct PendingSlot {
-        int finishedWorkers = 0;    // 0..4
-        QStringList collectedLines; // raw, in the order the workers reported
+        int finishedWorkers = 0;      // 0..4
+        QVector<Ft8Decode> collected; // raw, in the order the workers reported
     };
 
     bool takeSample(qint16 sample) { return started && armed && appendSample(sample); }
@@ -115,7 +117,7 @@ private:
     QThreadPool workerPool;
     QList<qint64> periodOrder; // starts of the queued periods, oldest first
     QMap<qint64, PendingSlot> pendingPeriods;
-    QMap<qint64, QStringList> finishedPeriods; // merged, waiting for their turn
+    QMap<qint64, QVector<Ft8Decode>> finishedPeriods; // merged, waiting for their turn
     WorkerFailures failures;
     int decodeDepth = 2;
     Jt9Limits decoderLimits;

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "base/logline.h"
+#include "decode/ft8decode.h"
 #include "display/acceptretry.h"
 #include "display/bridgeprotocol.h"
 
@@ -152,9 +153,9 @@ bool sendToClients(const QList<QTcpSocket *> &clients, const QByteArray &line)
 
 } // namespace
 
-void MainWindow::broadcastDecodes(const QString &periodLabel, const QStringList &lines)
+void MainWindow::broadcastDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
 {
-    if (lines.isEmpty() || bridgeClients.isEmpty()) {
+    if (decodes.isEmpty() || bridgeClients.isEmpty()) {
         return;
     }
     static RecentDecodeKeys recentDecodeKeys;
@@ -163,8 +164,8 @@ void MainWindow::broadcastDecodes(const QString &periodLabel, const QStringList 
     QString periodTime = bridgePeriodTime(periodLabel);
     // Clients that go while a line is being sent stay valid here: they are deleted later.
     const QList<QTcpSocket *> clients = bridgeClients;
-    for (const QString &line : lines) {
-        const std::optional<BridgeDecode> decode = parseBridgeDecode(line, &periodTime);
+    for (const Ft8Decode &heard : decodes) {
+        const std::optional<BridgeDecode> decode = bridgeDecode(heard, &periodTime);
         if (!decode) {
             continue;
         }
@@ -175,15 +176,15 @@ void MainWindow::broadcastDecodes(const QString &periodLabel, const QStringList 
     }
 }
 
-void MainWindow::onDecodesDelivered(const QString &periodLabel, const QStringList &lines)
+void MainWindow::onDecodesDelivered(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
 {
-    recordGoodReceiver(lines.size());
-    broadcastDecodes(periodLabel, lines);
-    if (lines.isEmpty() || bridgeClients.isEmpty()) {
+    recordGoodReceiver(decodes.size());
+    broadcastDecodes(periodLabel, decodes);
+    if (decodes.isEmpty() || bridgeClients.isEmpty()) {
         return;
     }
     bridgeLastOutputMs = nowMs();
-    bridgeLastOutputCount = lines.size();
+    bridgeLastOutputCount = decodes.size();
 }
 
 } // namespace outpost

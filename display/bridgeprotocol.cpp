@@ -2,7 +2,6 @@
 
 #include "decode/ft8decode.h"
 
-#include <QRegularExpression>
 #include <QStringBuilder>
 
 namespace outpost
@@ -18,22 +17,19 @@ QString bridgePeriodTime(const QString &periodLabel)
     return periodLabel.trimmed().remove(QLatin1Char(':'));
 }
 
-std::optional<BridgeDecode> parseBridgeDecode(const QString &line, QString *periodTime)
+std::optional<BridgeDecode> bridgeDecode(const Ft8Decode &decode, QString *periodTime)
 {
-    const QRegularExpressionMatch match = matchDecodeLine(line);
-    if (!match.hasMatch()) {
+    if (!decode.fields) {
         return std::nullopt;
     }
+    const Ft8Fields &fields = *decode.fields;
     if (periodTime->size() != 6) {
-        *periodTime = match.captured(1);
+        *periodTime = fields.time;
     }
-    const BridgeDecode decode{*periodTime, match.captured(2).trimmed(), match.captured(3).trimmed(),
-                              match.captured(4).trimmed(), match.captured(5).simplified()};
-    if (decode.snr.isEmpty() || decode.dt.isEmpty() || decode.frequency.isEmpty() ||
-        decode.message.isEmpty()) {
+    if (fields.message.isEmpty()) {
         return std::nullopt;
     }
-    return decode;
+    return BridgeDecode{*periodTime, fields.snr, fields.dt, fields.frequency, fields.message};
 }
 
 QString bridgeDecodeKey(const BridgeDecode &decode)

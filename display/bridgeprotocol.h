@@ -8,6 +8,8 @@
 namespace outpost
 {
 
+struct Ft8Decode;
+
 // The wire format of the local WSJT bridge: 8-bit text, one LF after every line, one-way from
 // the station to its clients.
 //
@@ -30,10 +32,10 @@ QByteArray bridgeReadyLine();
 // The time field of a period label: "10:15:30" gives "101530".
 QString bridgePeriodTime(const QString &periodLabel);
 
-// Reads one jt9 line of a period; nothing for a line that is no decode. A *periodTime that is
-// not six characters long is replaced by the time that jt9 printed, and so holds for the lines
-// that follow as well.
-std::optional<BridgeDecode> parseBridgeDecode(const QString &line, QString *periodTime);
+// What the bridge sends of one line of a period; nothing for a line that is no decode. A
+// *periodTime that is not six characters long is replaced by the time that jt9 printed, and so
+// holds for the lines that follow as well.
+std::optional<BridgeDecode> bridgeDecode(const Ft8Decode &decode, QString *periodTime);
 
 // What makes two decodes the same one: time, audio frequency and message, in upper case.
 QString bridgeDecodeKey(const BridgeDecode &decode);

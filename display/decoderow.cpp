@@ -1,5 +1,7 @@
 #include "display/decoderow.h"
 
+#include "decode/ft8decode.h"
+
 #include <algorithm>
 
 namespace outpost
@@ -16,15 +18,13 @@ QString messageHeader(int latestPeriodCount)
     return QStringLiteral("Message (%1)").arg(latestPeriodCount);
 }
 
-std::optional<DecodeCells> decodeCells(const QString &periodLabel, const QString &jt9Line)
+std::optional<DecodeCells> decodeCells(const QString &periodLabel, const Ft8Decode &decode)
 {
-    constexpr int messageToken = 5; // after time, SNR, DT, DF and the "~" mark
-    const QStringList tokens = jt9Line.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    if (tokens.size() <= messageToken) {
+    if (!decode.words) {
         return std::nullopt;
     }
-    return DecodeCells{periodLabel, tokens.at(1), tokens.at(2), tokens.at(3),
-                       tokens.mid(messageToken).join(QLatin1Char(' '))};
+    return DecodeCells{periodLabel, decode.words->snr, decode.words->dt, decode.words->frequency,
+                       decode.words->message};
 }
 
 QStringList keptPeriodLabels(const QStringList &rowLabels)

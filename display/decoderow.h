@@ -8,6 +8,8 @@
 namespace outpost
 {
 
+struct Ft8Decode;
+
 // Columns of a decode row, in the table and in the Station Display.
 enum DecodeColumn { TimeColumn, SnrColumn, DtColumn, DfColumn, MessageColumn, DecodeColumnCount };
 
@@ -21,7 +23,7 @@ QString messageHeader(int latestPeriodCount);
 
 // The cells of one jt9 line (time, SNR, DT, DF, "~" and a message of one word or more), its time
 // replaced by the period's label; nothing for a line without a message.
-std::optional<DecodeCells> decodeCells(const QString &periodLabel, const QString &jt9Line);
+std::optional<DecodeCells> decodeCells(const QString &periodLabel, const Ft8Decode &decode);
 
 // The rules below see the table's rows as their column-0 texts, top to bottom; a row without
 // that cell counts as an empty text. Labels are compared trimmed.

@@ -1,4 +1,5 @@
 #include "app/mainwindow.h"
+#include "decode/ft8decode.h"
 #include "display/decoderow.h"
 #include "display/decodeview.h"
 #include "display/tabletexts.h"
@@ -54,22 +55,22 @@ void MainWindow::buildDecodeTable()
     setCentralWidget(decodeTable);
 }
 
-void MainWindow::appendDecodes(const QString &periodLabel, const QStringList &lines)
+void MainWindow::appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
 {
-    recordGoodReceiver(decodeTable ? showDecodes(periodLabel, lines) : 0);
+    recordGoodReceiver(decodeTable ? showDecodes(periodLabel, decodes) : 0);
     refreshStationDisplay();
     refreshStatusBar();
 }
 
-int MainWindow::showDecodes(const QString &periodLabel, const QStringList &lines)
+int MainWindow::showDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
 {
     decodeTable->setUpdatesEnabled(false);
     holdSections(decodeTable);
     decodeTable->setSortingEnabled(false);
     decodeTable->setColumnCount(DecodeColumnCount);
     decodeTable->setHorizontalHeaderLabels(decodeHeaders());
-    for (const QString &line : lines) {
-        appendDecodeRow(periodLabel, line);
+    for (const Ft8Decode &decode : decodes) {
+        appendDecodeRow(periodLabel, decode);
     }
     dropOldPeriods();
     const int latestCount = latestPeriodCount(columnTexts(*decodeTable, TimeColumn));
@@ -84,9 +85,9 @@ int MainWindow::showDecodes(const QString &periodLabel, const QStringList &lines
     return decodeTable->rowCount();
 }
 
-void MainWindow::appendDecodeRow(const QString &periodLabel, const QString &line)
+void MainWindow::appendDecodeRow(const QString &periodLabel, const Ft8Decode &decode)
 {
-    const std::optional<DecodeCells> cells = decodeCells(periodLabel, line);
+    const std::optional<DecodeCells> cells = decodeCells(periodLabel, decode);
     if (!cells) {
         return;
     }

@@ -1,5 +1,6 @@
 #include "bench/fuzz/fuzzing.h"
 #include "bench/fuzz/referenceline.h"
+#include "decode/ft8decode.h"
 #include "display/bridgeprotocol.h"
 
 #include <QHash>
@@ -87,7 +88,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (expected && expectedTime.size() != 6) {
             expectedTime = expected->time;
         }
-        const std::optional<BridgeDecode> decode = parseBridgeDecode(line, &time);
+        const std::optional<BridgeDecode> decode = bridgeDecode(parseDecodeLine(line), &time);
         require(decode.has_value() == (expected && !expected->message.simplified().isEmpty()),
                 "a line is sent exactly when it is a decode");
         require(time == expectedTime, "the first decode of a bad label gives the time");

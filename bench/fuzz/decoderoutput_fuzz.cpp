@@ -107,7 +107,10 @@ void referenceMerge(const QStringList &lines, QList<Record> *records, QStringLis
 
 void checkMerge(const QStringList &lines)
 {
-    const QStringList merged = mergeDecodeLines(lines);
+    QStringList merged;
+    for (const Ft8Decode &decode : mergeDecodes(parseDecodeLines(lines))) {
+        merged.append(decode.line);
+    }
     QList<Record> expected;
     QStringList others;
     referenceMerge(lines, &expected, &others);

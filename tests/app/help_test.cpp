@@ -1,4 +1,5 @@
 #include "app/helptext.h"
+#include "decode/ft8decode.h"
 #include "tests/fixture/teststation.h"
 
 #include <QDialog>
@@ -81,8 +82,9 @@ void HelpTest::oneDialogWithHeadingTextAndOk()
 void HelpTest::theMainWindowTakesNoInputMeanwhile()
 {
     const TestStation station;
-    station.window->appendDecodes(QStringLiteral("14:23:15"),
-                                  {QStringLiteral("142315 -10  0.1  500 ~  CQ W1ABC FN42")});
+    station.window->appendDecodes(
+        QStringLiteral("14:23:15"),
+        parseDecodeLines({QStringLiteral("142315 -10  0.1  500 ~  CQ W1ABC FN42")}));
     QWidget *clear = station.window->findChild<QPushButton *>();
     const QPoint button = clear->mapTo(station.window.get(), clear->rect().center());
     const auto clickClear = [&] {

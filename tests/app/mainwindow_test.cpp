@@ -1,6 +1,7 @@
 // The window as it stands after its start, and how it goes.
 
 #include "base/settings.h"
+#include "decode/ft8decode.h"
 #include "tests/fixture/teststation.h"
 
 #include <QDialog>
@@ -151,8 +152,8 @@ void MainWindowTest::theClearButtonClearsTheTableAndNothingElse()
     const PuppetReceiver receiver;
     TestStation station;
     station.hear(receiver);
-    station.window->appendDecodes(QStringLiteral("14:23:15"), {cqLine, cqLine});
-    station.window->broadcastDecodes(QStringLiteral("14:23:15"), {cqLine});
+    station.window->appendDecodes(QStringLiteral("14:23:15"), parseDecodeLines({cqLine, cqLine}));
+    station.window->broadcastDecodes(QStringLiteral("14:23:15"), parseDecodeLines({cqLine}));
     const QTableWidget *table = decodeTableOf(*station.window);
     QCOMPARE(table->rowCount(), 2);
     QCOMPARE(table->horizontalHeaderItem(4)->text(), QStringLiteral("Message (2)"));

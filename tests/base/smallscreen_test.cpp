@@ -2,6 +2,7 @@
 
 #include "app/stationfont.h"
 #include "base/smallscreen.h"
+#include "decode/ft8decode.h"
 #include "tests/fixture/teststation.h"
 
 #include <QComboBox>
@@ -153,7 +154,7 @@ void SmallScreenTest::everyButtonIsInReach()
 {
     QFETCH(QStringList, entry);
     const TestStation station;
-    station.window->appendDecodes(QStringLiteral("14:23:15"), rows(25));
+    station.window->appendDecodes(QStringLiteral("14:23:15"), parseDecodeLines(rows(25)));
     inDialog(station, entry, [](QDialog *dialog) { QCOMPARE(outOfReach(dialog), QString()); });
 }
 
@@ -251,14 +252,14 @@ void SmallScreenTest::aDialogThatGrowsStaysOnTheScreen()
     const TestStation station;
     inDialog(station, view("Station Display"), [&](QDialog *dialog) {
         dialog->move(freeArea(dialog).center());
-        station.window->appendDecodes(QStringLiteral("14:23:15"), rows(25));
+        station.window->appendDecodes(QStringLiteral("14:23:15"), parseDecodeLines(rows(25)));
         QTRY_VERIFY(scrollsToFitScreen(*dialog));
         QTRY_COMPARE(outOfReach(dialog), QString());
         QCOMPARE(dialog->frameGeometry(), freeArea(dialog));
         auto *table = dialog->findChild<QTableWidget *>();
         QCOMPARE(table->rowCount(), 25);
         const QSize tableSize = table->size();
-        station.window->appendDecodes(QStringLiteral("14:23:30"), rows(1));
+        station.window->appendDecodes(QStringLiteral("14:23:30"), parseDecodeLines(rows(1)));
         QCOMPARE(table->rowCount(), 26);
         QCOMPARE(table->size(), tableSize);
         QTest::mouseClick(dialog->findChild<QDialogButtonBox *>()->buttons().constFirst(),
@@ -270,7 +271,7 @@ void SmallScreenTest::aDialogThatGrowsStaysOnTheScreen()
 void SmallScreenTest::aRefreshLeavesItsSizeToTheOperator()
 {
     const TestStation station;
-    station.window->appendDecodes(QStringLiteral("14:23:15"), rows(25));
+    station.window->appendDecodes(QStringLiteral("14:23:15"), parseDecodeLines(rows(25)));
     inDialog(station, view("Station Display"), [&](QDialog *dialog) {
         QVERIFY(scrollsToFitScreen(*dialog));
         dialog->resize(250, 200);
@@ -287,7 +288,7 @@ void SmallScreenTest::theKeyboardStaysWhereItWasWhenADialogGrows()
     inDialog(station, view("Station Display"), [&](QDialog *dialog) {
         auto *table = dialog->findChild<QTableWidget *>();
         table->setFocus();
-        station.window->appendDecodes(QStringLiteral("14:23:15"), rows(25));
+        station.window->appendDecodes(QStringLiteral("14:23:15"), parseDecodeLines(rows(25)));
         QTRY_VERIFY(scrollsToFitScreen(*dialog));
         QCOMPARE(dialog->focusWidget(), table);
     });

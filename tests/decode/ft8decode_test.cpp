@@ -1,9 +1,26 @@
 #include "decode/ft8decode.h"
+#include "tests/decode/decodelines.h"
 
+#include <QRegularExpression>
 #include <QtTest>
 
 namespace outpost
 {
+
+namespace
+{
+QStringList asList(const std::optional<Ft8Fields> &fields)
+{
+    return fields ? QStringList{fields->time, fields->snr, fields->dt, fields->frequency,
+                                fields->message}
+                  : QStringList();
+}
+
+QStringList groups(const QRegularExpressionMatch &match)
+{
+    return match.hasMatch() ? match.capturedTexts().mid(1) : QStringList();
+}
+} // namespace
 
 class Ft8DecodeTest : public QObject
 {
@@ -20,6 +37,71 @@ private slots:
         QCOMPARE(decode.snr, -12);
         QCOMPARE(decode.dt, -0.3);
         QCOMPARE(decode.freq, 1234);
+        const QStringList parts = {QStringLiteral("142315"), QStringLiteral("-12"),
+                                   QStringLiteral("-0.3"), QStringLiteral("1234"),
+                                   QStringLiteral("cq k1abc FN42")};
+        QCOMPARE(asList(decode.fields), parts);
+        QCOMPARE(asList(decode.words), parts);
+    }
+
+    // The table shows what the pattern does not take, and numbers stay as they were printed.
+    void readsALineByItsWordsAndByThePattern_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("words"); // joined by bars; empty: none
+        QTest::addColumn<QString>("fields");
+        const auto row = [](const char *name, const char *line, const char *words,
+                            const char *fields) {
+            QTest::newRow(name) << QString::fromUtf8(line) << QString::fromUtf8(words)
+                                << QString::fromUtf8(fields);
+        };
+        row("numbers as printed", "000001 +04 -0.30 0700 ~ CQ A", "000001|+04|-0.30|0700|CQ A",
+            "000001|+04|-0.30|0700|CQ A");
+        row("no decode but six words", "one two three four five six seven",
+            "one|two|three|four|six seven", "");
+        row("no message", "000001 4 0.1 1234 ~", "", "");
+        row("a message of blanks that the pattern knows as none",
+            "000001 4 0.1 1234 ~ \u00a0 \u00a0 x", "000001|4|0.1|1234|x", "000001|4|0.1|1234|x");
+        row("other blanks between the numbers", "000001\u00a04 0.1 1234 ~ CQ",
+            "000001|4|0.1|1234|CQ", "");
+        row("too large to be a number", "000001 99999999999 0.1 1234 ~ CQ",
+            "000001|99999999999|0.1|1234|CQ", "000001|99999999999|0.1|1234|CQ");
+    }
+
+    void readsALineByItsWordsAndByThePattern()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, words);
+        QFETCH(QString, fields);
+        const Ft8Decode decode = parseDecodeLine(line);
+        QCOMPARE(asList(decode.words).join(QLatin1Char('|')), words);
+        QCOMPARE(asList(decode.fields).join(QLatin1Char('|')), fields);
+    }
+
+    void runsOfBlanksDoNotChangeWhatMatches_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::newRow("vertical tabs") << QStringLiteral("000001\v4 \v0.1 1234\v\v~ \vCQ\v\vA");
+        QTest::newRow("form feeds") << QStringLiteral("000001\f4 \f0.1 1234\f\f~ \fCQ\f\fA");
+        QTest::newRow("no-break spaces between the numbers")
+            << QStringLiteral("000001\u00a04 0.1 1234 ~ CQ A");
+        QTest::newRow("no-break spaces in the message")
+            << QStringLiteral("000001 4 0.1 1234 ~ CQ\u00a0\u00a0A");
+    }
+
+    void runsOfBlanksDoNotChangeWhatMatches()
+    {
+        QFETCH(QString, line);
+        const QRegularExpression run(QStringLiteral("[ \\t\\v\\f]+"));
+        QStringList expected = groups(decodeLinePattern().match(line));
+        QCOMPARE(groups(matchDecodeLine(line)),
+                 expected.replaceInStrings(run, QStringLiteral(" ")));
+    }
+
+    void everyLineGivesARecord()
+    {
+        const QStringList lines = {QStringLiteral("a ~ odd"), QString(), QStringLiteral("a ~ odd")};
+        QCOMPARE(linesOf(parseDecodeLines(lines)), lines);
     }
 
     void tellsDecodeLinesFromOthers_data()
@@ -124,7 +206,7 @@ private slots:
     {
         QFETCH(QStringList, lines);
         QFETCH(QStringList, merged);
-        QCOMPARE(mergeDecodeLines(lines), merged);
+        QCOMPARE(linesOf(mergeDecodes(parseDecodeLines(lines))), merged);
     }
 };
 

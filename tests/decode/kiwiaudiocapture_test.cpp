@@ -1,6 +1,7 @@
 #include "decode/decodeband.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/imaadpcm.h"
+#include "tests/decode/decodelines.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -400,10 +401,12 @@ private slots:
     {
         const ScriptedDecoder decoder(QStringLiteral("echo \"~ $5\""));
         QStringList calls;
-        capture->setWorkerCallback(
-            [&](const QString &, const QStringList &) { calls.append(QStringLiteral("worker")); });
-        capture->setPeriodCallback(
-            [&](const QString &, const QStringList &) { calls.append(QStringLiteral("period")); });
+        capture->setWorkerCallback([&](const QString &, const QVector<Ft8Decode> &) {
+            calls.append(QStringLiteral("worker"));
+        });
+        capture->setPeriodCallback([&](const QString &, const QVector<Ft8Decode> &) {
+            calls.append(QStringLiteral("period"));
+        });
         capture->queueDecodeSlices(boundaryMs, silence);
         QTRY_COMPARE(calls.size(), 5);
         QCOMPARE(calls.indexOf(QStringLiteral("period")), 4);
@@ -429,8 +432,8 @@ private slots:
                                            passedOver.arg(QLatin1String("14:33:30")),
                                            passedOver.arg(QLatin1String("14:33:45"))}));
         QCOMPARE(capture->periodStart(), boundaryMs + closed * KiwiAudioCapture::periodMs);
-        capture->setPeriodCallback([this](const QString &label, const QStringList &lines) {
-            periods.append({label, lines});
+        capture->setPeriodCallback([this](const QString &label, const QVector<Ft8Decode> &decodes) {
+            periods.append({label, linesOf(decodes)});
         });
         gate.open();
         QTRY_COMPARE_WITH_TIMEOUT(periods.size(), mostPending, 60000);
@@ -832,9 +835,9 @@ private:
     void record(KiwiAudioCapture &source)
     {
         const auto into = [this](QList<Delivery> &list) {
-            return [this, &list](const QString &label, const QStringList &lines) {
+            return [this, &list](const QString &label, const QVector<Ft8Decode> &decodes) {
                 QCOMPARE(QThread::currentThread(), thread());
-                list.append({label, lines});
+                list.append({label, linesOf(decodes)});
             };
         };
         source.setPeriodCallback(into(periods));

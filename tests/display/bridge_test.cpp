@@ -1,6 +1,7 @@
 // What the bridge's clients receive.
 
 #include "bridgeclient.h"
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
 
@@ -49,7 +50,7 @@ private:
 
     void deliver(const QStringList &lines, const QString &label = QStringLiteral("10:15:30"))
     {
-        (*station)->onDecodesDelivered(label, lines);
+        (*station)->onDecodesDelivered(label, parseDecodeLines(lines));
     }
     // What the client heard since it was greeted. Lines keep their order on the way, so that
     // whatever was sent has arrived when this last one has.

@@ -1,6 +1,7 @@
 // Clients that misbehave, and a station that runs out of descriptors.
 
 #include "bridgeclient.h"
+#include "decode/ft8decode.h"
 #include "display/acceptretry.h"
 #include "displaystation.h"
 #include "sim/tcpreset.h"
@@ -134,7 +135,7 @@ private:
         for (int i = 0; i < 20; ++i) {
             lines.append(jt9Line(QString(2200, QLatin1Char('A')), ++delivered));
         }
-        (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), lines);
+        (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), parseDecodeLines(lines));
     }
     QString shownLastOutput()
     {
@@ -166,7 +167,7 @@ private:
     {
         const QByteArray line = "CQ " + QByteArray::number(++delivered);
         (*station)->onDecodesDelivered(QStringLiteral("10:15:30"),
-                                       {jt9Line(QString::fromLatin1(line))});
+                                       parseDecodeLines({jt9Line(QString::fromLatin1(line))}));
         const QByteArray sent = decodeLine({"101530", "-12", "0.3", "1234", line});
         return QTest::qWaitFor([&] { return client->heard.endsWith(sent); });
     }
@@ -376,7 +377,8 @@ void BridgeClientsTest::theGreetingLeavesAtOnce()
 
 void BridgeClientsTest::aDecodeLeavesAtOnce()
 {
-    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), {jt9Line(QStringLiteral("CQ"))});
+    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"),
+                                   parseDecodeLines({jt9Line(QStringLiteral("CQ"))}));
     QVERIFY(client->socket.waitForReadyRead(5000));
     QCOMPARE(client->heard,
              BridgeClient::readyLine() + decodeLine({"101530", "-12", "0.3", "1234", "CQ"}));

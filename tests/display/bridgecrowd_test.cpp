@@ -1,6 +1,7 @@
 // Crowds at the bridge: many clients, deaf ones, talkative ones. Whoever listens hears every
 // decode, and nothing of the crowd stays.
 
+#include "decode/ft8decode.h"
 #include "tests/fixture/aftermath.h"
 #include "tests/fixture/teststation.h"
 
@@ -92,7 +93,8 @@ void BridgeCrowdTest::aThousandClientsHearEveryDecode()
     QTRY_VERIFY_WITH_TIMEOUT(allGreeted(crowd), 30000);
     QElapsedTimer timer;
     timer.start();
-    station->window->onDecodesDelivered(QStringLiteral("14:23:15"), decodes(142315, 40));
+    station->window->onDecodesDelivered(QStringLiteral("14:23:15"),
+                                        parseDecodeLines(decodes(142315, 40)));
     std::printf("FIGURE 40 decodes to 1000 clients: %lld ms\n",
                 static_cast<long long>(timer.elapsed()));
     const auto linesOf = [](const std::unique_ptr<QTcpSocket> &client) {
@@ -124,7 +126,8 @@ void BridgeCrowdTest::aHundredThatNeverReadAreDropped()
     while (station->trace.count(gone) == 0 && period < 1000) {
         ++period;
         station->clock.set(station->clock.now() + 91000);
-        station->window->onDecodesDelivered(QString(), decodes(period, 100, longMessage));
+        station->window->onDecodesDelivered(QString(),
+                                            parseDecodeLines(decodes(period, 100, longMessage)));
         QCoreApplication::processEvents();
     }
     QCOMPARE(station->trace.count(gone), 1);
@@ -151,7 +154,8 @@ void BridgeCrowdTest::aHundredThatTalkWithoutEndDisturbNobody()
         talk();
     }
     QTRY_VERIFY_WITH_TIMEOUT(told > 200 * 1024 * 1024, 30000);
-    station->window->onDecodesDelivered(QStringLiteral("14:23:15"), decodes(142315, 5));
+    station->window->onDecodesDelivered(QStringLiteral("14:23:15"),
+                                        parseDecodeLines(decodes(142315, 5)));
     QTRY_COMPARE(listener.front()->peek(10000).count('\n'), 6);
     crowd.clear();
     listener.clear();

@@ -1,3 +1,4 @@
+#include "decode/ft8decode.h"
 #include "display/bridgeprotocol.h"
 
 #include <QtTest>
@@ -24,7 +25,7 @@ const QString exampleLine = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42"
 BridgeDecode exampleDecode()
 {
     QString periodTime = QStringLiteral("101530");
-    return parseBridgeDecode(exampleLine, &periodTime).value_or(BridgeDecode());
+    return bridgeDecode(parseDecodeLine(exampleLine), &periodTime).value_or(BridgeDecode());
 }
 
 } // namespace
@@ -118,7 +119,7 @@ void BridgeProtocolTest::fieldsCarryTheDecodersOwnText()
     QFETCH(QString, line);
     QFETCH(QStringList, fields);
     QString periodTime = QStringLiteral("101530");
-    const std::optional<BridgeDecode> decode = parseBridgeDecode(line, &periodTime);
+    const std::optional<BridgeDecode> decode = bridgeDecode(parseDecodeLine(line), &periodTime);
     QVERIFY(decode.has_value());
     QCOMPARE(clientFields(bridgeLine(*decode)), fields);
 }
@@ -141,7 +142,7 @@ void BridgeProtocolTest::linesThatAreNoDecodeAreDropped()
 {
     QFETCH(QString, line);
     QString periodTime = QStringLiteral("101530");
-    QVERIFY(!parseBridgeDecode(line, &periodTime).has_value());
+    QVERIFY(!bridgeDecode(parseDecodeLine(line), &periodTime).has_value());
 }
 
 void BridgeProtocolTest::thePeriodLabelBeatsThePrintedTime()
@@ -149,10 +150,11 @@ void BridgeProtocolTest::thePeriodLabelBeatsThePrintedTime()
     QString periodTime = bridgePeriodTime(QStringLiteral("10:15:30"));
     for (const char *printed : {"000000", "101545", "235959"}) {
         const QString line = QLatin1String(printed) + QStringLiteral(" -12 0.3 1234 ~ CQ");
-        QCOMPARE(parseBridgeDecode(line, &periodTime)->time, QStringLiteral("101530"));
+        QCOMPARE(bridgeDecode(parseDecodeLine(line), &periodTime)->time, QStringLiteral("101530"));
     }
     periodTime = bridgePeriodTime(QStringLiteral("ab:cd:ef")); // six characters are enough
-    QCOMPARE(parseBridgeDecode(exampleLine, &periodTime)->time, QStringLiteral("abcdef"));
+    QCOMPARE(bridgeDecode(parseDecodeLine(exampleLine), &periodTime)->time,
+             QStringLiteral("abcdef"));
 }
 
 void BridgeProtocolTest::aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt_data()
@@ -170,22 +172,25 @@ void BridgeProtocolTest::aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt()
     QString periodTime = bridgePeriodTime(label);
     const QString first = QStringLiteral("111115 -12 0.3 1234 ~ CQ");
     const QString second = QStringLiteral("222230 -12 0.3 1240 ~ CQ");
-    QCOMPARE(parseBridgeDecode(first, &periodTime)->time, QStringLiteral("111115"));
-    QCOMPARE(parseBridgeDecode(second, &periodTime)->time, QStringLiteral("111115"));
+    QCOMPARE(bridgeDecode(parseDecodeLine(first), &periodTime)->time, QStringLiteral("111115"));
+    QCOMPARE(bridgeDecode(parseDecodeLine(second), &periodTime)->time, QStringLiteral("111115"));
 }
 
 void BridgeProtocolTest::aLineThatIsNoDecodeDoesNotSetTheTime()
 {
     QString periodTime;
-    QVERIFY(!parseBridgeDecode(QStringLiteral("111115 no decode"), &periodTime).has_value());
-    QCOMPARE(parseBridgeDecode(exampleLine, &periodTime)->time, QStringLiteral("101530"));
+    QVERIFY(!bridgeDecode(parseDecodeLine(QStringLiteral("111115 no decode")), &periodTime)
+                 .has_value());
+    QCOMPARE(bridgeDecode(parseDecodeLine(exampleLine), &periodTime)->time,
+             QStringLiteral("101530"));
 }
 
 void BridgeProtocolTest::nonAsciiTravelsAsUtf8()
 {
     QString periodTime = QStringLiteral("101530");
     const QString line = QStringLiteral("101530 -12 0.3 1234 ~ GRÜẞE 日本");
-    const BridgeDecode decode = parseBridgeDecode(line, &periodTime).value_or(BridgeDecode());
+    const BridgeDecode decode =
+        bridgeDecode(parseDecodeLine(line), &periodTime).value_or(BridgeDecode());
     QVERIFY(bridgePayload(decode).endsWith("\tGR\xC3\x9C\xE1\xBA\x9E"
                                            "E \xE6\x97\xA5\xE6\x9C\xAC"));
     QCOMPARE(clientFields(bridgeLine(decode)).last(), QStringLiteral("GRÜẞE 日本"));

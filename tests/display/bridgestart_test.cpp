@@ -1,6 +1,7 @@
 // Starting and stopping the bridge, and the port it takes.
 
 #include "bridgeclient.h"
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
@@ -192,7 +193,7 @@ void BridgeStartTest::startingWhileListeningChangesNothing()
     trace->clear();
     chooseBridge("Start Local WSJT Bridge");
     QCOMPARE(bridgeTrace(), alreadyListeningOn(station->bridgePort));
-    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), jt9Lines(1));
+    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), parseDecodeLines(jt9Lines(1)));
     QTRY_COMPARE(client.heard.count('\n'), 2);
     QVERIFY(bridgeStatus().contains(QStringLiteral("— 1 client(s)")));
 }

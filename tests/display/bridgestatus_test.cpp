@@ -1,4 +1,5 @@
 #include "bridgeclient.h"
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tabstops.h"
 #include "tests/fixture/operator.h"
@@ -144,14 +145,14 @@ void BridgeStatusTest::itShowsClientsAndTheLastOutput()
 {
     const QStringList batch{jt9Line(QStringLiteral("CQ K1ABC")),
                             jt9Line(QStringLiteral("CQ K1ABC")), QStringLiteral("no decode")};
-    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), batch);
+    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), parseDecodeLines(batch));
     show();
     QCOMPARE(text(), listening(0) + QStringLiteral("Last output: None"));
 
     const BridgeClient first(station->bridgePort);
     const BridgeClient second(station->bridgePort);
     QVERIFY(first.waitForGreeting() && second.waitForGreeting());
-    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), batch);
+    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), parseDecodeLines(batch));
     const QString sentThree = QStringLiteral("Last output: 10:15:44 UTC — 3 FT8 decodes sent");
     show();
     QCOMPARE(text(), listening(2) + sentThree);
@@ -160,7 +161,8 @@ void BridgeStatusTest::itShowsClientsAndTheLastOutput()
     (*station)->onDecodesDelivered(QStringLiteral("10:15:45"), {});
     show();
     QCOMPARE(text(), listening(2) + sentThree);
-    (*station)->onDecodesDelivered(QStringLiteral("10:15:45"), {QStringLiteral("no decode")});
+    (*station)->onDecodesDelivered(QStringLiteral("10:15:45"),
+                                   parseDecodeLines({QStringLiteral("no decode")}));
     show();
     QCOMPARE(text(),
              listening(2) + QStringLiteral("Last output: 10:15:59 UTC — 1 FT8 decodes sent"));
@@ -170,7 +172,7 @@ void BridgeStatusTest::theLastOutputSurvivesAStop()
 {
     const BridgeClient client(station->bridgePort);
     QVERIFY(client.waitForGreeting());
-    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), jt9Lines(2));
+    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), parseDecodeLines(jt9Lines(2)));
     chooseBridge("Stop Local WSJT Bridge");
     QCOMPARE(text(), QStringLiteral("Bridge: Stopped\nLast error: None"));
     chooseBridge("Start Local WSJT Bridge");

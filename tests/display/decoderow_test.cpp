@@ -1,3 +1,4 @@
+#include "decode/ft8decode.h"
 #include "display/decoderow.h"
 
 #include <QtTest>
@@ -63,7 +64,7 @@ void DecodeRowTest::splitsALineIntoCells()
 {
     QFETCH(QString, line);
     QFETCH(QStringList, cells);
-    const std::optional<DecodeCells> row = decodeCells(label, line);
+    const std::optional<DecodeCells> row = decodeCells(label, parseDecodeLine(line));
     QVERIFY(row.has_value());
     QCOMPARE(QStringList(row->begin(), row->end()), cells);
 }
@@ -82,7 +83,7 @@ void DecodeRowTest::aLineWithoutAMessageGivesNoRow_data()
 void DecodeRowTest::aLineWithoutAMessageGivesNoRow()
 {
     QFETCH(QString, line);
-    QVERIFY(!decodeCells(label, line).has_value());
+    QVERIFY(!decodeCells(label, parseDecodeLine(line)).has_value());
 }
 
 namespace

@@ -1,3 +1,4 @@
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
 
@@ -69,7 +70,7 @@ private:
 
     void append(const QString &label, const QStringList &lines)
     {
-        (*station)->appendDecodes(label, lines);
+        (*station)->appendDecodes(label, parseDecodeLines(lines));
     }
     void clear()
     {

@@ -1,3 +1,4 @@
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
 
@@ -84,7 +85,7 @@ private:
 
     void append(const char *label, const QStringList &lines)
     {
-        (*station)->appendDecodes(QString::fromLatin1(label), lines);
+        (*station)->appendDecodes(QString::fromLatin1(label), parseDecodeLines(lines));
     }
     bool isAtTheBottom() const
     {

@@ -1,3 +1,4 @@
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tabstops.h"
 #include "tests/fixture/operator.h"
@@ -160,7 +161,7 @@ private:
         for (const QString &message : messages) {
             batch.append(jt9Line(message));
         }
-        (*station)->appendDecodes(QStringLiteral("10:15:30"), batch);
+        (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(batch));
     }
     QList<int> yellowRows() const
     {

@@ -1,4 +1,5 @@
 #include "bridgeclient.h"
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tabstops.h"
 #include "tests/fixture/operator.h"
@@ -158,7 +159,7 @@ void StationDisplayTest::itClosesByKeyAndButton()
 
 void StationDisplayTest::tabReachesTheTableAndTheCloseButton()
 {
-    (*station)->appendDecodes(QStringLiteral("10:15:30"), jt9Lines(3));
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(jt9Lines(3)));
     QStringList stops = tabStops(dialog);
     stops.sort();
     QCOMPARE(stops, (QStringList{QStringLiteral("Close"), QStringLiteral("Decodes")}));
@@ -180,10 +181,11 @@ void StationDisplayTest::withASessionAndDecodes()
 {
     (*station)->startStatusSession();
     station->nowMs += 3725000;
-    (*station)->appendDecodes(QStringLiteral("10:15:30"),
-                              {jt9Line(QStringLiteral("CQ K1ABC"), 700, QStringLiteral("-21")),
-                               jt9Line(QStringLiteral("CQ W1AW"), 800, QStringLiteral("+04")),
-                               jt9Line(QStringLiteral("CQ K9ZZ"), 900, QStringLiteral("-3"))});
+    (*station)->appendDecodes(
+        QStringLiteral("10:15:30"),
+        parseDecodeLines({jt9Line(QStringLiteral("CQ K1ABC"), 700, QStringLiteral("-21")),
+                          jt9Line(QStringLiteral("CQ W1AW"), 800, QStringLiteral("+04")),
+                          jt9Line(QStringLiteral("CQ K9ZZ"), 900, QStringLiteral("-3"))}));
     QCOMPARE(lines(), (QStringList{QStringLiteral("Receiver: receiver.test:8073"),
                                    QStringLiteral("Frequency: 14.074000 MHz"),
                                    QStringLiteral("Connected time: 01:02:05"),
@@ -243,7 +245,7 @@ void StationDisplayTest::theSnrLineTakesWholeNumbersOnly()
     for (const QString &snr : snrs) {
         batch.append(jt9Line(QStringLiteral("CQ"), 500 + batch.size(), snr));
     }
-    (*station)->appendDecodes(QStringLiteral("10:15:30"), batch);
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(batch));
     QCOMPARE(lines().at(5), QStringLiteral("Latest-period decodes: %1").arg(snrs.size()));
     QCOMPARE(lines().at(6), QStringLiteral("Strongest / weakest SNR: %1 dB").arg(shown));
 }
@@ -253,9 +255,9 @@ void StationDisplayTest::onlyTheLatestPeriodCounts()
     const auto one = [](const char *snr) {
         return QStringList{jt9Line(QStringLiteral("CQ"), 500, QString::fromLatin1(snr))};
     };
-    (*station)->appendDecodes(QStringLiteral("10:15:30"), one("20"));
-    (*station)->appendDecodes(QStringLiteral("10:15:45"), one("-5"));
-    (*station)->appendDecodes(QStringLiteral(" 10:15:45 "), one("-6"));
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(one("20")));
+    (*station)->appendDecodes(QStringLiteral("10:15:45"), parseDecodeLines(one("-5")));
+    (*station)->appendDecodes(QStringLiteral(" 10:15:45 "), parseDecodeLines(one("-6")));
     QCOMPARE(lines().at(4), QStringLiteral("Latest FT8 period: 10:15:45"));
     QCOMPARE(lines().at(5), QStringLiteral("Latest-period decodes: 2"));
     QCOMPARE(lines().at(6), QStringLiteral("Strongest / weakest SNR: -5 / -6 dB"));
@@ -263,7 +265,7 @@ void StationDisplayTest::onlyTheLatestPeriodCounts()
 
 void StationDisplayTest::aLastRowWithoutATimeLeavesThePeriodEmpty()
 {
-    (*station)->appendDecodes(QStringLiteral("10:15:30"), jt9Lines(2));
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(jt9Lines(2)));
     decodeTableOf(**station)->item(1, 0)->setText(QStringLiteral(" "));
     choose(**station, entry);
     QCOMPARE(lines().at(4), QStringLiteral("Latest FT8 period: "));
@@ -298,9 +300,9 @@ void StationDisplayTest::itRefreshesEveryFiveSeconds()
 void StationDisplayTest::itCopiesAllRowsAsTextOnly()
 {
     for (const char *label : {"10:15:15", "10:15:30", "10:15:45"}) {
-        (*station)->appendDecodes(
-            QString::fromLatin1(label),
-            {jt9Line(QStringLiteral("CQ W1AW")), jt9Line(QStringLiteral("CQ K1ABC"))});
+        (*station)->appendDecodes(QString::fromLatin1(label),
+                                  parseDecodeLines({jt9Line(QStringLiteral("CQ W1AW")),
+                                                    jt9Line(QStringLiteral("CQ K1ABC"))}));
     }
     const QTableWidget *original = decodeTableOf(**station);
     QVERIFY(original->item(0, 0)->data(Qt::BackgroundRole).isValid());
@@ -326,7 +328,7 @@ void StationDisplayTest::updatesAreSuspendedWhileItCopies()
     const auto note = [&] { updates.append(table()->updatesEnabled()); };
     connect(table()->model(), &QAbstractItemModel::rowsInserted, table(), note);
     connect(table()->model(), &QAbstractItemModel::dataChanged, table(), note);
-    (*station)->appendDecodes(QStringLiteral("10:15:30"), jt9Lines(2));
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(jt9Lines(2)));
     QVERIFY(!updates.isEmpty());
     QVERIFY(!updates.contains(true));
     QVERIFY(table()->updatesEnabled());
@@ -334,7 +336,7 @@ void StationDisplayTest::updatesAreSuspendedWhileItCopies()
 
 void StationDisplayTest::aMissingCellIsCopiedAsEmptyText()
 {
-    (*station)->appendDecodes(QStringLiteral("10:15:30"), jt9Lines(2));
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(jt9Lines(2)));
     delete decodeTableOf(**station)->takeItem(0, 2);
     choose(**station, entry);
     QVERIFY(table()->item(0, 2));
@@ -346,7 +348,7 @@ void StationDisplayTest::aClosedWindowIsLeftAlone()
 {
     dialog->close();
     QTRY_VERIFY(!dialog);
-    (*station)->appendDecodes(QStringLiteral("10:15:30"), jt9Lines(2));
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(jt9Lines(2)));
     QVERIFY(!openDialog(title));
     show();
     QCOMPARE(table()->rowCount(), 2);

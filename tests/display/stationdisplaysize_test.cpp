@@ -1,3 +1,4 @@
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
 
@@ -58,7 +59,7 @@ private:
     }
     void append(const QStringList &lines)
     {
-        (*station)->appendDecodes(QStringLiteral("10:15:30"), lines);
+        (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(lines));
     }
     int heightWithoutRows() const
     {

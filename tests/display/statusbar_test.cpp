@@ -1,4 +1,5 @@
 #include "bridgeclient.h"
+#include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "sim/kiwisim.h"
 #include "tests/fixture/operator.h"
@@ -105,9 +106,9 @@ void StatusBarTest::theReceiverIsConnectedWhileItsSoundArrives()
 void StatusBarTest::everyBatchShowsTheSessionsDecodes()
 {
     (*station)->startStatusSession();
-    (*station)->appendDecodes(QStringLiteral("10:15:30"), jt9Lines(7));
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), parseDecodeLines(jt9Lines(7)));
     QVERIFY(summary().endsWith(QStringLiteral(" | TDecodes 7")));
-    (*station)->appendDecodes(QStringLiteral("10:15:45"), jt9Lines(30));
+    (*station)->appendDecodes(QStringLiteral("10:15:45"), parseDecodeLines(jt9Lines(30)));
     QVERIFY(summary().endsWith(QStringLiteral(" | TDecodes 37")));
     markSummary();
     (*station)->appendDecodes(QStringLiteral("10:16:00"), {});

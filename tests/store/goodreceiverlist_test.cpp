@@ -4,6 +4,7 @@
 #include "app/mainwindow.h"
 #include "base/receiverkey.h"
 #include "base/settings.h"
+#include "decode/ft8decode.h"
 #include "sim/kiwisim.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
@@ -230,7 +231,7 @@ void GoodReceiverListTest::aBatchOfAWorkerRecords()
 {
     const LogTrace trace;
     MainWindow window([] { return madeUpMs; });
-    window.onDecodesDelivered(QStringLiteral("18:04:00"), decodeLines(4));
+    window.onDecodesDelivered(QStringLiteral("18:04:00"), parseDecodeLines(decodeLines(4)));
     QCOMPARE(fileBytes(listFile()), QByteArray("[\n"
                                                "    {\n"
                                                "        \"FrequencyMhz\": 14.074,\n"
@@ -257,11 +258,11 @@ void GoodReceiverListTest::theFrequencyInUseIsRecorded()
 void GoodReceiverListTest::theTableRecordsWithAllItsRows()
 {
     MainWindow window;
-    window.appendDecodes(QStringLiteral("18:04:00"), decodeLines(1));
-    window.appendDecodes(QStringLiteral("18:04:15"), decodeLines(2));
-    window.appendDecodes(QStringLiteral("18:04:30"), decodeLines(3));
+    window.appendDecodes(QStringLiteral("18:04:00"), parseDecodeLines(decodeLines(1)));
+    window.appendDecodes(QStringLiteral("18:04:15"), parseDecodeLines(decodeLines(2)));
+    window.appendDecodes(QStringLiteral("18:04:30"), parseDecodeLines(decodeLines(3)));
     QVERIFY(QFile::remove(listFile()));
-    window.appendDecodes(QStringLiteral("18:04:45"), decodeLines(4));
+    window.appendDecodes(QStringLiteral("18:04:45"), parseDecodeLines(decodeLines(4)));
     QCOMPARE(savedList().at(0).toObject().value(QLatin1String("LastDecodeCount")).toInt(), 9);
 }
 
@@ -286,8 +287,8 @@ void GoodReceiverListTest::laterDecodesLeaveTheFileAsItIs()
     putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.074");
     window.loadFrequencyFile();
     const LogTrace trace;
-    window.onDecodesDelivered(QStringLiteral("18:04:15"), decodeLines(9));
-    window.appendDecodes(QStringLiteral("18:04:15"), decodeLines(9));
+    window.onDecodesDelivered(QStringLiteral("18:04:15"), parseDecodeLines(decodeLines(9)));
+    window.appendDecodes(QStringLiteral("18:04:15"), parseDecodeLines(decodeLines(9)));
     QCOMPARE(fileBytes(listFile()), first);
     QCOMPARE(trace.lines(), QStringList());
 }
@@ -390,7 +391,7 @@ void GoodReceiverListTest::aFailedRecordingIsOnlyLogged()
     QVERIFY(QDir().mkpath(listFile()));
     MainWindow window;
     const LogTrace trace;
-    window.onDecodesDelivered(QStringLiteral("18:04:00"), decodeLines(1));
+    window.onDecodesDelivered(QStringLiteral("18:04:00"), parseDecodeLines(decodeLines(1)));
     QCOMPARE(trace.lines(), QStringList(QStringLiteral("GOOD RECEIVER SAVE FAILED: Filename "
                                                        "refers to a directory")));
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
@@ -475,8 +476,8 @@ void GoodReceiverListTest::aRemovedReceiverStaysAway()
     MainWindow window;
     window.recordGoodReceiver(3);
     removeOnly(window, 1);
-    window.onDecodesDelivered(QStringLiteral("18:04:00"), decodeLines(2));
-    window.appendDecodes(QStringLiteral("18:04:00"), decodeLines(2));
+    window.onDecodesDelivered(QStringLiteral("18:04:00"), parseDecodeLines(decodeLines(2)));
+    window.appendDecodes(QStringLiteral("18:04:00"), parseDecodeLines(decodeLines(2)));
     QCOMPARE(fileBytes(listFile()), QByteArray("[\n]\n"));
     MainWindow().recordGoodReceiver(3); // nor after a restart
     QCOMPARE(savedList().size(), 0);
@@ -492,7 +493,7 @@ void GoodReceiverListTest::aReceiverAppliedAgainIsRecordedAgain()
     applyReceiver(window, QStringLiteral("LOCALHOST"), 1);
     QCOMPARE(removedOnDisk(), QStringList());
     QCOMPARE(savedList().size(), 0);
-    window.onDecodesDelivered(QStringLiteral("18:04:00"), decodeLines(2));
+    window.onDecodesDelivered(QStringLiteral("18:04:00"), parseDecodeLines(decodeLines(2)));
     QCOMPARE(savedList().size(), 1);
     QCOMPARE(savedList().at(0).toObject().value(QLatin1String("Host")).toString(),
              QStringLiteral("LOCALHOST"));

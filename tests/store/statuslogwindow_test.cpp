@@ -1,6 +1,7 @@
 // The receiver status log: its sessions, its file, its window.
 
 #include "app/mainwindow.h"
+#include "decode/ft8decode.h"
 #include "sim/kiwisim.h"
 #include "tests/fixture/filedialogs.h"
 #include "tests/fixture/home.h"
@@ -408,8 +409,9 @@ void StatusLogWindowTest::aSessionCountsOnlyWhileItRuns()
     window->addSessionDecodes(6);
     window->finishStatusSession();
     window->addSessionDecodes(50);
-    window->appendDecodes(QStringLiteral("18:04:00"),
-                          {QStringLiteral("000000 -10  0.1 1000 ~  CQ K1ABC FN42")});
+    window->appendDecodes(
+        QStringLiteral("18:04:00"),
+        parseDecodeLines({QStringLiteral("000000 -10  0.1 1000 ~  CQ K1ABC FN42")}));
     window->finishStatusSession();
     QCOMPARE(savedCount("Sessions"), 1);
     QCOMPARE(savedEntry("Sessions", 0).value(QLatin1String("Decodes")).toInt(), 11);
@@ -423,7 +425,7 @@ void StatusLogWindowTest::theStatusBarFollowsTheSession()
     window->startStatusSession();
     const QStringList lines{QStringLiteral("000000 -10  0.1 1000 ~  CQ K1ABC FN42"),
                             QStringLiteral("000000  -3  0.2 1500 ~  CQ W9XYZ EN37")};
-    window->appendDecodes(QStringLiteral("18:04:00"), lines);
+    window->appendDecodes(QStringLiteral("18:04:00"), parseDecodeLines(lines));
     QVERIFY(summaryLine(*window).endsWith(QStringLiteral("TDecodes 2")));
     window->finishStatusSession();
     QVERIFY(summaryLine(*window).endsWith(QStringLiteral("TDecodes 0")));

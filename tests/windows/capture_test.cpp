@@ -1,6 +1,7 @@
 // The four workers of a period as Windows runs them: their decoders, their folders, their results.
 
 #include "decode/kiwiaudiocapture.h"
+#include "tests/decode/decodelines.h"
 #include "tests/windows/standindecoder.h"
 
 #include <QTimer>
@@ -76,8 +77,8 @@ private slots:
         capture->setCaptureFolder(folder());
         const auto into = [](QList<Delivery> &list) {
             list.clear();
-            return [&list](const QString &label, const QStringList &lines) {
-                list.append({label, lines});
+            return [&list](const QString &label, const QVector<Ft8Decode> &decodes) {
+                list.append({label, linesOf(decodes)});
             };
         };
         capture->setPeriodCallback(into(periods));

@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 #include "base/datapaths.h"
+#include "decode/ft8decode.h"
 #include "decode/jt9locator.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
@@ -99,7 +100,8 @@ private slots:
         client.start(QStringLiteral(BRIDGE_CLIENT), {QString::number(port), QStringLiteral("2")});
         QTRY_COMPARE_WITH_TIMEOUT(client.bytesAvailable(), qint64(18), 20000);
         const_cast<MainWindow &>(window).onDecodesDelivered(
-            QStringLiteral("10:15:30"), {QStringLiteral("101530 -12  0.3 1234 ~  CQ K1ABC FN42")});
+            QStringLiteral("10:15:30"),
+            parseDecodeLines({QStringLiteral("101530 -12  0.3 1234 ~  CQ K1ABC FN42")}));
         QTRY_COMPARE_WITH_TIMEOUT(client.state(), QProcess::NotRunning, 20000);
         QCOMPARE(client.readAllStandardOutput(),
                  QByteArray("PELQBRIDGE2|READY\n"
