@@ -45,29 +45,29 @@ QString dataFolder()
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
 }
 
-QString defaultProfilePath()
+QString defaultProfilePath(const QString &folder)
 {
-    return dataFolder() + QStringLiteral("/default-profile.json");
+    return folder + QStringLiteral("/default-profile.json");
 }
 
-QString suggestedProfilePath()
+QString suggestedProfilePath(const QString &folder)
 {
-    return dataFolder() + QStringLiteral("/kiwi-profile.json");
+    return folder + QStringLiteral("/kiwi-profile.json");
 }
 
-QString frequencyFilePath()
+QString frequencyFilePath(const QString &folder)
 {
-    return dataFolder() + QStringLiteral("/kiwi-frequency.txt");
+    return folder + QStringLiteral("/kiwi-frequency.txt");
 }
 
-QString goodReceiversPath()
+QString goodReceiversPath(const QString &folder)
 {
-    return dataFolder() + QStringLiteral("/good-kiwi-receivers.json");
+    return folder + QStringLiteral("/good-kiwi-receivers.json");
 }
 
-QString statusLogPath()
+QString statusLogPath(const QString &folder)
 {
-    return dataFolder() + QStringLiteral("/receiver-status-log.json");
+    return folder + QStringLiteral("/receiver-status-log.json");
 }
 
 QString captureFolder(const QString &applicationDir, const QString &cacheLocation)

@@ -5,14 +5,15 @@
 namespace outpost
 {
 
-// The operator's data files. Each call asks the platform anew; the folder follows the
-// organisation and application names and need not exist.
+// The folder of the operator's data files on this platform. It follows the organisation and
+// application names and need not exist. Each call asks the platform anew.
 QString dataFolder();
-QString defaultProfilePath();
-QString suggestedProfilePath(); // what Save Profile As starts with
-QString frequencyFilePath();
-QString goodReceiversPath();
-QString statusLogPath();
+
+QString defaultProfilePath(const QString &folder = dataFolder());
+QString suggestedProfilePath(const QString &folder = dataFolder()); // Save Profile As starts here
+QString frequencyFilePath(const QString &folder = dataFolder());
+QString goodReceiversPath(const QString &folder = dataFolder());
+QString statusLogPath(const QString &folder = dataFolder());
 
 // The decode workers' scratch root: "capture" beside the program's folder. Off Windows a program
 // below /usr or /opt, or one beside which nothing can be written, uses "capture" in the user's

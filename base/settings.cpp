@@ -1,126 +1,28 @@
 #include "base/settings.h"
 
-#include "base/lockfile.h"
 #include "base/logline.h"
-
-#ifdef Q_OS_WIN
-#include "base/datapaths.h"
-#else
-#include "base/atomicfile.h"
-#include "base/datafile.h"
-
-#include <QDir>
-#include <QFileInfo>
-#include <QTemporaryDir>
-#include <algorithm>
-#endif
-
-#include <QLockFile>
 
 namespace outpost
 {
 
-namespace
+QSettings SettingsStore::open() const
 {
-
-using Change = std::function<QVariant(const QVariant &)>;
-
-#ifdef Q_OS_WIN
-
-// The registry replaces each value as a whole. Without the lock, what another copy stores between
-// reading and writing would be lost.
-bool store(const QString &key, const Change &change)
-{
-    const auto lock = takeLock(dataFolder() + QStringLiteral("/settings"), changeWaitMs);
-    QSettings settings = stationSettings();
-    settings.setValue(key, change(settings.value(key)));
-    settings.sync();
-    return settings.status() == QSettings::NoError;
-}
-
-#else
-
-// The file needs a name that the toolkit's cache does not know, so that it is really read.
-bool holds(const QString &path, const QSettings &settings)
-{
-    const QSettings found(path, QSettings::IniFormat);
-    const QStringList keys = settings.allKeys();
-    return found.allKeys() == keys &&
-           std::all_of(keys.begin(), keys.end(),
-                       [&](const QString &key) { return found.value(key) == settings.value(key); });
-}
-
-// A draft is made under the lock of the settings, so whoever has that finds only what copies of the
-// program have left that were killed in a save.
-void removeOldDrafts(const QString &path)
-{
-    QDir settings = QFileInfo(path).dir();
-    const QString name = QFileInfo(path).fileName();
-    const QStringList folders = {name + QStringLiteral(".save??????"),
-                                 name + QStringLiteral(".save.??????")};
-    for (const QString &left :
-         settings.entryList(folders, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks)) {
-        QDir draft(settings.filePath(left));
-        for (const QString &file :
-             draft.entryList({QStringLiteral("draft*"), QStringLiteral("written*")},
-                             QDir::Files | QDir::Hidden)) {
-            draft.remove(file);
-        }
-        settings.rmdir(left); // unless something else is in it
+    if (!file.isEmpty()) {
+        return QSettings(file, QSettings::IniFormat);
     }
+    return QSettings(QStringLiteral("PELQ"), QStringLiteral("PELQ Kiwi Outpost"));
 }
 
-// An empty list reads back as nothing.
-QVariant storable(const QVariant &value)
+bool SettingsStore::save(const QString &key, const QVariant &value) const
 {
-    return value == QVariant(QStringList()) ? QVariant() : value;
+    return change(key, [&value](const QVariant &) { return value; });
 }
 
-// On a full disk Qt puts an empty or short file in the old one's place and reports success. So it
-// writes a draft, which replaces the settings once it has been read again.
-bool store(const QString &key, const Change &change)
-{
-    const QString path = stationSettings().fileName();
-    QDir().mkpath(QFileInfo(path).path());
-    const auto lock = takeLock(path, changeWaitMs); // the one that Qt takes
-    if (!lock->isLocked()) {
-        return false;
-    }
-    removeOldDrafts(path);
-    const QTemporaryDir folder(path + QStringLiteral(".save"));
-    if (!folder.isValid()) {
-        return false;
-    }
-
-    const QString draft = folder.filePath(QStringLiteral("draft"));
-    const QString written = folder.filePath(QStringLiteral("written"));
-    const std::optional<QByteArray> old = readFile(path);
-    if (old ? !saveAtomically(draft, *old) : QFileInfo::exists(path)) {
-        return false;
-    }
-    QSettings settings(draft, QSettings::IniFormat);
-    settings.setValue(key, storable(change(settings.value(key))));
-    settings.sync();
-    if (!QFile::rename(draft, written) || !holds(written, settings)) {
-        return false;
-    }
-    return bool(saveAtomically(path, readFile(written).value_or(QByteArray())));
-}
-
-#endif
-
-} // namespace
-
-bool saveSetting(const QString &key, const QVariant &value)
-{
-    return changeSetting(key, [&value](const QVariant &) { return value; });
-}
-
-bool changeSetting(const QString &key, const Change &change)
+bool SettingsStore::change(const QString &key, const Change &change) const
 {
     const bool saved = store(key, change);
     if (!saved) {
-        logLine(QStringLiteral("Settings save failed: %1").arg(stationSettings().fileName()));
+        logLine(QStringLiteral("Settings save failed: %1").arg(fileName()));
     }
     return saved;
 }

@@ -2,23 +2,53 @@
 
 #include <QSettings>
 #include <functional>
+#include <utility>
 
 namespace outpost
 {
 
-// The platform's settings store of this program, always by its explicit names: the application
-// name that start-up sets ("KiwiOutpost") is the one of the data files, not of the settings.
+// Where this program's settings are kept. The platform's store always has explicit names: the
+// application name that start-up sets ("KiwiOutpost") is the one of the data files, not of the
+// settings.
+class SettingsStore
+{
+public:
+    using Change = std::function<QVariant(const QVariant &)>;
+
+    SettingsStore() = default; // the platform's
+    explicit SettingsStore(QString iniFile) : file(std::move(iniFile)) {}
+
+    QSettings open() const;
+    QString fileName() const { return open().fileName(); }
+
+    // Replaces one setting, and all of them stay as they were when that fails, which is logged.
+    bool save(const QString &key, const QVariant &value) const;
+
+    // The same with what `change` makes of the value that is stored; no other copy of the program
+    // changes it meanwhile.
+    bool change(const QString &key, const Change &change) const;
+
+private:
+    bool store(const QString &key, const Change &change) const;
+
+    QString file; // empty: the platform's store
+};
+
+// The same for the platform's store.
 inline QSettings stationSettings()
 {
-    return QSettings(QStringLiteral("PELQ"), QStringLiteral("PELQ Kiwi Outpost"));
+    return SettingsStore().open();
 }
 
-// Replaces one setting, and all of them stay as they were when that fails, which is logged.
-bool saveSetting(const QString &key, const QVariant &value);
+inline bool saveSetting(const QString &key, const QVariant &value)
+{
+    return SettingsStore().save(key, value);
+}
 
-// The same with what `change` makes of the value that is stored; no other copy of the program
-// changes it meanwhile.
-bool changeSetting(const QString &key, const std::function<QVariant(const QVariant &)> &change);
+inline bool changeSetting(const QString &key, const SettingsStore::Change &change)
+{
+    return SettingsStore().change(key, change);
+}
 
 // jt9's decode depth, 1 to 3, from "decoder/depth"; anything else stored there counts as 2.
 inline int storedDecodeDepth(const QSettings &settings)
