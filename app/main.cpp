@@ -27,7 +27,9 @@ int main(int argc, char *argv[])
     setStationFont();
     setIdentity();
     quitOnTermination();
-    MainWindow window(QDateTime::currentMSecsSinceEpoch, commandLine.options);
+    StationOptions options;
+    options.start = commandLine.options;
+    MainWindow window(options);
     window.show();
     return QApplication::exec();
 }

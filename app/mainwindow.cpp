@@ -1,10 +1,8 @@
 #include "app/mainwindow.h"
 
 #include "app/termination.h"
-#include "base/datapaths.h"
 #include "base/frequency.h"
 #include "base/logline.h"
-#include "base/settings.h"
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
@@ -17,7 +15,6 @@
 #include <QPlainTextEdit>
 #include <QProcessEnvironment>
 #include <QPushButton>
-#include <QStandardPaths>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QTcpServer>
@@ -28,8 +25,8 @@
 namespace outpost
 {
 
-MainWindow::MainWindow(Clock clockToUse, StartOptions options)
-    : clock(std::move(clockToUse)), startOptions(std::move(options))
+MainWindow::MainWindow(StationOptions stationOptions)
+    : options(std::move(stationOptions)), unsavedFrequencyMhz(options.start.frequencyMhz)
 {
     setWindowTitle(QStringLiteral("PELQ Kiwi Outpost"));
     resize(345, 245);
@@ -50,7 +47,7 @@ MainWindow::MainWindow(Clock clockToUse, StartOptions options)
         findJt9(jt9PlacesOfThisSystem(profile.jt9Path, QCoreApplication::applicationDirPath(),
                                       QProcessEnvironment::systemEnvironment()));
     });
-    if (startOptions.connects) {
+    if (options.start.connects) {
         QTimer::singleShot(0, this, [this] { connectAtStart(); });
     }
     startBridge();
@@ -144,11 +141,9 @@ void MainWindow::buildStatusLabel()
 void MainWindow::buildCapture()
 {
     capture = std::make_unique<KiwiAudioCapture>();
-    capture->setCaptureFolder(
-        captureFolder(QCoreApplication::applicationDirPath(),
-                      QStandardPaths::writableLocation(QStandardPaths::CacheLocation)));
-    const QSettings settings = stationSettings();
-    capture->setDecodeDepth(storedDecodeDepth(settings));
+    capture->setCaptureFolder(options.captureFolder);
+    capture->setDecoderLimits(options.decoderLimits);
+    capture->setDecodeDepth(storedDecodeDepth(options.settings.open()));
     capture->setWorkerCallback(
         [this](const QString &periodLabel, const QVector<Ft8Decode> &decodes) {
             QMetaObject::invokeMethod(

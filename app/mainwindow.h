@@ -1,13 +1,12 @@
 #pragma once
 
-#include "app/startoptions.h"
+#include "app/stationoptions.h"
 #include "base/receiverkey.h"
 #include "kiwi/linkstate.h"
 #include "kiwi/receivernotices.h"
 #include "store/profile.h"
 #include "store/statuslog.h"
 
-#include <QDateTime>
 #include <QHash>
 #include <QList>
 #include <QMainWindow>
@@ -44,11 +43,7 @@ struct SoundOutcome;
 class MainWindow : public QMainWindow
 {
 public:
-    // UTC, milliseconds since the epoch. Every decision that depends on the time of day asks it.
-    using Clock = std::function<qint64()>;
-
-    explicit MainWindow(Clock clockToUse = QDateTime::currentMSecsSinceEpoch,
-                        StartOptions options = {});
+    explicit MainWindow(StationOptions stationOptions = {});
     ~MainWindow() override;
 
     // ---- app/menus.cpp, app/help.cpp ----
@@ -120,7 +115,7 @@ private:
     void buildCapture();
     void prepareForLogOff();
     void connectAtStart();
-    qint64 nowMs() const { return clock(); }
+    qint64 nowMs() const { return options.clock(); }
 
     // ---- app/menus.cpp ----
     void buildMenus();
@@ -200,8 +195,7 @@ private:
     void rebuildStatusHistory();
     void refreshStatusLogView();
 
-    const Clock clock;
-    StartOptions startOptions; // its frequency only until one is saved
+    const StationOptions options;
 
     // Link
     LinkState link;
@@ -243,8 +237,9 @@ private:
     Profile profile;
     QString profilePath; // last opened or saved
     double frequencyMhz = 14.074;
-    RemovedKeyChanges unsavedRemovedKeys;  // none while the settings have them
-    QLabel *receiverStatusLabel = nullptr; // the receiver dialog's, while it is open
+    std::optional<double> unsavedFrequencyMhz; // of the command line, in place of the file's
+    RemovedKeyChanges unsavedRemovedKeys;      // none while the settings have them
+    QLabel *receiverStatusLabel = nullptr;     // the receiver dialog's, while it is open
     StatusSession statusSession;
     QDialog *statusLogDialog = nullptr;
     QPlainTextEdit *statusLogView = nullptr;

@@ -1,7 +1,6 @@
 // The menu bar. No entry has a shortcut, an icon or a tool tip.
 
 #include "app/mainwindow.h"
-#include "base/settings.h"
 #include "decode/kiwiaudiocapture.h"
 
 #include <QActionGroup>
@@ -63,7 +62,7 @@ void MainWindow::buildDecoderMenu(QMenu *settings)
     QMenu *menu = settings->addMenu(QStringLiteral("Decoder"));
     auto *depths = new QActionGroup(this);
     depths->setExclusive(true);
-    const int stored = storedDecodeDepth(stationSettings());
+    const int stored = storedDecodeDepth(options.settings.open());
     const QStringList texts = {QStringLiteral("1 Decode Pass (Fastest)"),
                                QStringLiteral("2 Decode Passes (Recommended)"),
                                QStringLiteral("3 Decode Passes (Deep)")};
@@ -88,7 +87,7 @@ void MainWindow::chooseDecodeDepth(int depth)
     if (capture) {
         capture->setDecodeDepth(depth);
     }
-    saveSetting(QStringLiteral("decoder/depth"), depth);
+    options.settings.save(QStringLiteral("decoder/depth"), depth);
 }
 
 void MainWindow::buildBridgeMenu(QMenu *settings)

@@ -103,7 +103,7 @@ void broadcast(benchmark::State &state)
     const int port = freePort();
     testHome().writeProfile({{QStringLiteral("BridgePort"), port}});
     static qint64 nowMs = 0; // what was sent lately is remembered from window to window
-    MainWindow window([] { return nowMs; });
+    MainWindow window(StationOptions{[] { return nowMs; }});
     const Clients clients(window, port, static_cast<int>(state.range(0)));
     const QStringList lines = benchLines(decodes);
     const QVector<QByteArray> bytes = bridgeLines(lines);

@@ -106,7 +106,7 @@ void useProfile()
 void knownReceiver(benchmark::State &state)
 {
     useProfile();
-    MainWindow window([] { return startMs; });
+    MainWindow window(StationOptions{[] { return startMs; }});
     const QString path = goodReceiversPath();
     putFile(path, receiverList(static_cast<int>(state.range(0)), host));
     compare(
@@ -116,7 +116,7 @@ void knownReceiver(benchmark::State &state)
 void newReceiver(benchmark::State &state)
 {
     useProfile();
-    MainWindow window([] { return startMs; });
+    MainWindow window(StationOptions{[] { return startMs; }});
     const QString path = goodReceiversPath();
     const QByteArray list = receiverList(static_cast<int>(state.range(0)), hostNumber(0));
     compare(
@@ -127,7 +127,7 @@ void newReceiver(benchmark::State &state)
 void finishSession(benchmark::State &state)
 {
     useProfile();
-    MainWindow window([] { return startMs; });
+    MainWindow window(StationOptions{[] { return startMs; }});
     const QString path = statusLogPath();
     const QByteArray log = statusLog(static_cast<int>(state.range(0)));
     const auto prepare = [&] {

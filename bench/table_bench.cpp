@@ -116,7 +116,7 @@ void paintAll()
 void table(benchmark::State &state)
 {
     qint64 nowMs = 0;
-    MainWindow window([&nowMs] { return nowMs; });
+    MainWindow window(StationOptions{[&nowMs] { return nowMs; }});
     window.show();
     BareTable bare;
     const PaintCount ownPaints(decodeTableOf(window));

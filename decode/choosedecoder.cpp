@@ -21,7 +21,7 @@ void MainWindow::findJt9(const Jt9Places &places)
     }
     if (path != QDir::cleanPath(profile.jt9Path)) {
         profile.jt9Path = path;
-        if (!startOptions.profile) {
+        if (!options.start.profile) {
             saveDefaultProfileQuietly();
         }
     }

@@ -1,6 +1,5 @@
 #include "app/mainwindow.h"
 #include "base/dialogs.h"
-#include "base/settings.h"
 #include "display/highlightcalls.h"
 
 #include <QInputDialog>
@@ -18,7 +17,7 @@ const QString callsKey = QStringLiteral("highlight/calls");
 
 void MainWindow::loadHighlightCalls()
 {
-    highlightCalls = validHighlightCalls(stationSettings().value(callsKey).toStringList());
+    highlightCalls = validHighlightCalls(options.settings.open().value(callsKey).toStringList());
 }
 
 bool MainWindow::matchesHighlightedCall(const QString &text) const
@@ -73,7 +72,7 @@ void MainWindow::editHighlightCalls()
                         QStringLiteral("Enter no more than 10 callsigns."));
         } else {
             highlightCalls = edit.calls;
-            saveSetting(callsKey, highlightCalls);
+            options.settings.save(callsKey, highlightCalls);
             reapplyHighlights();
             return;
         }

@@ -5,7 +5,6 @@
 #include "base/lockfile.h"
 #include "base/logline.h"
 #include "base/receiverkey.h"
-#include "base/settings.h"
 #include "store/goodreceivers.h"
 
 #include <QComboBox>
@@ -27,9 +26,9 @@ QJsonArray receiversIn(const std::optional<QByteArray> &file)
     return parseJsonArray(file.value_or(QByteArray())).value_or(QJsonArray());
 }
 
-SaveResult saveReceivers(const QJsonArray &list, int waitMs = lockedFileMs)
+SaveResult saveReceivers(const QString &path, const QJsonArray &list, int waitMs = lockedFileMs)
 {
-    return saveAtomically(goodReceiversPath(), QJsonDocument(list).toJson(), {}, waitMs);
+    return saveAtomically(path, QJsonDocument(list).toJson(), {}, waitMs);
 }
 
 QString recordingText(const SaveResult &saved, const GoodReceiver &receiver)
@@ -57,6 +56,7 @@ QString removalFailureText(const SaveResult &failed)
 
 void MainWindow::recordGoodReceiver(int decodeCount)
 {
+    const QString path = goodReceiversPath(options.dataFolder);
     const GoodReceiver receiver{profile.kiwiHost.trimmed(), profile.kiwiPort, frequencyMhz,
                                 decodeCount};
     if (decodeCount <= 0 || receiver.host.isEmpty()) {
@@ -67,17 +67,17 @@ void MainWindow::recordGoodReceiver(int decodeCount)
         return !containsReceiver(list, receiver.host, receiver.port) &&
                !containsKey(removedReceivers(), receiverKey(receiver.host, receiver.port));
     };
-    if (!isNewIn(receiversIn(readFile(goodReceiversPath(), 0)))) {
+    if (!isNewIn(receiversIn(readFile(path, 0)))) {
         return; // as usual, and the list need not be kept from other copies
     }
-    const auto lock = takeLock(goodReceiversPath(), changeWaitMs);
-    const std::optional<QByteArray> file = readFile(goodReceiversPath());
+    const auto lock = takeLock(path, changeWaitMs);
+    const std::optional<QByteArray> file = readFile(path);
     const QJsonArray list = receiversIn(file);
     if (!isNewIn(list)) {
         return;
     }
-    const SaveResult saved =
-        saveReceivers(withReceiver(list, receiver, nowMs()), waitToReplaceMs(file.has_value()));
+    const SaveResult saved = saveReceivers(path, withReceiver(list, receiver, nowMs()),
+                                           waitToReplaceMs(file.has_value()));
     logLine(recordingText(saved, receiver));
 }
 
@@ -85,7 +85,8 @@ void MainWindow::fillGoodReceiversCombo(QComboBox *combo)
 {
     combo->clear();
     combo->addItem(QStringLiteral("Select a saved good receiver"));
-    const auto receivers = readGoodReceivers(receiversIn(readFile(goodReceiversPath())));
+    const auto receivers =
+        readGoodReceivers(receiversIn(readFile(goodReceiversPath(options.dataFolder))));
     for (const GoodReceiver &receiver : receivers) {
         combo->addItem(goodReceiverText(receiver),
                        QVariantMap{{QStringLiteral("Host"), receiver.host},
@@ -97,6 +98,7 @@ void MainWindow::fillGoodReceiversCombo(QComboBox *combo)
 void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
                                             QLabel *statusLabel)
 {
+    const QString path = goodReceiversPath(options.dataFolder);
     if (combo->currentIndex() < 1) {
         return;
     }
@@ -104,8 +106,8 @@ void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *remov
     const QString host = selected.value(QStringLiteral("Host")).toString().trimmed();
     const int port = selected.value(QStringLiteral("Port")).toInt();
 
-    const auto lock = takeLock(goodReceiversPath(), changeWaitMs);
-    const std::optional<QByteArray> file = readFile(goodReceiversPath());
+    const auto lock = takeLock(path, changeWaitMs);
+    const std::optional<QByteArray> file = readFile(path);
     if (!file) {
         return statusLabel->setText(QStringLiteral("Could not open the saved receiver list."));
     }
@@ -118,7 +120,7 @@ void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *remov
         fillGoodReceiversCombo(combo);
         return statusLabel->setText(QStringLiteral("That receiver was already absent."));
     }
-    const SaveResult saved = saveReceivers(kept);
+    const SaveResult saved = saveReceivers(path, kept);
     if (!saved) {
         return statusLabel->setText(removalFailureText(saved));
     }
@@ -134,7 +136,7 @@ void MainWindow::removeSelectedGoodReceiver(QComboBox *combo, QPushButton *remov
 // What could not be saved counts until the program ends, and is saved with the next change.
 QStringList MainWindow::removedReceivers() const
 {
-    return withChanges(removedKeys(stationSettings()), unsavedRemovedKeys);
+    return withChanges(removedKeys(options.settings.open()), unsavedRemovedKeys);
 }
 
 // Only what changed: another copy of the program may have changed other keys.
@@ -144,7 +146,7 @@ void MainWindow::changeRemovedReceivers(const ReceiverKey &key, bool removed)
     const auto change = [this](const QVariant &keys) {
         return withChanges(keys.toStringList(), unsavedRemovedKeys);
     };
-    if (changeSetting(removedKeysSetting(), change)) {
+    if (options.settings.change(removedKeysSetting(), change)) {
         unsavedRemovedKeys.clear();
     }
 }

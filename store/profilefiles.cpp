@@ -63,17 +63,17 @@ bool MainWindow::saveProfile(const QString &path, bool showErrors)
 
 void MainWindow::saveDefaultProfileQuietly()
 {
-    saveProfile(defaultProfilePath(), false);
+    saveProfile(defaultProfilePath(options.dataFolder), false);
 }
 
 void MainWindow::loadStartupProfile()
 {
-    if (startOptions.profile) {
-        profilePath = startOptions.profile->path;
-        profile = startOptions.profile->profile;
+    if (options.start.profile) {
+        profilePath = options.start.profile->path;
+        profile = options.start.profile->profile;
         return;
     }
-    profilePath = defaultProfilePath();
+    profilePath = defaultProfilePath(options.dataFolder);
     if (QFile::exists(profilePath)) {
         loadProfile(profilePath, false);
     } else {
@@ -83,11 +83,11 @@ void MainWindow::loadStartupProfile()
 
 void MainWindow::loadFrequencyFile()
 {
-    if (startOptions.frequencyMhz) {
-        frequencyMhz = *startOptions.frequencyMhz;
+    if (unsavedFrequencyMhz) {
+        frequencyMhz = *unsavedFrequencyMhz;
         return;
     }
-    QFile file(frequencyFilePath());
+    QFile file(frequencyFilePath(options.dataFolder));
     if (openForReading(file, QIODevice::Text)) {
         frequencyMhz = parseFrequencyFile(file.readAll()).value_or(frequencyMhz);
     }
@@ -96,15 +96,17 @@ void MainWindow::loadFrequencyFile()
 // Nobody is told when it fails: the frequency in use stays right. From here on the file counts.
 void MainWindow::saveFrequencyFile()
 {
-    startOptions.frequencyMhz.reset();
-    createFolderOf(frequencyFilePath());
-    saveAtomically(frequencyFilePath(), frequencyText(frequencyMhz).toUtf8(), QIODevice::Text);
+    unsavedFrequencyMhz.reset();
+    createFolderOf(frequencyFilePath(options.dataFolder));
+    saveAtomically(frequencyFilePath(options.dataFolder), frequencyText(frequencyMhz).toUtf8(),
+                   QIODevice::Text);
 }
 
 void MainWindow::openProfile()
 {
-    const QString path = QFileDialog::getOpenFileName(
-        this, QStringLiteral("Open PELQ Kiwi Outpost Profile"), dataFolder(), profileFilter());
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("Open PELQ Kiwi Outpost Profile"),
+                                     options.dataFolder, profileFilter());
     if (path.isEmpty() || !loadProfile(path, true)) {
         return;
     }
@@ -115,7 +117,8 @@ void MainWindow::openProfile()
 
 void MainWindow::saveCurrentProfile()
 {
-    const QString target = profilePath.isEmpty() ? defaultProfilePath() : profilePath;
+    const QString target =
+        profilePath.isEmpty() ? defaultProfilePath(options.dataFolder) : profilePath;
     if (!saveProfile(target, true)) {
         return;
     }
@@ -128,7 +131,7 @@ void MainWindow::saveProfileAs()
 {
     const QString path =
         QFileDialog::getSaveFileName(this, QStringLiteral("Save PELQ Kiwi Outpost Profile"),
-                                     suggestedProfilePath(), profileFilter());
+                                     suggestedProfilePath(options.dataFolder), profileFilter());
     if (path.isEmpty() || !saveProfile(path, true)) {
         return;
     }

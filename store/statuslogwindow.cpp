@@ -11,6 +11,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QLockFile>
 #include <QPlainTextEdit>
@@ -34,14 +35,13 @@ QJsonObject statusLogIn(const std::optional<QByteArray> &file)
     return parseJsonObject(file.value_or(QByteArray())).value_or(QJsonObject());
 }
 
-SaveResult addToStatusLog(const StatusSession &session, qint64 endMs)
+SaveResult addToStatusLog(const QString &path, const StatusSession &session, qint64 endMs)
 {
-    QDir().mkpath(dataFolder());
-    const auto lock = takeLock(statusLogPath(), changeWaitMs);
-    const std::optional<QByteArray> file = readFile(statusLogPath());
+    QDir().mkpath(QFileInfo(path).path());
+    const auto lock = takeLock(path, changeWaitMs);
+    const std::optional<QByteArray> file = readFile(path);
     const QJsonObject log = withFinishedSession(statusLogIn(file), session, endMs);
-    return saveAtomically(statusLogPath(), QJsonDocument(log).toJson(), {},
-                          waitToReplaceMs(file.has_value()));
+    return saveAtomically(path, QJsonDocument(log).toJson(), {}, waitToReplaceMs(file.has_value()));
 }
 
 QPlainTextEdit *newLogView(QDialog *dialog)
@@ -164,7 +164,8 @@ void MainWindow::finishStatusSession()
     if (!statusSession.statusSessionActive) {
         return;
     }
-    const SaveResult saved = addToStatusLog(statusSession, nowMs());
+    const SaveResult saved =
+        addToStatusLog(statusLogPath(options.dataFolder), statusSession, nowMs());
     if (!saved) {
         logLine(QStringLiteral("Status log save failed: %1").arg(saved.error));
     }
@@ -176,7 +177,7 @@ void MainWindow::finishStatusSession()
 
 void MainWindow::rebuildStatusHistory()
 {
-    statusHistory = statusHistoryText(readFile(statusLogPath()));
+    statusHistory = statusHistoryText(readFile(statusLogPath(options.dataFolder)));
 }
 
 void MainWindow::refreshStatusLogView()
@@ -184,7 +185,7 @@ void MainWindow::refreshStatusLogView()
     if (!statusLogView) {
         return;
     }
-    const QString shownPath = QDir::toNativeSeparators(statusLogPath());
+    const QString shownPath = QDir::toNativeSeparators(statusLogPath(options.dataFolder));
     replaceText(statusLogView, statusLogText(statusSession, nowMs(), shownPath, statusHistory));
 }
 

@@ -197,7 +197,7 @@ private:
 
     void start(const StartOptions &options)
     {
-        window = std::make_unique<MainWindow>(clock->reader(), options);
+        window = std::make_unique<MainWindow>(StationOptions{clock->reader(), options});
         window->show();
     }
 

@@ -39,7 +39,7 @@ struct Outpost {
         testHome().writeProfile({{QStringLiteral("Host"), QStringLiteral("127.0.0.1")},
                                  {QStringLiteral("Jt9Path"), decoder},
                                  {QStringLiteral("BridgePort"), bridgePort}});
-        window = std::make_unique<MainWindow>(clock.reader());
+        window = std::make_unique<MainWindow>(StationOptions{clock.reader()});
         window->show();
         client = std::make_unique<BridgeClient>(bridgePort);
         QVERIFY(client->waitForGreeting());

@@ -24,7 +24,7 @@ public:
         settings.clear();
         settings.setValue(QStringLiteral("highlight/calls"), storedHighlightCalls);
         settings.sync();
-        window = std::make_unique<MainWindow>(clock());
+        window = std::make_unique<MainWindow>(StationOptions{clock()});
         window->show();
     }
 

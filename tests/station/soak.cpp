@@ -164,7 +164,7 @@ Soak::Soak()
                              {QStringLiteral("Port"), receiver.port()},
                              {QStringLiteral("Jt9Path"), installDecoder()},
                              {QStringLiteral("BridgePort"), bridgePort}});
-    window = std::make_unique<MainWindow>([this] { return nowMs; });
+    window = std::make_unique<MainWindow>(StationOptions{[this] { return nowMs; }});
     window->show();
 }
 

@@ -209,7 +209,7 @@ void GoodReceiverListTest::theFirstWorkerThatDecodesRecordsTheReceiver()
                              {QStringLiteral("Jt9Path"), slowElsewhere.path()},
                              {QStringLiteral("BridgePort"), freePort()}});
     const LogTrace trace;
-    MainWindow window(fastClock);
+    MainWindow window(StationOptions{fastClock});
     window.connectKiwi();
 
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(listFile()), 20000);
@@ -230,7 +230,7 @@ void GoodReceiverListTest::theFirstWorkerThatDecodesRecordsTheReceiver()
 void GoodReceiverListTest::aBatchOfAWorkerRecords()
 {
     const LogTrace trace;
-    MainWindow window([] { return madeUpMs; });
+    MainWindow window(StationOptions{[] { return madeUpMs; }});
     window.onDecodesDelivered(QStringLiteral("18:04:00"), parseDecodeLines(decodeLines(4)));
     QCOMPARE(fileBytes(listFile()), QByteArray("[\n"
                                                "    {\n"

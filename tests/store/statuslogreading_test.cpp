@@ -115,7 +115,7 @@ void StatusLogReadingTest::init()
             QJsonDocument(QJsonObject{{text("Sessions"), sessions}, {text("Receivers"), receivers}})
                 .toJson());
     now = startMs;
-    window = std::make_unique<MainWindow>([this] { return now; });
+    window = std::make_unique<MainWindow>(StationOptions{[this] { return now; }});
     window->startStatusSession();
     openLog();
 }
@@ -238,7 +238,7 @@ void StatusLogReadingTest::anOddNameIsNoHindrance()
     putFile(
         testHome().dataFile(text("receiver-status-log.json")),
         QJsonDocument(QJsonObject{{text("Receivers"), QJsonArray{odd, odd, totals(2)}}}).toJson());
-    window = std::make_unique<MainWindow>([this] { return now; });
+    window = std::make_unique<MainWindow>(StationOptions{[this] { return now; }});
     window->startStatusSession();
     openLog();
     const QString shown = view->toPlainText();

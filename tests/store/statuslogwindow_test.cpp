@@ -165,7 +165,7 @@ void StatusLogWindowTest::writeProfile(const QString &host, int port) const
 
 std::unique_ptr<MainWindow> StatusLogWindowTest::newWindow()
 {
-    return std::make_unique<MainWindow>([this] { return now; });
+    return std::make_unique<MainWindow>(StationOptions{[this] { return now; }});
 }
 
 void StatusLogWindowTest::runSession(MainWindow *window, qint64 ms)
