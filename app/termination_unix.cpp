@@ -3,8 +3,10 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -17,27 +19,36 @@ constexpr std::array<int, 3> requests{SIGTERM, SIGINT, SIGHUP};
 
 int wakeUp[2]; // a pipe: a signal's handler may write, and do little else
 
-void onRequest(int);
+// A log-off or a service manager may send two at once, SIGTERM and SIGHUP, and means one request.
+constexpr qint64 sameRequestMs = 100;
 
-// From now on any of them ends the process, except what it was started to ignore.
-void restoreDefaults()
+std::atomic<qint64> firstRequestMs{0}; // of the monotonic clock; 0 = none so far
+
+qint64 monotonicMs()
 {
-    for (const int number : requests) {
-        struct sigaction current = {};
-        ::sigaction(number, nullptr, &current);
-        if (current.sa_handler == onRequest) {
-            current.sa_handler = SIG_DFL;
-            ::sigaction(number, &current, nullptr);
-        }
-    }
+    timespec now = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return qint64{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
 }
 
-void onRequest(int)
+// Once the handler has returned, as if there were none.
+void endProcess(int number)
+{
+    ::signal(number, SIG_DFL);
+    ::raise(number);
+}
+
+void onRequest(int number)
 {
     const int interruptedErrno = errno;
-    restoreDefaults();
-    const char byte = 0;
-    [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], &byte, 1);
+    const qint64 now = monotonicMs();
+    qint64 first = 0;
+    if (firstRequestMs.compare_exchange_strong(first, now)) {
+        const char byte = 0;
+        [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], &byte, 1);
+    } else if (now - first >= sameRequestMs) {
+        endProcess(number);
+    }
     errno = interruptedErrno;
 }
 
@@ -53,7 +64,7 @@ void handle(int number)
     action.sa_handler = onRequest;
     action.sa_flags = SA_RESTART;
     for (const int other : requests) {
-        ::sigaddset(&action.sa_mask, other); // the second one waits until the first is taken
+        ::sigaddset(&action.sa_mask, other); // another one waits until this is taken
     }
     ::sigaction(number, &action, nullptr);
 }
@@ -69,6 +80,7 @@ void quitOnTermination()
     if (::pipe2(wakeUp, O_CLOEXEC | O_NONBLOCK) != 0) {
         return; // the signals then end the process as they always did
     }
+    firstRequestMs = 0;
     auto *notifier =
         new QSocketNotifier(wakeUp[0], QSocketNotifier::Read, QCoreApplication::instance());
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [notifier] {

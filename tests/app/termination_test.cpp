@@ -18,7 +18,7 @@ class TerminationTest : public QObject
 private slots:
     void initTestCase();
     void aRequestToEndLeavesTheEventLoop();
-    void aSecondRequestWouldEndAtOnce();
+    void requestsThatComeTogetherAreOne();
     void aSecondRequestOfAnyKindEndsOneThatIsStuck_data();
     void aSecondRequestOfAnyKindEndsOneThatIsStuck();
     void aReaderThatIsGoneEndsNothing();
@@ -81,13 +81,15 @@ void TerminationTest::aRequestToEndLeavesTheEventLoop()
     QVERIFY(!timedOut);
 }
 
-void TerminationTest::aSecondRequestWouldEndAtOnce()
+void TerminationTest::requestsThatComeTogetherAreOne()
 {
-    ::signal(SIGTERM, SIG_DFL); // whatever ran before
     quitOnTermination();
-    QTimer::singleShot(0, this, [] { ::raise(SIGTERM); });
+    QTimer::singleShot(0, this, [] {
+        ::raise(SIGTERM);
+        ::raise(SIGINT);
+        ::raise(SIGTERM);
+    });
     QCOMPARE(QCoreApplication::exec(), 0);
-    QVERIFY(actionOf(SIGTERM) == SIG_DFL);
 }
 
 void TerminationTest::aSecondRequestOfAnyKindEndsOneThatIsStuck_data()

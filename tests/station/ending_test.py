@@ -56,6 +56,12 @@ class Ending(unittest.TestCase):
                 station.send(number)
                 self.check_end(home, station, port)
 
+    def test_two_requests_at_once_as_a_log_off_sends_them(self):
+        with self.connected_station() as (home, station, _, port):
+            station.send(signal.SIGTERM)
+            station.send(signal.SIGHUP)
+            self.check_end(home, station, port)
+
     def test_a_request_to_end_while_the_receiver_dialog_is_open(self):
         with self.connected_station(keeps_dialog=True) as (home, station, _, port):
             station.send(signal.SIGTERM)
