@@ -7,7 +7,7 @@ namespace outpost
 
 // What a program does before it has an application object, and without a display.
 
-// The arguments of main in the user's encoding.
+// The arguments of main: off Windows in the user's encoding, on Windows as they were written.
 QStringList argumentList(int argc, char **argv);
 
 // To standard output, or to standard error when the program could not do what was asked for. On

@@ -1,23 +1,38 @@
 #include "base/console.h"
 
 #include <qt_windows.h>
+#include <shellapi.h>
 
 namespace outpost
 {
 
 namespace
 {
+bool writeToConsole(HANDLE console, const QString &text)
+{
+    DWORD written = 0;
+    return WriteConsoleW(console, text.utf16(), static_cast<DWORD>(text.size()), &written,
+                         nullptr) != 0;
+}
+
 // Whoever started the program may read what it says through a pipe or a file.
-bool writeToStandardHandle(DWORD which, const QByteArray &text)
+bool writeToFile(HANDLE file, const QByteArray &bytes)
+{
+    DWORD written = 0;
+    return WriteFile(file, bytes.constData(), static_cast<DWORD>(bytes.size()), &written,
+                     nullptr) != 0;
+}
+
+bool writeToStandardHandle(DWORD which, const QString &text)
 {
     const HANDLE handle = GetStdHandle(which);
     if (handle == nullptr || handle == INVALID_HANDLE_VALUE ||
         GetFileType(handle) == FILE_TYPE_UNKNOWN) {
         return false;
     }
-    DWORD written = 0;
-    return WriteFile(handle, text.constData(), static_cast<DWORD>(text.size()), &written,
-                     nullptr) != 0;
+    DWORD mode = 0;
+    return GetConsoleMode(handle, &mode) != 0 ? writeToConsole(handle, text)
+                                              : writeToFile(handle, text.toLocal8Bit());
 }
 
 bool writeToParentConsole(const QString &text)
@@ -27,10 +42,11 @@ bool writeToParentConsole(const QString &text)
     }
     const HANDLE console = CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_WRITE,
                                        nullptr, OPEN_EXISTING, 0, nullptr);
-    DWORD written = 0;
-    const bool ok = WriteConsoleW(console, text.utf16(), static_cast<DWORD>(text.size()), &written,
-                                  nullptr) != 0;
-    CloseHandle(console);
+    bool ok = false;
+    if (console != INVALID_HANDLE_VALUE) {
+        ok = writeToConsole(console, text);
+        CloseHandle(console);
+    }
     FreeConsole();
     return ok;
 }
@@ -43,12 +59,16 @@ void showBox(const Ending &ending)
 }
 } // namespace
 
-QStringList argumentList(int argc, char **argv)
+// main's own arguments have lost what the code page cannot write.
+QStringList argumentList(int /*argc*/, char ** /*argv*/)
 {
+    int count = 0;
+    wchar_t **words = CommandLineToArgvW(GetCommandLineW(), &count);
     QStringList arguments;
-    for (int i = 0; i < argc; ++i) {
-        arguments.append(QString::fromLocal8Bit(argv[i]));
+    for (int i = 0; i < count; ++i) {
+        arguments.append(QString::fromWCharArray(words[i]));
     }
+    LocalFree(words);
     return arguments;
 }
 
@@ -56,7 +76,7 @@ void showEnding(const Ending &ending)
 {
     const DWORD stream = ending.exitCode == 0 ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE;
     const QString line = ending.text + QLatin1Char('\n');
-    if (!writeToStandardHandle(stream, line.toLocal8Bit()) && !writeToParentConsole(line)) {
+    if (!writeToStandardHandle(stream, line) && !writeToParentConsole(line)) {
         showBox(ending);
     }
 }

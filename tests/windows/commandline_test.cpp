@@ -58,10 +58,18 @@ private slots:
         QCOMPARE(answer.errors, QByteArray("kiwi-outpost: Unknown option 'nonsense'.\n"));
     }
 
+    void aProfileIsFoundUnderItsName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("of the code page") << QStringLiteral("J\u00fcrgen.json");
+        QTest::newRow("of no code page") << QStringLiteral("\u65e5\u672c \u03b1.json");
+    }
+
     void aProfileIsFoundUnderItsName()
     {
+        QFETCH(QString, name);
         const QTemporaryDir folder;
-        const QString path = folder.filePath(QStringLiteral("J\u00fcrgen.json"));
+        const QString path = folder.filePath(name);
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("[]");
