@@ -78,4 +78,11 @@ CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &rea
     return {options, std::nullopt};
 }
 
+Ending noDisplay()
+{
+    return {
+        QStringLiteral("%1: There is no display. Start it in a desktop session.").arg(program()),
+        1};
+}
+
 } // namespace outpost

@@ -21,4 +21,7 @@ using ReadProfile = std::function<ProfileReading(const QString &path)>;
 // they name, if they do.
 CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &readProfile);
 
+// Where there is no display, Qt would abort instead of ending with a sentence.
+Ending noDisplay();
+
 } // namespace outpost

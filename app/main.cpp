@@ -9,16 +9,28 @@
 
 using namespace outpost;
 
+namespace
+{
+int endWith(const Ending &ending)
+{
+    showEnding(ending);
+    return ending.exitCode;
+}
+} // namespace
+
 int main(int argc, char *argv[])
 {
     ignoreBrokenPipes();
     // Before the application object, which ends a program that has no display.
-    const CommandLine commandLine =
-        readCommandLine(argumentList(argc, argv),
-                        [](const QString &path) { return readProfileFile(path, Profile()); });
+    const QStringList arguments = argumentList(argc, argv);
+    const CommandLine commandLine = readCommandLine(
+        arguments, [](const QString &path) { return readProfileFile(path, Profile()); });
     if (commandLine.ending) {
-        showEnding(*commandLine.ending);
-        return commandLine.ending->exitCode;
+        return endWith(*commandLine.ending);
+    }
+    if (!hasDisplay() && !chooseDisplay(arguments) &&
+        qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        return endWith(noDisplay());
     }
 
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);

@@ -10,6 +10,9 @@ namespace outpost
 // The arguments of main: off Windows in the user's encoding, on Windows as they were written.
 QStringList argumentList(int argc, char **argv);
 
+// Whether Qt can open windows, unless it is told where. Always on Windows.
+bool hasDisplay();
+
 // To standard output, or to standard error when the program could not do what was asked for. On
 // Windows to the console that the program was started from, or else in a box.
 void showEnding(const Ending &ending);

@@ -1,5 +1,6 @@
 #include "base/console.h"
 
+#include <QtGlobal>
 #include <clocale>
 #include <cstdio>
 
@@ -14,6 +15,12 @@ QStringList argumentList(int argc, char **argv)
         arguments.append(QString::fromLocal8Bit(argv[i]));
     }
     return arguments;
+}
+
+bool hasDisplay()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
 void showEnding(const Ending &ending)

@@ -72,6 +72,11 @@ QStringList argumentList(int /*argc*/, char ** /*argv*/)
     return arguments;
 }
 
+bool hasDisplay()
+{
+    return true;
+}
+
 void showEnding(const Ending &ending)
 {
     const DWORD stream = ending.exitCode == 0 ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE;

@@ -89,6 +89,14 @@ QStringList withoutQtOptions(const QStringList &arguments)
     return rest;
 }
 
+bool chooseDisplay(const QStringList &arguments)
+{
+    return std::any_of(arguments.begin(), arguments.end(), [](const QString &argument) {
+        const QString name = optionName(argument);
+        return name == QLatin1String("platform") || name == QLatin1String("display");
+    });
+}
+
 std::optional<Ending> parseArguments(QCommandLineParser *parser, const QString &program,
                                      const QStringList &arguments)
 {

@@ -11,12 +11,15 @@ namespace outpost
 // What a program shows and ends with instead of starting.
 struct Ending {
     QString text;
-    int exitCode = 0; // 0: what was asked for; 2: the command line cannot be used
+    int exitCode = 0; // 0: what was asked for; 1: cannot run; 2: cannot use the options
 };
 
 // Without the options that Qt itself takes from the command line, and their values. As with Qt,
 // each begins with one hyphen or two.
 QStringList withoutQtOptions(const QStringList &arguments);
+
+// Whether they tell Qt where to open windows.
+bool chooseDisplay(const QStringList &arguments);
 
 // Reads the arguments, of which the first is skipped, into the parser. What all programs answer
 // alike is answered here: --help, --version, and options that the program does not have.

@@ -71,6 +71,17 @@ class Answers(unittest.TestCase):
                              "400x300", XDG_RUNTIME_DIR=str(home.path))
                 self.assertIn('Could not find the Qt platform plugin "nowhere"', result.stderr)
 
+    def test_no_display(self):
+        result = run("kiwi-outpost", "--mhz", "7.074", DISPLAY="")
+        self.assertEqual((result.returncode, result.stdout), (1, ""))
+        self.assertEqual(result.stderr,
+                         "kiwi-outpost: There is no display. Start it in a desktop session.\n")
+
+    def test_display_named_by_an_option_of_qt(self):
+        with Home() as home:
+            result = run("kiwi-outpost", "-display", ":4711", XDG_RUNTIME_DIR=str(home.path))
+            self.assertIn("could not connect to display :4711", result.stderr)
+
     def test_number_of_periods_that_is_none(self):
         for number in ("0", "-1", "two"):
             result = run("kiwi-outpost-demo", f"--periods={number}")
