@@ -3,6 +3,7 @@
 #include "base/frequency.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 namespace outpost
 {
@@ -17,15 +18,15 @@ QString program()
 QCommandLineOption profileOption()
 {
     return {QStringLiteral("profile"),
-            QStringLiteral("Use this profile in place of the default one. Nothing is saved before "
-                           "you apply or choose something."),
+            QStringLiteral("Use this profile in place of the default one. No profile is written "
+                           "until you apply, choose or save something."),
             QStringLiteral("FILE")};
 }
 
 QCommandLineOption mhzOption()
 {
     return {QStringLiteral("mhz"),
-            QStringLiteral("Use this dial frequency in place of the saved one."),
+            QStringLiteral("Use this dial frequency, in MHz, in place of the saved one."),
             QStringLiteral("FREQUENCY")};
 }
 
@@ -69,11 +70,15 @@ CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &rea
         }
     }
     if (const auto path = valueOf(parser, profileOption())) {
+        if (path->isEmpty()) {
+            return refused(QStringLiteral("Missing value after '--profile'."));
+        }
         const ProfileReading reading = readProfile(*path);
         if (!reading.profile) {
             return refused(QStringLiteral("%1: %2").arg(*path, reading.error));
         }
-        options.profile = OpenedProfile{*path, *reading.profile};
+        // Save Profile writes to it later, wherever the program's folder is then.
+        options.profile = OpenedProfile{QFileInfo(*path).absoluteFilePath(), *reading.profile};
     }
     return {options, std::nullopt};
 }

@@ -3,7 +3,8 @@
 #include <QApplication>
 #include <QIcon>
 
-// A static library drops resources that nothing refers to. Qt's macro wants the global namespace.
+// The linker leaves out the resources of a static library unless the program refers to them. The
+// macro works in the global namespace only.
 static void takeIconsAlong()
 {
     Q_INIT_RESOURCE(icons);

@@ -1,7 +1,10 @@
 // The station's command line: arguments in, options or an ending out.
 
 #include "app/commandline.h"
+#include "app/helptext.h"
+#include "base/buildconfig.h"
 
+#include <QDir>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -53,7 +56,7 @@ private slots:
         const CommandLine line =
             read(words("--connect --profile a.json --mhz 7.0740000001"), profileNamedLikeItsFile);
         QVERIFY(!line.ending);
-        QCOMPARE(line.options.profile->path, QStringLiteral("a.json"));
+        QCOMPARE(line.options.profile->path, QDir::current().filePath(QStringLiteral("a.json")));
         QCOMPARE(line.options.profile->profile.kiwiHost, QStringLiteral("a.json"));
         QCOMPARE(*line.options.frequencyMhz, 7.0740000001);
         QVERIFY(line.options.connects);
@@ -64,7 +67,7 @@ private slots:
         const CommandLine line =
             read(words("-profile=a.json --mhz=7.074"), profileNamedLikeItsFile);
         QVERIFY(!line.ending);
-        QCOMPARE(line.options.profile->path, QStringLiteral("a.json"));
+        QCOMPARE(line.options.profile->path, QDir::current().filePath(QStringLiteral("a.json")));
         QCOMPARE(*line.options.frequencyMhz, 7.074);
     }
 
@@ -85,6 +88,7 @@ private slots:
         row("-nonsense", "Unknown option 'nonsense'.");
         row("--connect=yes", "Unexpected value after '--connect'.");
         row("--profile", "Missing value after '--profile'.");
+        row("--profile=", "Missing value after '--profile'.");
         row("--profile a.json", "a.json: No such file or directory");
         row("--mhz 14,074", "\"14,074\" is not a frequency from 0.001 to 3000 MHz.");
         row("--mhz 0.0009", "\"0.0009\" is not a frequency from 0.001 to 3000 MHz.");
@@ -134,7 +138,9 @@ private slots:
         for (const char *option : {"--version", "-version", "-v"}) {
             const CommandLine line = read(words(option));
             QCOMPARE(line.ending->exitCode, 0);
-            QCOMPARE(line.ending->text, QStringLiteral("kiwi-outpost v1.03"));
+            QCOMPARE(line.ending->text, QStringLiteral("kiwi-outpost " OUTPOST_VERSION));
+            QVERIFY(helpHeading().contains(
+                QStringLiteral("<h2>PELQ Kiwi Outpost " OUTPOST_VERSION "</h2>")));
         }
     }
 
