@@ -49,6 +49,12 @@ QString periodLabel(qint64 startMs)
     return timeText(QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC), QStringLiteral("HH:mm:ss"));
 }
 
+QString counted(int count, const QString &thing)
+{
+    return QStringLiteral("%1 %2%3").arg(QString::number(count), thing,
+                                         count == 1 ? QString() : QStringLiteral("s"));
+}
+
 class Demo
 {
 public:
@@ -214,7 +220,8 @@ void Demo::leaveOutUnfinished()
 int Demo::exitStatus()
 {
     leaveOutUnfinished();
-    print(QStringLiteral("%1 periods, %2 decodes").arg(played.size()).arg(totalDecodes));
+    print(QStringLiteral("%1, %2").arg(counted(played.size(), QStringLiteral("period")),
+                                       counted(totalDecodes, QStringLiteral("decode"))));
     for (const qint64 startMs : qAsConst(played)) {
         if (decodesOf(startMs) == 0) {
             return 1;
@@ -298,8 +305,7 @@ using namespace outpost;
 int main(int argc, char *argv[])
 {
     ignoreBrokenPipes();
-    const bool display =
-        qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    const bool display = hasDisplay();
     const DemoCommandLine commandLine = readDemoCommandLine(argumentList(argc, argv), display);
     if (commandLine.ending) {
         showEnding(*commandLine.ending);
@@ -324,7 +330,7 @@ int main(int argc, char *argv[])
     Demo demo(commandLine.options, bandCache);
     QString error;
     if (!demo.listen(&error)) {
-        print(error);
+        showEnding({program() + QStringLiteral(": ") + error, 1});
         return 1;
     }
     demo.connectStation();

@@ -20,20 +20,6 @@ constexpr int kKeptEvents = 10000;
 constexpr int kKeptPeriods = 8;
 constexpr int kMostClients = 64;
 
-bool isInRange(const SimConfig &config, QString *error)
-{
-    if (config.rateHz < 1000 || config.rateHz > 100000) {
-        *error = QStringLiteral("the rate must be 1000..100000 Hz");
-    } else if (config.speed < 1 || config.speed > 1000) {
-        *error = QStringLiteral("the speed must be 1..1000");
-    } else if (config.leadPeriods < 0 || config.leadPeriods > 100000) {
-        *error = QStringLiteral("the lead must be 0..100000 periods");
-    } else {
-        return true;
-    }
-    return false;
-}
-
 QByteArray logText(const SimEvent &event)
 {
     return QStringLiteral("%1 %2 client %3 %4 %5 %6\n")
@@ -45,6 +31,22 @@ QByteArray logText(const SimEvent &event)
 }
 
 } // namespace
+
+bool isUsable(const SimConfig &config, QString *error)
+{
+    if (!(config.rateHz >= 1000 && config.rateHz <= 100000)) { // nor NaN
+        *error = QStringLiteral("the rate must be 1000..100000 Hz");
+    } else if (!(config.speed >= 1 && config.speed <= 1000)) {
+        *error = QStringLiteral("the speed must be 1..1000");
+    } else if (config.leadPeriods < 0 || config.leadPeriods > 100000) {
+        *error = QStringLiteral("the lead must be 0..100000 periods");
+    } else if (QHostAddress(config.host).isNull()) {
+        *error = QStringLiteral("\"%1\" is not an IP address to listen on").arg(config.host);
+    } else {
+        return true;
+    }
+    return false;
+}
 
 struct KiwiSim::Private {
     sim::ReceiverRoom room;
@@ -91,8 +93,7 @@ bool KiwiSim::listen(const SimConfig &config, QString *error)
         d->room.config.nowMs = [] { return QDateTime::currentMSecsSinceEpoch(); };
     }
     // The port first, since making the band takes long. Who connects meanwhile is served after it.
-    if (isInRange(config, error) && d->openPort(error) && d->loadAudio(error) &&
-        d->openLog(error)) {
+    if (isUsable(config, error) && d->openPort(error) && d->loadAudio(error) && d->openLog(error)) {
         return true;
     }
     close();
@@ -180,12 +181,7 @@ bool KiwiSim::Private::openLog(QString *error)
 
 bool KiwiSim::Private::openPort(QString *error)
 {
-    const QHostAddress address(room.config.host);
-    if (address.isNull()) {
-        *error = QStringLiteral("\"%1\" is not an IP address to listen on").arg(room.config.host);
-        return false;
-    }
-    const QString reason = tryPort(address);
+    const QString reason = tryPort(QHostAddress(room.config.host));
     if (reason.isEmpty()) {
         return true;
     }

@@ -58,14 +58,17 @@ struct SimConfig {
     std::function<void(const SentPeriod &)> onPeriod; // likewise
 };
 
+// False with a sentence in `error`: host, rate, speed or lead that no simulator can have.
+bool isUsable(const SimConfig &config, QString *error);
+
 class KiwiSim
 {
 public:
     KiwiSim();
     ~KiwiSim(); // drops every client
 
-    // False with a sentence in `error`: bad WAV, no generator, port taken, log not writable, option
-    // out of range.
+    // False with a sentence in `error`: unusable configuration, bad WAV, no generator, port taken,
+    // log not writable.
     bool listen(const SimConfig &config, QString *error);
     void close(); // stops listening and drops every client
     quint16 port() const;

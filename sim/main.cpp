@@ -33,17 +33,17 @@ void describe(QCommandLineParser *parser)
                        "bit, 15 s), each exactly on a\nUTC period boundary, or without files a "
                        "synthetic FT8 band.\n\nBehaviours of an endpoint, with their parameter and "
                        "its default:\n%1")
-            .arg(sim::behaviourHelp()));
+            .arg(sim::behaviourHelp().chopped(1)));
     parser->addOptions({
         option("host", "IP address to listen on.", "address", "127.0.0.1"),
         option("port", "Port to listen on; 0 picks a free one.", "port", "8073"),
-        option("speed", "So much faster than real time after the first period.", "X", "1"),
-        option("rate", "Samples a second.", "Hz", "12000"),
+        option("speed", "How many times faster than real time, after the first period.", "X", "1"),
+        option("rate", "Samples per second.", "Hz", "12000"),
         option("raw", "Uncompressed little-endian sound."),
         option("endpoint", "Behaviour of endpoint K: 0, 1, 2, 3 or all. May be repeated.",
                "K=BEHAVIOUR"),
         option("log", "Append what happens to this file.", "file"),
-        option("lead", "So many whole periods of noise before the first WAV.", "N", "0"),
+        option("lead", "How many whole periods of noise before the first WAV.", "N", "0"),
         option("cache", "Folder in which the synthetic band is kept.", "folder"),
         option("save",
                "Save every period as its listener hears it after the codec, as "
@@ -67,8 +67,8 @@ bool number(const QCommandLineParser &parser, const char *name, double *value, Q
     return isNumber;
 }
 
-bool wholeNumber(const QCommandLineParser &parser, const char *name, int most, int *value,
-                 QString *error)
+bool wholeNumber(const QCommandLineParser &parser, const char *name, const char *kind, int most,
+                 int *value, QString *error)
 {
     const QString text = parser.value(QString::fromLatin1(name));
     bool isNumber = false;
@@ -76,8 +76,8 @@ bool wholeNumber(const QCommandLineParser &parser, const char *name, int most, i
     if (isNumber && *value >= 0 && *value <= most) {
         return true;
     }
-    *error = QStringLiteral("--%1: \"%2\" is not one of 0..%3")
-                 .arg(QString::fromLatin1(name), text)
+    *error = QStringLiteral("--%1: \"%2\" is not a %3 from 0 to %4")
+                 .arg(QString::fromLatin1(name), text, QString::fromLatin1(kind))
                  .arg(most);
     return false;
 }
@@ -85,8 +85,8 @@ bool wholeNumber(const QCommandLineParser &parser, const char *name, int most, i
 bool readOptions(const QCommandLineParser &parser, SimConfig *config, QString *error)
 {
     int port = 0;
-    if (!wholeNumber(parser, "port", 65535, &port, error) ||
-        !wholeNumber(parser, "lead", 100000, &config->leadPeriods, error) ||
+    if (!wholeNumber(parser, "port", "port", 65535, &port, error) ||
+        !wholeNumber(parser, "lead", "whole number", 100000, &config->leadPeriods, error) ||
         !number(parser, "speed", &config->speed, error) ||
         !number(parser, "rate", &config->rateHz, error)) {
         return false;
@@ -99,9 +99,10 @@ bool readOptions(const QCommandLineParser &parser, SimConfig *config, QString *e
     config->wavFiles = parser.positionalArguments();
     config->syntheticBand = true;
     const QStringList endpoints = parser.values(QStringLiteral("endpoint"));
-    return std::all_of(endpoints.begin(), endpoints.end(), [&](const QString &endpoint) {
-        return config->endpoints.apply(endpoint, error);
-    });
+    return std::all_of(
+               endpoints.begin(), endpoints.end(),
+               [&](const QString &endpoint) { return config->endpoints.apply(endpoint, error); }) &&
+           isUsable(*config, error);
 }
 
 void say(std::FILE *stream, const QString &text)

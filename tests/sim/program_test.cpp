@@ -43,6 +43,7 @@ private slots:
         QCOMPARE(program.exitCode(), 0);
         const QString help = QString::fromLocal8Bit(program.readAllStandardOutput());
         QVERIFY(help.contains(sim::behaviourHelp()));
+        QVERIFY2(!help.contains(text("\n\n\n")), "two blank lines in a row");
         for (const char *option : {"--host", "--port", "--speed", "--rate", "--raw", "--endpoint",
                                    "--log", "--lead", "--cache"}) {
             QVERIFY2(help.contains(text(option)), option);
@@ -60,7 +61,14 @@ private slots:
             "unknown behaviour \"nonsense\"");
         row("endpoint", {text("--endpoint"), text("9=stream")},
             "endpoint \"9\" is neither 0, 1, 2, 3 nor all");
-        row("port", {text("--port"), text("65536")}, "--port: \"65536\" is not one of 0..65535");
+        row("port", {text("--port"), text("65536")},
+            "--port: \"65536\" is not a port from 0 to 65535");
+        row("lead", {text("--lead"), text("-1")},
+            "--lead: \"-1\" is not a whole number from 0 to 100000");
+        row("rate of 0", {text("--rate"), text("0")}, "the rate must be 1000..100000 Hz");
+        row("speed of 0", {text("--speed"), text("0")}, "the speed must be 1..1000");
+        row("speed that is no number", {text("--speed"), text("nan")}, "the speed must be 1..1000");
+        row("host", {text("--host"), text("foo")}, "\"foo\" is not an IP address to listen on");
         row("speed", {text("--speed"), text("fast")}, "--speed: \"fast\" is not a number");
         row("option", {text("--nonsense")}, "Unknown option 'nonsense'.");
     }

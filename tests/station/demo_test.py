@@ -124,7 +124,7 @@ class DemoTest(unittest.TestCase):
 
     def test_status_tells_of_a_period_without_decode(self):
         self.assertEqual(self.silent.exit_status(LONGEST_SECONDS), 1, self.silent.lines)
-        self.assertEqual(self.silent.lines[-1], "1 periods, 0 decodes")
+        self.assertEqual(self.silent.lines[-1], "1 period, 0 decodes")
 
 
 if __name__ == "__main__":
