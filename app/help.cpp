@@ -1,5 +1,6 @@
+#include "app/help.h"
+
 #include "app/helptext.h"
-#include "app/mainwindow.h"
 #include "base/smallscreen.h"
 
 #include <QDialog>
@@ -11,9 +12,9 @@
 namespace outpost
 {
 
-void MainWindow::showHelpAbout()
+void showHelpAbout(QWidget *parent)
 {
-    QDialog dialog(this);
+    QDialog dialog(parent);
     dialog.setWindowTitle(QStringLiteral("Help / About PELQ Kiwi Outpost"));
     dialog.resize(660, 560);
 
@@ -27,7 +28,7 @@ void MainWindow::showHelpAbout()
     text->setAccessibleName(QStringLiteral("Help text"));
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
-    connect(buttons, &QDialogButtonBox::accepted, &dialog, [&dialog] { dialog.accept(); });
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&dialog] { dialog.accept(); });
 
     auto *layout = new QVBoxLayout(&dialog);
     layout->addWidget(heading);

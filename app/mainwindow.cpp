@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/help.h"
 #include "app/termination.h"
 #include "base/frequency.h"
 #include "base/logline.h"
@@ -32,7 +33,7 @@ MainWindow::MainWindow(StationOptions stationOptions)
     resize(345, 245);
     setMinimumSize(345, 175);
     loadHighlightCalls();
-    buildMenus();
+    buildMenus(this, menuChoices(), storedDecodeDepth(options.settings.open()));
     buildDecodeTable();
     buildClearButton();
     buildStatusLabel();
@@ -83,6 +84,30 @@ void MainWindow::connectAtStart()
     }
     profile.kiwiHost = input.host;
     connectKiwi();
+}
+
+MenuChoices MainWindow::menuChoices()
+{
+    MenuChoices choices;
+    choices.openProfile = [this] { openProfile(); };
+    choices.saveProfile = [this] { saveCurrentProfile(); };
+    choices.saveProfileAs = [this] { saveProfileAs(); };
+    choices.showReceiverDialog = [this] { showReceiverDialog(); };
+    choices.disconnectReceiver = [this] { disconnectKiwi(true); };
+    choices.editHighlightCalls = [this] { editHighlightCalls(); };
+    choices.chooseDecodeDepth = [this](int depth) {
+        capture->setDecodeDepth(depth); // from the decoder's next run on
+        options.settings.save(QStringLiteral("decoder/depth"), depth);
+    };
+    choices.selectJt9 = [this] { selectJt9(); };
+    choices.startBridge = [this] { startBridgeFromMenu(); };
+    choices.stopBridge = [this] { stopBridgeFromMenu(); };
+    choices.showBridgeAttachment = [this] { showBridgeAttachment(); };
+    choices.showStatusLog = [this] { showStatusLogWindow(); };
+    choices.showStationDisplay = [this] { showStationDisplay(); };
+    choices.showBridgeStatus = [this] { showBridgeStatusDialog(); };
+    choices.showHelp = [this] { showHelpAbout(this); };
+    return choices;
 }
 
 void MainWindow::buildClearButton()

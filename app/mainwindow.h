@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/menus.h"
 #include "app/stationoptions.h"
 #include "base/receiverkey.h"
 #include "kiwi/linkstate.h"
@@ -15,11 +16,9 @@
 #include <memory>
 #include <optional>
 
-class QAction;
 class QComboBox;
 class QDialog;
 class QLabel;
-class QMenu;
 class QPlainTextEdit;
 class QPushButton;
 class QTableWidget;
@@ -45,9 +44,6 @@ class MainWindow : public QMainWindow
 public:
     explicit MainWindow(StationOptions stationOptions = {});
     ~MainWindow() override;
-
-    // ---- app/menus.cpp, app/help.cpp ----
-    void showHelpAbout();
 
     // ---- kiwi/session.cpp: connect, probe, watchdog ----
     void connectKiwi();
@@ -110,21 +106,13 @@ public:
 
 private:
     // ---- app/mainwindow.cpp ----
+    MenuChoices menuChoices();
     void buildClearButton();
     void buildStatusLabel();
     void buildCapture();
     void prepareForLogOff();
     void connectAtStart();
     qint64 nowMs() const { return options.clock(); }
-
-    // ---- app/menus.cpp ----
-    void buildMenus();
-    QAction *addEntry(QMenu *menu, const QString &text, std::function<void()> onChoice);
-    void buildDecodeMenu(QMenu *settings);
-    void buildDecoderMenu(QMenu *settings);
-    void buildBridgeMenu(QMenu *settings);
-    void buildViewMenu(QMenu *settings);
-    void chooseDecodeDepth(int depth);
 
     // ---- kiwi/session.cpp ----
     void queueProbe();

@@ -1,47 +1,33 @@
-// The menu bar. No entry has a shortcut, an icon or a tool tip.
-
-#include "app/mainwindow.h"
-#include "decode/kiwiaudiocapture.h"
+#include "app/menus.h"
 
 #include <QActionGroup>
+#include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
 
 namespace outpost
 {
 
-void MainWindow::buildMenus()
+namespace
 {
-    QMenu *file = menuBar()->addMenu(QStringLiteral("&File"));
-    addEntry(file, QStringLiteral("Open Profile..."), [this] { openProfile(); });
-    addEntry(file, QStringLiteral("Save Profile"), [this] { saveCurrentProfile(); });
-    addEntry(file, QStringLiteral("Save Profile As..."), [this] { saveProfileAs(); });
-    file->addSeparator();
-    addEntry(file, QStringLiteral("Exit"), [this] { close(); });
-
-    QMenu *settings = menuBar()->addMenu(QStringLiteral("&Settings"));
-    addEntry(settings, QStringLiteral("Kiwi Receiver..."), [this] { showReceiverDialog(); });
-    addEntry(settings, QStringLiteral("Disconnect Receiver"), [this] { disconnectKiwi(true); });
-    settings->addSeparator();
-    addEntry(settings, QStringLiteral("Highlight Calls..."), [this] { editHighlightCalls(); });
-    buildDecodeMenu(settings);
-    buildDecoderMenu(settings);
-    buildBridgeMenu(settings);
-    buildViewMenu(settings);
-
-    QMenu *help = menuBar()->addMenu(QStringLiteral("&Help"));
-    addEntry(help, QStringLiteral("Help / About PELQ Kiwi Outpost"), [this] { showHelpAbout(); });
-}
-
-QAction *MainWindow::addEntry(QMenu *menu, const QString &text, std::function<void()> onChoice)
+void addEntry(QMenu *menu, const QString &text, const MenuChoices::Choice &choice)
 {
     QAction *entry = menu->addAction(text);
-    connect(entry, &QAction::triggered, this, [chosen = std::move(onChoice)] { chosen(); });
-    return entry;
+    QObject::connect(entry, &QAction::triggered, menu, [choice] { choice(); });
+}
+
+void addFileMenu(QMainWindow *window, const MenuChoices &choices)
+{
+    QMenu *menu = window->menuBar()->addMenu(QStringLiteral("&File"));
+    addEntry(menu, QStringLiteral("Open Profile..."), choices.openProfile);
+    addEntry(menu, QStringLiteral("Save Profile"), choices.saveProfile);
+    addEntry(menu, QStringLiteral("Save Profile As..."), choices.saveProfileAs);
+    menu->addSeparator();
+    addEntry(menu, QStringLiteral("Exit"), [window] { window->close(); });
 }
 
 // These entries are shown and do nothing: decoding runs by itself while audio arrives.
-void MainWindow::buildDecodeMenu(QMenu *settings)
+void addDecodeMenu(QMenu *settings)
 {
     QMenu *menu = settings->addMenu(QStringLiteral("Decode"));
     const QStringList entries = {QStringLiteral("Start Decode Monitor"),
@@ -53,16 +39,17 @@ void MainWindow::buildDecodeMenu(QMenu *settings)
                                  QStringLiteral("Stop / Save SND Capture")};
     for (const QString &text : entries) {
         QAction *entry = menu->addAction(text);
-        connect(entry, &QAction::triggered, this, [entry] { const QString inert = entry->text(); });
+        QObject::connect(entry, &QAction::triggered, menu,
+                         [entry] { const QString inert = entry->text(); });
     }
 }
 
-void MainWindow::buildDecoderMenu(QMenu *settings)
+void addDecoderMenu(QMainWindow *window, QMenu *settings, const MenuChoices &choices,
+                    int decodeDepth)
 {
     QMenu *menu = settings->addMenu(QStringLiteral("Decoder"));
-    auto *depths = new QActionGroup(this);
+    auto *depths = new QActionGroup(window);
     depths->setExclusive(true);
-    const int stored = storedDecodeDepth(options.settings.open());
     const QStringList texts = {QStringLiteral("1 Decode Pass (Fastest)"),
                                QStringLiteral("2 Decode Passes (Recommended)"),
                                QStringLiteral("3 Decode Passes (Deep)")};
@@ -70,40 +57,46 @@ void MainWindow::buildDecoderMenu(QMenu *settings)
         QAction *entry = menu->addAction(texts.at(depth - 1));
         entry->setCheckable(true);
         entry->setData(depth);
-        entry->setChecked(depth == stored);
+        entry->setChecked(depth == decodeDepth);
         depths->addAction(entry);
     }
-    connect(depths, &QActionGroup::triggered, this,
-            [this](QAction *entry) { chooseDecodeDepth(entry->data().toInt()); });
-    addEntry(menu, QStringLiteral("Select Installed jt9.exe..."), [this] { selectJt9(); });
+    const auto choose = choices.chooseDecodeDepth;
+    QObject::connect(depths, &QActionGroup::triggered, depths,
+                     [choose](QAction *entry) { choose(entry->data().toInt()); });
+    addEntry(menu, QStringLiteral("Select Installed jt9.exe..."), choices.selectJt9);
 }
 
-// Used by the decoder from its next run on.
-void MainWindow::chooseDecodeDepth(int depth)
-{
-    if (depth < 1 || depth > 3) {
-        return;
-    }
-    if (capture) {
-        capture->setDecodeDepth(depth);
-    }
-    options.settings.save(QStringLiteral("decoder/depth"), depth);
-}
-
-void MainWindow::buildBridgeMenu(QMenu *settings)
+void addBridgeMenu(QMenu *settings, const MenuChoices &choices)
 {
     QMenu *menu = settings->addMenu(QStringLiteral("Bridge"));
-    addEntry(menu, QStringLiteral("Start Local WSJT Bridge"), [this] { startBridgeFromMenu(); });
-    addEntry(menu, QStringLiteral("Stop Local WSJT Bridge"), [this] { stopBridgeFromMenu(); });
-    addEntry(menu, QStringLiteral("Test WSJT Attachment"), [this] { showBridgeAttachment(); });
+    addEntry(menu, QStringLiteral("Start Local WSJT Bridge"), choices.startBridge);
+    addEntry(menu, QStringLiteral("Stop Local WSJT Bridge"), choices.stopBridge);
+    addEntry(menu, QStringLiteral("Test WSJT Attachment"), choices.showBridgeAttachment);
 }
 
-void MainWindow::buildViewMenu(QMenu *settings)
+void addViewMenu(QMenu *settings, const MenuChoices &choices)
 {
     QMenu *menu = settings->addMenu(QStringLiteral("View"));
-    addEntry(menu, QStringLiteral("Status Log"), [this] { showStatusLogWindow(); });
-    addEntry(menu, QStringLiteral("Station Display"), [this] { showStationDisplay(); });
-    addEntry(menu, QStringLiteral("Bridge Status"), [this] { showBridgeStatusDialog(); });
+    addEntry(menu, QStringLiteral("Status Log"), choices.showStatusLog);
+    addEntry(menu, QStringLiteral("Station Display"), choices.showStationDisplay);
+    addEntry(menu, QStringLiteral("Bridge Status"), choices.showBridgeStatus);
+}
+} // namespace
+
+void buildMenus(QMainWindow *window, const MenuChoices &choices, int decodeDepth)
+{
+    addFileMenu(window, choices);
+    QMenu *settings = window->menuBar()->addMenu(QStringLiteral("&Settings"));
+    addEntry(settings, QStringLiteral("Kiwi Receiver..."), choices.showReceiverDialog);
+    addEntry(settings, QStringLiteral("Disconnect Receiver"), choices.disconnectReceiver);
+    settings->addSeparator();
+    addEntry(settings, QStringLiteral("Highlight Calls..."), choices.editHighlightCalls);
+    addDecodeMenu(settings);
+    addDecoderMenu(window, settings, choices, decodeDepth);
+    addBridgeMenu(settings, choices);
+    addViewMenu(settings, choices);
+    QMenu *help = window->menuBar()->addMenu(QStringLiteral("&Help"));
+    addEntry(help, QStringLiteral("Help / About PELQ Kiwi Outpost"), choices.showHelp);
 }
 
 } // namespace outpost

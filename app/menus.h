@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+
+class QMainWindow;
+
+namespace outpost
+{
+
+// What the entries of the menu bar do.
+struct MenuChoices {
+    using Choice = std::function<void()>;
+
+    Choice openProfile;
+    Choice saveProfile;
+    Choice saveProfileAs;
+    Choice showReceiverDialog;
+    Choice disconnectReceiver;
+    Choice editHighlightCalls;
+    std::function<void(int depth)> chooseDecodeDepth; // 1..3
+    Choice selectJt9;
+    Choice startBridge;
+    Choice stopBridge;
+    Choice showBridgeAttachment;
+    Choice showStatusLog;
+    Choice showStationDisplay;
+    Choice showBridgeStatus;
+    Choice showHelp;
+};
+
+// Fills the window's menu bar. No entry has a shortcut, an icon or a tool tip. `decodeDepth` is the
+// one that is checked.
+void buildMenus(QMainWindow *window, const MenuChoices &choices, int decodeDepth);
+
+} // namespace outpost
