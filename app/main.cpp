@@ -1,7 +1,6 @@
 #include "app/commandline.h"
-#include "app/identity.h"
 #include "app/mainwindow.h"
-#include "app/stationfont.h"
+#include "app/startup.h"
 #include "app/termination.h"
 #include "base/console.h"
 
@@ -33,11 +32,7 @@ int main(int argc, char *argv[])
         return endWith(noDisplay());
     }
 
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication application(argc, argv);
-    setStationFont();
-    setIdentity();
+    const auto application = startApplication(argc, argv);
     quitOnTermination();
     StationOptions options;
     options.start = commandLine.options;

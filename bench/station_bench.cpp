@@ -3,6 +3,7 @@
 // usage: station_bench KIWI-SIM BAND-CACHE CPU-PERIODS LATENCY-PERIODS
 
 #include "app/mainwindow.h"
+#include "app/startup.h"
 #include "fixture/home.h"
 #include "fixture/operator.h"
 
@@ -228,9 +229,7 @@ using namespace outpost;
 int main(int argc, char **argv)
 {
     testHome();
-    QApplication application(argc, argv);
-    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
-    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
+    const auto application = startApplication(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() != 5) {
         qFatal("usage: station_bench KIWI-SIM BAND-CACHE CPU-PERIODS LATENCY-PERIODS");

@@ -1,6 +1,6 @@
 // What the window does with decodes and data files, beside the bare work.
 
-#include "app/stationfont.h"
+#include "app/startup.h"
 #include "bench/compare.h"
 #include "bench/windowbenches.h"
 #include "fixture/home.h"
@@ -47,10 +47,7 @@ int main(int argc, char **argv)
 {
     allowManySockets();
     testHome();
-    QApplication application(argc, argv);
-    setStationFont();
-    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
-    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
+    const auto application = startApplication(argc, argv);
     registerTableBench(roundsAskedFor(argc, argv, 51));
     registerBroadcastBench(roundsAskedFor(argc, argv, 15));
     registerStoreBench(roundsAskedFor(argc, argv, 25));

@@ -1,9 +1,8 @@
 // Shows the station decoding: the receiver simulator and the real main window in one program,
 // worked through the real dialog, with data and settings of their own in a temporary folder.
 
-#include "app/identity.h"
 #include "app/mainwindow.h"
-#include "app/stationfont.h"
+#include "app/startup.h"
 #include "app/termination.h"
 #include "base/console.h"
 #include "base/timetext.h"
@@ -320,13 +319,9 @@ int main(int argc, char *argv[])
     const QTemporaryDir home;
     useHome(home);
 
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication application(argc, argv);
+    const auto application = startApplication(argc, argv);
     // The decodes are to be read; QT_LOGGING_RULES="default.info=true" brings the trace back.
     QLoggingCategory::setFilterRules(QStringLiteral("default.info=false"));
-    setStationFont();
-    setIdentity();
     Demo demo(commandLine.options, bandCache);
     QString error;
     if (!demo.listen(&error)) {

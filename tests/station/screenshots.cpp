@@ -3,7 +3,7 @@
 // [--dark]; QT_SCALE_FACTOR scales them.
 
 #include "app/mainwindow.h"
-#include "app/stationfont.h"
+#include "app/startup.h"
 #include "base/settings.h"
 #include "display/highlightcalls.h"
 #include "fixture/home.h"
@@ -146,14 +146,9 @@ int main(int argc, char **argv)
 {
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
     testHome();
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication application(argc, argv);
+    const auto application = startApplication(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-    setStationFont();
-    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
-    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() < 2) {
         qFatal("usage: kiwi-outpost-screenshots FOLDER [--dark]");

@@ -5,7 +5,7 @@
 // usage: kiwi-outpost-soak [--periods N]
 
 #include "app/mainwindow.h"
-#include "app/stationfont.h"
+#include "app/startup.h"
 #include "base/timetext.h"
 #include "tests/fixture/footprint.h"
 #include "tests/fixture/home.h"
@@ -321,18 +321,15 @@ using namespace outpost;
 int main(int argc, char **argv)
 {
     testHome();
-    QApplication application(argc, argv);
+    const auto application = startApplication(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    setStationFont();
-    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
-    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
     QCommandLineParser parser;
     const QCommandLineOption periodsOption(QStringLiteral("periods"),
                                            QStringLiteral("FT8 periods; a day has 5760."),
                                            QStringLiteral("N"), QStringLiteral("5760"));
     parser.addOption(periodsOption);
     parser.addHelpOption();
-    parser.process(application);
+    parser.process(*application);
     const int periods = parser.value(periodsOption).toInt();
     if (periods < 8) {
         std::fprintf(stderr, "soak: at least 8 periods\n");
