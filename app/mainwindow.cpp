@@ -59,9 +59,7 @@ MainWindow::~MainWindow()
 {
     stopBridge();
     disconnectKiwi(false);
-    // Open dialogs clear the window's pointers when they go, so they go while those are there.
-    delete bridgeStatusDialog;
-    delete stationDialog;
+    // An open dialog clears the window's pointers when it goes, so it goes while those are there.
     delete statusLogDialog;
 }
 

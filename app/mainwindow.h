@@ -11,6 +11,7 @@
 #include <QHash>
 #include <QList>
 #include <QMainWindow>
+#include <QPointer>
 #include <QStringList>
 #include <functional>
 #include <memory>
@@ -30,7 +31,9 @@ class QWebSocket;
 namespace outpost
 {
 
+class BridgeStatusDialog;
 class KiwiAudioCapture;
+class StationDisplay;
 struct BridgeState;
 struct Ft8Decode;
 struct Jt9Places;
@@ -77,7 +80,7 @@ public:
     void showBridgeStatusDialog();
     void refreshBridgeStatus();
 
-    // ---- display/statusbar.cpp, display/stationdisplay.cpp ----
+    // ---- display/statusbar.cpp ----
     void refreshStatusBar();
     void showStationDisplay();
     void refreshStationDisplay();
@@ -160,12 +163,8 @@ private:
     void welcomeBridgeClient(QTcpSocket *socket);
     void onBridgeClientGone(QTcpSocket *socket);
 
-    // ---- display/bridgestatus.cpp, display/stationdisplay.cpp ----
+    // ---- display/bridgestatus.cpp ----
     BridgeState bridgeState() const;
-    void buildBridgeStatusDialog();
-    void buildStationDisplay();
-    QString stationText() const;
-    void sizeStationDialog();
 
     // ---- store/profilefiles.cpp ----
     void loadStartupProfile();
@@ -210,16 +209,10 @@ private:
     QString bridgeLastError;            // empty after a good start
     qint64 bridgeLastOutputMs = 0;      // UTC, ms since the epoch; 0 = never
     int bridgeLastOutputCount = 0;
-    QDialog *bridgeStatusDialog = nullptr;
-    QLabel *bridgeStatusLabel = nullptr;
-    QTimer *bridgeStatusTimer = nullptr;
+    QPointer<BridgeStatusDialog> bridgeStatusDialog; // null while closed
 
     // Display: Station Display
-    QDialog *stationDialog = nullptr;
-    QLabel *stationLabel = nullptr;
-    QTableWidget *stationTable = nullptr;
-    QTimer *stationTimer = nullptr;
-    bool stationSized = false; // it has had its first size adjustment
+    QPointer<StationDisplay> stationDisplay; // null while closed
 
     // Store
     Profile profile;

@@ -1,13 +1,9 @@
 #include "app/mainwindow.h"
 #include "base/dialogs.h"
+#include "display/bridgestatusdialog.h"
 #include "display/bridgetexts.h"
-#include "display/livedialog.h"
 
-#include <QDialog>
-#include <QLabel>
-#include <QLayout>
 #include <QTcpServer>
-#include <QTimer>
 
 namespace outpost
 {
@@ -52,40 +48,17 @@ void MainWindow::showBridgeAttachment()
 void MainWindow::showBridgeStatusDialog()
 {
     if (!bridgeStatusDialog) {
-        buildBridgeStatusDialog();
-        refreshBridgeStatus();
-        bridgeStatusTimer->start();
-        bridgeStatusDialog->show();
-        return;
+        bridgeStatusDialog = new BridgeStatusDialog(this, [this] { refreshBridgeStatus(); });
     }
     refreshBridgeStatus();
-    bridgeStatusDialog->show();
-    bridgeStatusDialog->raise();
-    bridgeStatusDialog->activateWindow();
-}
-
-void MainWindow::buildBridgeStatusDialog()
-{
-    const LiveDialog live = buildLiveDialog(this, QStringLiteral("PELQ Kiwi Outpost Bridge Status"),
-                                            1000, [this] { refreshBridgeStatus(); });
-    live.layout->setSizeConstraint(QLayout::SetFixedSize);
-    bridgeStatusDialog = live.dialog;
-    bridgeStatusLabel = live.label;
-    bridgeStatusTimer = live.timer;
-    connect(live.dialog, &QObject::destroyed, this, [this] {
-        bridgeStatusDialog = nullptr;
-        bridgeStatusLabel = nullptr;
-        bridgeStatusTimer = nullptr;
-    });
+    bridgeStatusDialog->present();
 }
 
 void MainWindow::refreshBridgeStatus()
 {
-    if (!bridgeStatusLabel) {
-        return;
+    if (bridgeStatusDialog) {
+        bridgeStatusDialog->refresh(bridgeState());
     }
-    bridgeStatusLabel->setText(bridgeStatusText(bridgeState()));
-    bridgeStatusDialog->adjustSize();
 }
 
 } // namespace outpost

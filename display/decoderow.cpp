@@ -27,6 +27,15 @@ std::optional<DecodeCells> decodeCells(const QString &periodLabel, const Ft8Deco
                        decode.words->message};
 }
 
+QStringList columnTexts(const QVector<DecodeCells> &rows, DecodeColumn column)
+{
+    QStringList texts;
+    for (const DecodeCells &cells : rows) {
+        texts.append(cells.at(column));
+    }
+    return texts;
+}
+
 QStringList keptPeriodLabels(const QStringList &rowLabels)
 {
     constexpr int keptPeriods = 3;

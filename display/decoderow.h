@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QVector>
 #include <array>
 #include <optional>
 
@@ -24,6 +25,9 @@ QString messageHeader(int latestPeriodCount);
 // The cells of one jt9 line (time, SNR, DT, DF, "~" and a message of one word or more), its time
 // replaced by the period's label; nothing for a line without a message.
 std::optional<DecodeCells> decodeCells(const QString &periodLabel, const Ft8Decode &decode);
+
+// The texts of one column, top to bottom.
+QStringList columnTexts(const QVector<DecodeCells> &rows, DecodeColumn column);
 
 // The rules below see the table's rows as their column-0 texts, top to bottom; a row without
 // that cell counts as an empty text. Labels are compared trimmed.

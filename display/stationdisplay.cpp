@@ -1,19 +1,16 @@
-#include "app/mainwindow.h"
+#include "display/stationdisplay.h"
+
 #include "base/smallscreen.h"
-#include "display/bridgetexts.h"
 #include "display/decoderow.h"
 #include "display/decodeview.h"
-#include "display/livedialog.h"
 #include "display/stationtexts.h"
-#include "display/tabletexts.h"
 
-#include <QDialog>
 #include <QHeaderView>
 #include <QLabel>
 #include <QScrollBar>
 #include <QTableWidget>
-#include <QTimer>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace outpost
 {
@@ -21,9 +18,9 @@ namespace outpost
 namespace
 {
 
-constexpr int mostVisibleRows = 10;
+constexpr int maxVisibleRows = 10;
 
-QTableWidget *buildStationTable(QWidget *parent)
+QTableWidget *newStationTable(QWidget *parent)
 {
     auto *table = new DecodeView(parent);
     table->setColumnCount(DecodeColumnCount);
@@ -39,60 +36,21 @@ QTableWidget *buildStationTable(QWidget *parent)
     return table;
 }
 
-} // namespace
-
-void MainWindow::showStationDisplay()
+void showRow(QTableWidget *table, int row, const DecodeCells &cells)
 {
-    if (!stationDialog) {
-        buildStationDisplay();
-        refreshStationDisplay();
-        stationTimer->start();
-        stationDialog->show();
-        return;
-    }
-    refreshStationDisplay();
-    stationDialog->show();
-    stationDialog->raise();
-    stationDialog->activateWindow();
-}
-
-void MainWindow::buildStationDisplay()
-{
-    const LiveDialog live =
-        buildLiveDialog(this, QStringLiteral("PELQ Kiwi Outpost Station Display"), 5000,
-                        [this] { refreshStationDisplay(); });
-    live.layout->setSizeConstraint(QLayout::SetMinimumSize);
-    stationDialog = live.dialog;
-    stationLabel = live.label;
-    stationTimer = live.timer;
-    stationTable = buildStationTable(live.dialog);
-    live.layout->insertWidget(1, stationTable);
-    connect(live.dialog, &QObject::destroyed, this, [this] {
-        stationDialog = nullptr;
-        stationLabel = nullptr;
-        stationTable = nullptr;
-        stationTimer = nullptr;
-        stationSized = false;
-    });
-}
-
-namespace
-{
-
-void copyRow(const QTableWidget &from, QTableWidget *to, int row)
-{
-    for (int column = 0; column < DecodeColumnCount; ++column) {
-        auto *item = new QTableWidgetItem(cellText(from, row, column));
+    int column = 0;
+    for (const QString &cell : cells) {
+        auto *item = new QTableWidgetItem(cell);
         item->setFlags(item->flags() & ~Qt::ItemIsEditable);
-        to->setItem(row, column, item);
+        table->setItem(row, column++, item);
     }
 }
 
-void copyRows(const QTableWidget *from, QTableWidget *to)
+void showRows(QTableWidget *table, const QVector<DecodeCells> &decodes)
 {
-    to->setRowCount(from ? from->rowCount() : 0);
-    for (int row = 0; row < to->rowCount(); ++row) {
-        copyRow(*from, to, row);
+    table->setRowCount(decodes.size());
+    for (int row = 0; row < decodes.size(); ++row) {
+        showRow(table, row, decodes.at(row));
     }
 }
 
@@ -113,7 +71,7 @@ int heightOfVisibleRows(const QTableWidget &table)
     if (table.rowCount() == 0) {
         return height + table.verticalHeader()->defaultSectionSize();
     }
-    for (int row = 0; row < qMin(table.rowCount(), mostVisibleRows); ++row) {
+    for (int row = 0; row < qMin(table.rowCount(), maxVisibleRows); ++row) {
         height += table.rowHeight(row);
     }
     return height;
@@ -125,7 +83,7 @@ int widthOfColumns(const QTableWidget &table)
     for (int column = 0; column < DecodeColumnCount; ++column) {
         width += table.columnWidth(column);
     }
-    if (table.rowCount() > mostVisibleRows) {
+    if (table.rowCount() > maxVisibleRows) {
         width += table.verticalScrollBar()->sizeHint().width();
     }
     return width;
@@ -143,45 +101,45 @@ void sizeStationTable(QTableWidget *table)
 
 } // namespace
 
-void MainWindow::refreshStationDisplay()
+StationDisplay::StationDisplay(QWidget *parent, std::function<void()> onRefreshDue)
+    : LiveDialog(parent, QStringLiteral("PELQ Kiwi Outpost Station Display"), 5000,
+                 std::move(onRefreshDue)),
+      label(addText())
 {
-    if (!stationDialog || !stationLabel || !stationTable) {
-        return;
-    }
-    stationLabel->setText(stationText());
-    stationTable->setUpdatesEnabled(false);
-    copyRows(decodeTable, stationTable);
-    sizeStationTable(stationTable);
-    stationTable->setUpdatesEnabled(true);
-    if (stationTable->rowCount() > 0) {
-        stationTable->scrollToBottom();
-    }
-    sizeStationDialog();
+    contents()->setSizeConstraint(QLayout::SetMinimumSize);
+    addCloseBox();
+    table = newStationTable(this); // Tab reaches it after the Close button
+    contents()->insertWidget(1, table);
 }
 
-QString MainWindow::stationText() const
+void StationDisplay::refresh(const StationState &station)
 {
-    LatestPeriod latest = latestPeriod({}, {});
-    if (decodeTable) {
-        latest = latestPeriod(columnTexts(*decodeTable, TimeColumn),
-                              columnTexts(*decodeTable, SnrColumn));
+    const LatestPeriod latest = latestPeriod(columnTexts(station.decodes, TimeColumn),
+                                             columnTexts(station.decodes, SnrColumn));
+    label->setText(stationDisplayText(station.session, station.nowMs, latest,
+                                      bridgeSummaryText(station.bridge)));
+    table->setUpdatesEnabled(false);
+    showRows(table, station.decodes);
+    sizeStationTable(table);
+    table->setUpdatesEnabled(true);
+    if (table->rowCount() > 0) {
+        table->scrollToBottom();
     }
-    return stationDisplayText(statusSession, nowMs(), latest, bridgeSummaryText(bridgeState()));
+    fitToContents();
 }
 
-void MainWindow::sizeStationDialog()
+void StationDisplay::fitToContents()
 {
-    if (scrollsToFitScreen(*stationDialog)) {
+    if (scrollsToFitScreen(*this)) {
         return;
     }
     constexpr int sideMargins = 16;
-    stationDialog->setFixedWidth(qMax(stationLabel->sizeHint().width(), stationTable->width()) +
-                                 sideMargins);
-    if (stationSized) {
+    setFixedWidth(qMax(label->sizeHint().width(), table->width()) + sideMargins);
+    if (sized) {
         return;
     }
-    stationDialog->adjustSize();
-    stationSized = true;
+    adjustSize();
+    sized = true;
 }
 
 } // namespace outpost

@@ -1,5 +1,8 @@
 #include "app/mainwindow.h"
+#include "display/bridgetexts.h"
+#include "display/stationdisplay.h"
 #include "display/stationtexts.h"
+#include "display/tabletexts.h"
 
 #include <QLabel>
 
@@ -15,6 +18,22 @@ void MainWindow::refreshStatusBar()
         statusSummaryText(link.sndVerified, bridgeClients.size(), statusSession.sessionDecodes);
     if (statusSummaryLabel->text() != text) {
         statusSummaryLabel->setText(text);
+    }
+}
+
+void MainWindow::showStationDisplay()
+{
+    if (!stationDisplay) {
+        stationDisplay = new StationDisplay(this, [this] { refreshStationDisplay(); });
+    }
+    refreshStationDisplay();
+    stationDisplay->present();
+}
+
+void MainWindow::refreshStationDisplay()
+{
+    if (stationDisplay) {
+        stationDisplay->refresh({statusSession, nowMs(), bridgeState(), cellTexts(*decodeTable)});
     }
 }
 

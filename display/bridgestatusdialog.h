@@ -1,0 +1,22 @@
+#pragma once
+
+#include "base/livedialog.h"
+
+namespace outpost
+{
+
+struct BridgeState;
+
+// The small window with the bridge's two lines, refreshed every second.
+class BridgeStatusDialog : public LiveDialog
+{
+public:
+    BridgeStatusDialog(QWidget *parent, std::function<void()> onRefreshDue);
+
+    void refresh(const BridgeState &bridge);
+
+private:
+    QLabel *const text;
+};
+
+} // namespace outpost

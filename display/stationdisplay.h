@@ -1,0 +1,39 @@
+#pragma once
+
+#include "base/livedialog.h"
+#include "display/bridgetexts.h"
+#include "display/decoderow.h"
+#include "store/statuslog.h"
+
+#include <QVector>
+
+class QTableWidget;
+
+namespace outpost
+{
+
+struct StationState {
+    StatusSession session;
+    qint64 nowMs = 0; // UTC, ms since the epoch
+    BridgeState bridge;
+    QVector<DecodeCells> decodes; // as the decode table shows them
+};
+
+// The small window with the session, the latest period and a copy of the decode rows, refreshed
+// every five seconds.
+class StationDisplay : public LiveDialog
+{
+public:
+    StationDisplay(QWidget *parent, std::function<void()> onRefreshDue);
+
+    void refresh(const StationState &station);
+
+private:
+    void fitToContents();
+
+    QLabel *const label;
+    QTableWidget *table = nullptr;
+    bool sized = false; // it has had its first size adjustment
+};
+
+} // namespace outpost
