@@ -1,5 +1,7 @@
 #include "decode/jt9locator.h"
 
+#include "decode/jt9platform.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
@@ -13,14 +15,6 @@ namespace outpost
 
 namespace
 {
-#ifdef Q_OS_WIN
-constexpr bool nativeFormCounts = false;
-constexpr Qt::CaseSensitivity fileNamesHere = Qt::CaseInsensitive;
-#else
-constexpr bool nativeFormCounts = true;
-constexpr Qt::CaseSensitivity fileNamesHere = Qt::CaseSensitive;
-#endif
-
 // Where installers put the decoder, below the folder that an environment variable names.
 struct UsualFolder {
     const char *variable;
@@ -43,7 +37,7 @@ QString comparable(const QString &path, Qt::CaseSensitivity fileNames = Qt::Case
 bool isOfThisSystem(const QString &path)
 {
     const bool hasDriveLetter = path.size() > 1 && path.at(1) == QLatin1Char(':');
-    return !nativeFormCounts || !hasDriveLetter;
+    return !Jt9Platform::nativeFormCounts || !hasDriveLetter;
 }
 
 bool anyBeside(const QFileInfo &decoder, const QStringList &names)
@@ -72,7 +66,8 @@ bool isProgram(const QFileInfo &file)
 // Off Windows the Qt library is the system's, so nothing of it lies beside the decoder.
 bool isNativeInstallation(const QFileInfo &decoder)
 {
-    if (!nativeFormCounts || decoder.fileName() != QLatin1String("jt9") || !isProgram(decoder)) {
+    if (!Jt9Platform::nativeFormCounts || decoder.fileName() != QLatin1String("jt9") ||
+        !isProgram(decoder)) {
         return false;
     }
     const QDir folder = decoder.absoluteDir();
@@ -136,7 +131,7 @@ Jt9Places jt9PlacesOfThisSystem(const QString &currentPath, const QString &appli
             places.candidates.append(folder + QStringLiteral("/bin/jt9.exe"));
         }
     }
-    if (nativeFormCounts) {
+    if (Jt9Platform::nativeFormCounts) {
         places.lastCandidates = nativeCandidates(environment);
     }
     return places;
@@ -150,7 +145,8 @@ QString findInstalledJt9(const Jt9Places &places)
             paths += newestFirstUnder(root);
         }
     }
-    const QStringList candidates = distinctPaths(paths + places.lastCandidates, fileNamesHere);
+    const QStringList candidates =
+        distinctPaths(paths + places.lastCandidates, Jt9Platform::fileNames);
     const auto found = std::find_if(candidates.begin(), candidates.end(), [](const QString &path) {
         return isOfThisSystem(path) && isInstalledJt9(path);
     });
@@ -214,12 +210,12 @@ bool isInstalledJt9(const QString &path)
 bool isJt9FileName(const QString &fileName)
 {
     return fileName.compare(QLatin1String("jt9.exe"), Qt::CaseInsensitive) == 0 ||
-           (nativeFormCounts && fileName == QLatin1String("jt9"));
+           (Jt9Platform::nativeFormCounts && fileName == QLatin1String("jt9"));
 }
 
 QString jt9FileFilter()
 {
-    return nativeFormCounts
+    return Jt9Platform::nativeFormCounts
                ? QStringLiteral("jt9 (jt9 jt9.exe);;All files (*)")
                : QStringLiteral("jt9.exe (jt9.exe);;Executable files (*.exe);;All files (*)");
 }

@@ -1,10 +1,7 @@
 #pragma once
 
 #include <QProcess>
-
-#ifdef Q_OS_WIN
 #include <memory>
-#endif
 
 namespace outpost
 {
@@ -16,6 +13,9 @@ namespace outpost
 class Jt9Process : public QProcess
 {
 public:
+    // Whether the exit code of a crash is the signal's number; else the code tells what happened.
+    static const bool crashIsSignal;
+
     explicit Jt9Process(bool folderIsOwn);
     ~Jt9Process() override;
 
@@ -23,37 +23,12 @@ public:
     bool launch(const QString &program, const QStringList &arguments, int startMs);
     void killFamily();
 
-#ifdef Q_OS_WIN
-private:
-    struct CloseJob {
-        void operator()(void *job) const;
-    };
-    const _PROCESS_INFORMATION *handles() const; // of the running child; null when there is none
-
-    std::unique_ptr<void, CloseJob> job;
-#else
 protected:
-    void setupChildProcess() override;
+    void setupChildProcess() override; // runs in the child; never on Windows
 
 private:
-    // A pipe of which every process of the run has the writing end and none ever writes.
-    struct Lifeline {
-        Lifeline();
-        ~Lifeline();
-        Q_DISABLE_COPY(Lifeline)
-        void closeWritingEnd();
-
-        int readingEnd = -1;
-        int writingEnd = -1;
-    };
-
-    bool hasEnded() const;
-    void killStrays() const;
-
-    const bool folderIsOwn;
-    Lifeline lifeline;
-    qint64 groupId = 0; // 0: not started
-#endif
+    struct Family;
+    std::unique_ptr<Family> family;
 };
 
 } // namespace outpost

@@ -15,19 +15,21 @@ QString failurePattern(const Jt9Failure &failure)
     case Jt9Cause::NotStarted:
         return QStringLiteral("no decodes, jt9 did not start: %1");
     case Jt9Cause::Overran:
-        return QStringLiteral("no decodes, jt9 overran %1 s");
+        return QStringLiteral("no decodes, jt9 took longer than %1 s");
     case Jt9Cause::Killed:
         return QStringLiteral("no decodes, jt9 was killed by signal %1");
     case Jt9Cause::ExitCode:
         return QStringLiteral("no decodes, jt9 ended with exit code %1");
-    case Jt9Cause::FolderLeft:
+    case Jt9Cause::OldFolderLeft:
         return QStringLiteral("no decodes, an old scratch folder could not be removed");
+    case Jt9Cause::FolderLeft:
+        return QStringLiteral("its scratch folder could not be removed");
     case Jt9Cause::FolderMissing:
         return QStringLiteral("no decodes, the scratch folder could not be made");
     case Jt9Cause::WavNotWritten:
         return QStringLiteral("no decodes, the WAV file was not written: %1");
     case Jt9Cause::TooManyLines:
-        return QStringLiteral("only the first %1 lines of jt9 were kept");
+        return QStringLiteral("jt9 printed too many lines; the first %1 were kept");
     case Jt9Cause::None:
         break;
     }
@@ -35,6 +37,14 @@ QString failurePattern(const Jt9Failure &failure)
 }
 
 } // namespace
+
+QString exitCodeText(int code)
+{
+    if (code >= 0) {
+        return QString::number(code);
+    }
+    return QStringLiteral("0x%1").arg(QString::number(static_cast<quint32>(code), 16).toUpper());
+}
 
 QString failureText(const Jt9Failure &failure)
 {

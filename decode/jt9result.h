@@ -13,7 +13,8 @@ enum class Jt9Cause {
     Overran,       // detail: the time that it had, in s
     Killed,        // detail: the signal's number
     ExitCode,      // detail: the code, other than 0
-    FolderLeft,    // an old scratch folder of the worker's could not be removed
+    OldFolderLeft, // an old scratch folder of the worker's could not be removed
+    FolderLeft,    // the scratch folder could not be removed afterwards; the lines are kept
     FolderMissing, // the worker's scratch folder could not be made
     WavNotWritten, // detail: the reason
     TooManyLines   // detail: how many were kept
@@ -35,6 +36,10 @@ struct Jt9Result {
     QStringList lines;
     Jt9Failure failure;
 };
+
+// An exit code as the system's documentation has it: those of crashes on Windows are negative and
+// known by their hexadecimal form, such as "0xC0000005".
+QString exitCodeText(int code);
 
 // In words, for the log: "no decodes, jt9 was killed by signal 11". Empty for none.
 QString failureText(const Jt9Failure &failure);

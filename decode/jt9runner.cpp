@@ -14,12 +14,6 @@ namespace outpost
 
 namespace
 {
-#ifdef Q_OS_WIN
-constexpr bool crashIsSignal = false; // the exit code tells what happened
-#else
-constexpr bool crashIsSignal = true;
-#endif
-
 // The decoder finds its own libraries first and keeps its files in the worker's folder.
 QProcessEnvironment jt9Environment(const QString &jt9Folder, const QString &workerFolder)
 {
@@ -53,9 +47,9 @@ bool readUntilFinished(QProcess &process, int finishMs, Jt9Output &output)
 
 Jt9Failure failureOf(const QProcess &finished)
 {
-    const QString code = QString::number(finished.exitCode());
+    const QString code = exitCodeText(finished.exitCode());
     if (finished.exitStatus() != QProcess::NormalExit) {
-        return {crashIsSignal ? Jt9Cause::Killed : Jt9Cause::ExitCode, code};
+        return {Jt9Process::crashIsSignal ? Jt9Cause::Killed : Jt9Cause::ExitCode, code};
     }
     return finished.exitCode() == 0 ? Jt9Failure() : Jt9Failure{Jt9Cause::ExitCode, code};
 }
@@ -163,10 +157,12 @@ void Jt9Output::takeLine()
     if (!text.contains(QLatin1Char('~'))) {
         return;
     }
-    dropped = ended = lines.size() == maxLines;
-    if (!dropped) {
-        lines.append(text);
+    if (lines.size() == maxLines) {
+        dropped = true;
+        ended = true;
+        return;
     }
+    lines.append(text);
 }
 
 } // namespace outpost

@@ -21,17 +21,17 @@ struct Jt9Limits {
 // one WAV file and one sub-band, and returns its decode lines. The decoder works in
 // `workerFolder` and takes it for its home, so that what it leaves behind goes with that folder.
 // Every failure (no decoder, one that cannot run from where it lies, no start, overrun, crash, an
-// exit code other than 0) gives no lines and the cause. When this returns, nothing that the
-// decoder started is running any more (`folderIsOwn`: no other run has this folder, nor another
-// copy of the program; otherwise what has left the decoder's process group goes on). `depth` is
-// 1..3. Blocks; may run on several threads at once.
+// exit code other than 0) gives no lines and the cause. On return, what the decoder started is
+// ended, but for a process that has left the decoder's process group and closed everything that it
+// was given (`folderIsOwn`: no other run has this folder, nor another copy of the program; if
+// false, whatever has left the group lives on). `depth` is 1..3. Blocks; may run on several threads
+// at once.
 Jt9Result runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
                  int depth, const Jt9Limits &limits = {}, bool folderIsOwn = true);
 
 // Gathers the decode lines of a decoder's standard output as it arrives: those that contain "~",
-// trimmed, in order. Reading ends at the first NUL byte. Everything else is dropped as it comes,
-// and so are longer lines and further ones than any real decoder prints, so that one that prints
-// without end fills neither the memory nor the window.
+// trimmed, in order. Reading ends at the first NUL byte. Lines over maxLineBytes and lines after
+// the first maxLines are dropped, so that a runaway decoder fills neither memory nor the window.
 class Jt9Output
 {
 public:

@@ -126,7 +126,7 @@ Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
 
     const QString folder = QDir(job.captureFolder).absoluteFilePath(workerFolderName(job));
     if (!removeFolder(folder)) {
-        return {{}, {Jt9Cause::FolderLeft, {}}};
+        return {{}, {Jt9Cause::OldFolderLeft, {}}};
     }
     if (!makeFolder(folder)) {
         return {{}, {Jt9Cause::FolderMissing, {}}};

@@ -13,8 +13,8 @@ QString WorkerFailures::report(const QString &periodLabel, int worker, const Jt9
     }
     last = failure;
     const DecodeBand band = decodeBand(worker);
-    const QString text = failure.cause == Jt9Cause::None ? QStringLiteral("all is well again")
-                                                         : failureText(failure);
+    const QString text =
+        failure.cause == Jt9Cause::None ? QStringLiteral("decoding again") : failureText(failure);
     return QStringLiteral("Period %1, worker %2 (%3-%4 Hz): %5")
         .arg(periodLabel, QString::number(worker + 1), QString::number(band.lowHz),
              QString::number(band.highHz), text);

@@ -1,5 +1,6 @@
 #include "decode/jt9runner.h"
 #include "decode/slotwav.h"
+#include "tests/decode/childprocess.h"
 #include "tests/decode/scripteddecoder.h"
 
 #include <QElapsedTimer>
@@ -8,16 +9,35 @@
 #include <QTemporaryDir>
 #include <QTextCodec>
 #include <QtTest>
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <memory>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+namespace
+{
+// What this program sends signals to, as kill() has it: negative for a group.
+QVector<pid_t> signalled;
+} // namespace
+
+extern "C" int kill(pid_t pid, int signal) noexcept
+{
+    signalled.append(pid);
+    return static_cast<int>(::syscall(SYS_kill, pid, signal));
+}
 
 namespace outpost
 {
 
 namespace
 {
+bool groupWasSignalled()
+{
+    return std::any_of(signalled.begin(), signalled.end(), [](pid_t pid) { return pid < 0; });
+}
+
 const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
 const QString wav = QStringLiteral("/some folder/pelq_ft8_slot.wav");
 
@@ -48,16 +68,6 @@ QStringList linesInChunks(const QByteArray &text, int chunkBytes)
         output.add(text.mid(at, chunkBytes));
     }
     return output.finish();
-}
-
-bool isAlive(const QByteArray &pid)
-{
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(pid.trimmed())));
-    if (pid.trimmed().isEmpty() || !stat.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    const QByteArray text = stat.readAll();
-    return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
 }
 
 // Sets an environment variable, or unsets it (null value), while it lives.
@@ -493,6 +503,18 @@ private slots:
         QTRY_VERIFY(!isAlive(child));
     }
 
+    // By then its number may be that of a stranger's.
+    void aGroupThatHasEndedIsNotSignalled()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        signalled.clear();
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        QVERIFY(!groupWasSignalled());
+        decoder.setScript(QStringLiteral("sleep 1000 & echo '~ x'"));
+        QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
+        QVERIFY(groupWasSignalled());
+    }
+
     // Nothing but its group tells whose it is.
     void aChildWithoutAnEnvironmentIsKilledToo()
     {
@@ -525,9 +547,7 @@ private slots:
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("inGroup"))));
         const QByteArray child = decoder.readLeft(QStringLiteral("child"));
         QVERIFY(isAlive(child));
-        QFile never(decoder.left(QStringLiteral("never"))); // what the child waits for
-        QVERIFY(never.open(QIODevice::ReadWrite | QIODevice::Unbuffered)); // never blocks
-        never.close();
+        const OpenedPipe never(decoder.left(QStringLiteral("never")));
         QTRY_VERIFY(!isAlive(child));
     }
 
@@ -642,7 +662,7 @@ private:
     }
 
     // A decoder whose child leaves its process group and outlives it; the child tells its number
-    // and waits until somebody opens the pipe "never".
+    // and waits for a line in the pipe "never".
     static QString leavingChild(const QString &redirections)
     {
         return QStringLiteral("mkfifo $here/never $here/up\n"

@@ -302,7 +302,7 @@ private slots:
         QVERIFY(QDir().mkdir(QString(100, QLatin1Char('x'))));
         const Jt9Result result = decodeSlot(deep, periodOfSamples());
         QCOMPARE(result.lines, QStringList());
-        QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::FolderLeft, {}}));
+        QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::OldFolderLeft, {}}));
         QVERIFY(decoder.allLeft().isEmpty());
     }
 

@@ -27,6 +27,14 @@ class WorkerFailuresTest : public QObject
     Q_OBJECT
 
 private slots:
+    void writesExitCodesAsTheSystemDoes()
+    {
+        QCOMPARE(exitCodeText(0), QStringLiteral("0"));
+        QCOMPARE(exitCodeText(255), QStringLiteral("255"));
+        QCOMPARE(exitCodeText(-1073741819), QStringLiteral("0xC0000005"));
+        QCOMPARE(exitCodeText(-1), QStringLiteral("0xFFFFFFFF"));
+    }
+
     void wordsEveryCause_data()
     {
         QTest::addColumn<Jt9Cause>("cause");
@@ -40,14 +48,15 @@ private slots:
         row(Jt9Cause::NoDecoder, "", "no decodes, no decoder is chosen");
         row(Jt9Cause::NoDecoder, "/a/jt9", "no decodes, /a/jt9 cannot be run");
         row(Jt9Cause::NotStarted, "Odd%1", "no decodes, jt9 did not start: Odd%1");
-        row(Jt9Cause::Overran, "45", "no decodes, jt9 overran 45 s");
+        row(Jt9Cause::Overran, "45", "no decodes, jt9 took longer than 45 s");
         row(Jt9Cause::Killed, "11", "no decodes, jt9 was killed by signal 11");
         row(Jt9Cause::ExitCode, "3", "no decodes, jt9 ended with exit code 3");
-        row(Jt9Cause::FolderLeft, "", "no decodes, an old scratch folder could not be removed");
+        row(Jt9Cause::OldFolderLeft, "", "no decodes, an old scratch folder could not be removed");
+        row(Jt9Cause::FolderLeft, "", "its scratch folder could not be removed");
         row(Jt9Cause::FolderMissing, "", "no decodes, the scratch folder could not be made");
         row(Jt9Cause::WavNotWritten, "Disk full",
             "no decodes, the WAV file was not written: Disk full");
-        row(Jt9Cause::TooManyLines, "500", "only the first 500 lines of jt9 were kept");
+        row(Jt9Cause::TooManyLines, "500", "jt9 printed too many lines; the first 500 were kept");
     }
 
     void wordsEveryCause()
@@ -80,7 +89,7 @@ private slots:
         QCOMPARE(failures.report(later, 0, exitCode1), QString());
         QCOMPARE(failures.report(later, 0, exitCode1), QString());
         QCOMPARE(failures.report(later, 0, none),
-                 QStringLiteral("Period 14:23:30, worker 1 (0-825 Hz): all is well again"));
+                 QStringLiteral("Period 14:23:30, worker 1 (0-825 Hz): decoding again"));
         QCOMPARE(failures.report(later, 0, none), QString());
         QVERIFY(!failures.report(later, 0, exitCode1).isEmpty());
     }

@@ -1,0 +1,125 @@
+#include "decode/jt9process.h"
+
+#include <QDir>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+#include <utility>
+
+namespace outpost
+{
+
+namespace
+{
+// A pipe of which every process of the run has the writing end and none ever writes.
+class Lifeline
+{
+public:
+    Lifeline()
+    {
+        int ends[2] = {-1, -1};
+        if (::pipe2(ends, O_CLOEXEC) == 0) {
+            readingEnd = ends[0];
+            writingEnd = ends[1];
+        }
+    }
+    ~Lifeline()
+    {
+        closeWritingEnd();
+        if (readingEnd >= 0) {
+            ::close(readingEnd);
+        }
+    }
+    Q_DISABLE_COPY(Lifeline)
+
+    // In the child: the decoder keeps it, and hands it on.
+    void handOn() const { ::fcntl(writingEnd, F_SETFD, 0); }
+
+    void closeWritingEnd()
+    {
+        if (writingEnd >= 0) {
+            ::close(std::exchange(writingEnd, -1));
+        }
+    }
+
+    // Whether all who had it are gone, or have closed whatever they were given.
+    bool hasEnded() const
+    {
+        pollfd end = {readingEnd, POLLIN, 0};
+        return readingEnd >= 0 && ::poll(&end, 1, 0) == 1 && (end.revents & POLLHUP) != 0;
+    }
+
+private:
+    int readingEnd = -1;
+    int writingEnd = -1;
+};
+
+// What left the group (setsid) still has the environment of its run, whose folder no other run
+// and no other program has as LOCALAPPDATA. Systems without such a list of processes keep it.
+void killAllThatLiveIn(const QString &folder)
+{
+    const QByteArray end(1, '\0');
+    const QByteArray mark = end + "LOCALAPPDATA=" + folder.toLocal8Bit() + end;
+    const QDir processes(QStringLiteral("/proc"));
+    for (const QString &id : processes.entryList(QDir::Dirs, QDir::Unsorted)) {
+        QFile environment(processes.filePath(id + QStringLiteral("/environ")));
+        if (id.toInt() > 1 && environment.open(QIODevice::ReadOnly) &&
+            (end + environment.readAll()).contains(mark)) {
+            ::kill(id.toInt(), SIGKILL);
+        }
+    }
+}
+} // namespace
+
+struct Jt9Process::Family {
+    bool folderIsOwn = false;
+    Lifeline lifeline;
+    qint64 groupId = 0; // 0: not started
+};
+
+const bool Jt9Process::crashIsSignal = true;
+
+Jt9Process::Jt9Process(bool folderIsOwn) : family(std::make_unique<Family>())
+{
+    family->folderIsOwn = folderIsOwn;
+}
+
+Jt9Process::~Jt9Process()
+{
+    killFamily();
+}
+
+void Jt9Process::setupChildProcess()
+{
+    ::setpgid(0, 0); // the child leads a group of its own, whose id is the child's
+    family->lifeline.handOn();
+}
+
+bool Jt9Process::launch(const QString &program, const QStringList &arguments, int startMs)
+{
+    start(program, arguments);
+    family->lifeline.closeWritingEnd();
+    family->groupId = processId();
+    return waitForStarted(startMs);
+}
+
+// Once the decoder is reaped and nothing of its run is left, the number of its group can be
+// another's.
+void Jt9Process::killFamily()
+{
+    const bool hasEnded = family->lifeline.hasEnded();
+    kill();
+    if (family->groupId <= 1) { // 0 and 1 would name this program's own group, and every process
+        return;
+    }
+    if (state() == NotRunning && hasEnded) {
+        return;
+    }
+    ::kill(static_cast<pid_t>(-family->groupId), SIGKILL);
+    if (family->folderIsOwn && !hasEnded) {
+        killAllThatLiveIn(workingDirectory());
+    }
+}
+
+} // namespace outpost

@@ -1,0 +1,74 @@
+#include "decode/jt9process.h"
+
+#include <qt_windows.h>
+
+namespace outpost
+{
+
+namespace
+{
+struct CloseJob {
+    void operator()(void *job) const { CloseHandle(job); }
+};
+
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED // nothing else tells the handle of the child's first thread
+    // Of the running child; null when there is none.
+    const PROCESS_INFORMATION *
+    handlesOf(const QProcess &process)
+{
+    return process.pid();
+}
+QT_WARNING_POP
+} // namespace
+
+struct Jt9Process::Family {
+    std::unique_ptr<void, CloseJob> job;
+};
+
+const bool Jt9Process::crashIsSignal = false;
+
+Jt9Process::Jt9Process(bool) : family(std::make_unique<Family>())
+{
+    family->job.reset(CreateJobObjectW(nullptr, nullptr));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    if (family->job) {
+        SetInformationJobObject(family->job.get(), JobObjectExtendedLimitInformation, &limits,
+                                sizeof(limits));
+    }
+    setCreateProcessArgumentsModifier([](QProcess::CreateProcessArguments *process) {
+        process->flags |= CREATE_NO_WINDOW | CREATE_SUSPENDED;
+    });
+}
+
+Jt9Process::~Jt9Process()
+{
+    killFamily();
+}
+
+// It runs only once it belongs to the job, so that nothing that it starts can stay outside.
+bool Jt9Process::launch(const QString &program, const QStringList &arguments, int startMs)
+{
+    start(program, arguments);
+    const PROCESS_INFORMATION *child = handlesOf(*this);
+    if (child != nullptr) {
+        if (family->job) {
+            AssignProcessToJobObject(family->job.get(), child->hProcess);
+        }
+        ResumeThread(child->hThread);
+    }
+    return waitForStarted(startMs);
+}
+
+void Jt9Process::killFamily()
+{
+    kill();
+    if (family->job) {
+        TerminateJobObject(family->job.get(), 1);
+    }
+}
+
+void Jt9Process::setupChildProcess() {}
+
+} // namespace outpost
