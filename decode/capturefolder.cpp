@@ -2,6 +2,7 @@
 
 #include "base/lockfile.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QLockFile>
@@ -9,8 +10,9 @@
 namespace outpost
 {
 
-CaptureFolder::CaptureFolder(const QString &wantedFolder)
-    : wanted(wantedFolder.isEmpty() ? QString() : QDir::cleanPath(wantedFolder)), chosen(wanted)
+CaptureFolder::CaptureFolder(const QString &wantedFolder, const QString &scratchPrefix)
+    : wanted(wantedFolder.isEmpty() ? QString() : QDir::cleanPath(wantedFolder)),
+      prefix(scratchPrefix), chosen(wanted)
 {
 }
 
@@ -29,6 +31,7 @@ bool CaptureFolder::make()
 void CaptureFolder::choose()
 {
     constexpr int maxCopies = 100;
+    bool isAnothers = false; // `wanted`
     QDir().mkpath(QFileInfo(wanted).path());
     for (int copy = 1; copy <= maxCopies; ++copy) {
         const QString candidate = copy == 1 ? wanted : wanted + QStringLiteral("-%1").arg(copy);
@@ -36,12 +39,16 @@ void CaptureFolder::choose()
         if (attempt->isLocked()) {
             chosen = candidate;
             lock = std::move(attempt);
+            removeScratchFolders(chosen, prefix);
             return;
         }
         if (attempt->error() != QLockFile::LockFailedError) {
-            return; // no lock can be had here at all
+            break; // no lock can be had here
         }
+        isAnothers = true;
     }
+    const QString ownName = QStringLiteral("-%1").arg(QCoreApplication::applicationPid());
+    chosen = isAnothers ? wanted + ownName : wanted;
 }
 
 } // namespace outpost

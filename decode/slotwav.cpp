@@ -1,13 +1,12 @@
 #include "decode/slotwav.h"
 
 #include "base/timetext.h"
+#include "decode/scratchfolder.h"
 
 #include <QDataStream>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QThread>
 
 namespace outpost
 {
@@ -34,46 +33,6 @@ void writeWavHeader(QDataStream &stream, quint32 dataBytes)
            << quint16(sampleBytes * bitsPerByte);
     stream.writeRawData("data", 4);
     stream << dataBytes;
-}
-
-// Gives back the permissions that a decoder may have taken: nothing can be removed from a folder
-// without them.
-void openFolders(const QString &folder)
-{
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    const QStringList inner =
-        QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot);
-    for (const QString &name : inner) {
-        openFolders(folder + QLatin1Char('/') + name);
-    }
-}
-
-// Of a link only the link goes, never what it points at. Windows removes one to a folder as a
-// folder, other systems as a file.
-bool removeOnce(const QString &folder)
-{
-    const QFileInfo info(folder);
-    if (info.isSymLink() || info.isJunction()) {
-        return QFile::remove(folder) || QDir().rmdir(folder);
-    }
-    if (info.isDir()) {
-        openFolders(folder);
-    }
-    return QDir(folder).removeRecursively();
-}
-
-// The files of a decoder that was killed a moment ago can be in use for a moment longer.
-bool removeFolder(const QString &folder)
-{
-    constexpr int tries = 20;
-    constexpr unsigned long pauseMs = 50;
-    for (int i = 1; !removeOnce(folder); ++i) {
-        if (i == tries) {
-            return false;
-        }
-        QThread::msleep(pauseMs);
-    }
-    return true;
 }
 
 // Workers that make the same missing folder at once get into each other's way on Windows, where
@@ -125,7 +84,7 @@ Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
     }
 
     const QString folder = QDir(job.captureFolder).absoluteFilePath(workerFolderName(job));
-    if (!removeFolder(folder)) {
+    if (!removeScratchFolder(folder)) {
         return {{}, {Jt9Cause::OldFolderLeft, {}}};
     }
     if (!makeFolder(folder)) {
@@ -137,7 +96,9 @@ Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
     Jt9Result result = wavError.isEmpty() ? runJt9(wavPath, folder, job.band, job.depth, job.limits,
                                                    job.folderIsOwn)
                                           : Jt9Result{{}, {Jt9Cause::WavNotWritten, wavError}};
-    removeFolder(folder);
+    if (!removeScratchFolder(folder) && result.failure.cause == Jt9Cause::None) {
+        result.failure = {Jt9Cause::FolderLeft, {}};
+    }
     return result;
 }
 

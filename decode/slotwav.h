@@ -30,8 +30,8 @@ QString workerFolderName(const SlotJob &job);
 QString writeSlotWav(const QString &path, const QByteArray &samples);
 
 // Writes the period to a scratch folder of its own, runs jt9 on it there, removes the folder and
-// returns jt9's decode lines. Every failure gives no lines and the cause. Blocks as long as jt9
-// runs; meant for a worker thread.
+// returns jt9's decode lines. Every failure gives no lines and the cause, but for a folder that
+// could not be removed. Blocks as long as jt9 runs; meant for a worker thread.
 Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples);
 
 } // namespace outpost

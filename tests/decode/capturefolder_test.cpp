@@ -9,6 +9,11 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <vector>
+
+#ifndef Q_OS_WIN
+#include "tests/decode/filesizelimit.h"
+#endif
 
 namespace outpost
 {
@@ -137,6 +142,64 @@ private slots:
         QVERIFY(folder.isOwn());
     }
 
+    void whatAKilledCopyLeftIsRemovedByTheOneThatHasItsFolder()
+    {
+        const QString left = wanted() + QStringLiteral("/WORKER_20260116_142315_S1_0_825");
+        const QTemporaryDir elsewhere;
+        QVERIFY(QDir().mkpath(elsewhere.filePath(QStringLiteral("kept"))));
+        {
+            OtherCopy running(wanted());
+            QVERIFY(QDir().mkpath(left + QStringLiteral("/inside")));
+            CaptureFolder second(wanted());
+            QVERIFY(second.make());
+            QVERIFY(QDir(left).exists());
+            running.endByKilling();
+        }
+        QVERIFY(QDir().mkpath(wanted() + QStringLiteral("/other")));
+#ifndef Q_OS_WIN
+        QVERIFY(QFile::link(elsewhere.path(), wanted() + QStringLiteral("/WORKER_link")));
+        QVERIFY(QFile::link(elsewhere.path(), left + QStringLiteral("/inside/link")));
+        QVERIFY(QFile::setPermissions(left + QStringLiteral("/inside"), QFile::ReadOwner));
+#endif
+        CaptureFolder folder(wanted());
+        QVERIFY(folder.make());
+        QCOMPARE(QDir(wanted()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+                 QStringList(QStringLiteral("other")));
+        QVERIFY(QDir(elsewhere.filePath(QStringLiteral("kept"))).exists());
+    }
+
+    void afterAHundredCopiesTheNextTakesAFolderOfItsNumber()
+    {
+        std::vector<CaptureFolder> copies;
+        for (int i = 0; i < 100; ++i) {
+            copies.emplace_back(wanted());
+            QVERIFY(copies.back().make() && copies.back().isOwn());
+        }
+        CaptureFolder folder(wanted());
+        QVERIFY(folder.make());
+        QVERIFY(!folder.isOwn());
+        QCOMPARE(folder.path(), nameOfThisProcess());
+        copies.clear();
+        QVERIFY(folder.make());
+        QVERIFY(folder.isOwn());
+        QCOMPARE(folder.path(), wanted());
+    }
+
+#ifndef Q_OS_WIN
+    void aFolderThatIsAnothersIsNotSharedWhereNoFurtherLockCanBeHad()
+    {
+        const OtherCopy owner(wanted());
+        CaptureFolder folder(wanted());
+        {
+            const FileSizeLimit nothingCanBeWritten(0);
+            QVERIFY(folder.make());
+        }
+        QVERIFY(!folder.isOwn());
+        QCOMPARE(folder.path(), nameOfThisProcess());
+        QVERIFY(QFileInfo(folder.path()).isDir());
+    }
+#endif
+
     // As when the copy was killed before it had written its number, or its number is used again.
     void aLockThatTellsNobodyIsTakenOverOnceItIsOld()
     {
@@ -204,6 +267,11 @@ private:
         QVERIFY(file.open(QIODevice::ReadWrite));
         QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-20),
                                  QFileDevice::FileModificationTime));
+    }
+
+    QString nameOfThisProcess() const
+    {
+        return wanted() + QStringLiteral("-%1").arg(QCoreApplication::applicationPid());
     }
 
     QString wanted() const { return place->filePath(QStringLiteral("capture")); }

@@ -8,12 +8,12 @@
 #include <memory>
 
 #ifndef Q_OS_WIN
+#include "tests/decode/childprocess.h"
+#include "tests/decode/filesizelimit.h"
 #include "tests/decode/scripteddecoder.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
-#include <sys/resource.h>
 #endif
 
 namespace outpost
@@ -34,26 +34,6 @@ QByteArray periodOfSamples()
     }
     return samples;
 }
-
-#ifndef Q_OS_WIN
-// Makes every write of this process beyond `bytes` of a file fail while it lives.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit lower = {bytes, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &lower);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before); }
-    Q_DISABLE_COPY(FileSizeLimit)
-
-private:
-    rlimit before = {};
-};
-#endif
 } // namespace
 
 class SlotWavTest : public QObject
@@ -150,23 +130,30 @@ private slots:
     void whatLeavesTheDecodersGroupIsEndedInAFolderOfOnesOwn()
     {
         QFETCH(bool, folderIsOwn);
-        const ScriptedDecoder decoder(QStringLiteral(
-            "mkfifo $here/never $here/up\n"
-            "setsid sh -c \"echo > $here/up; read x < $here/never; echo > $here/lived\" &\n"
-            "read up < $here/up"));
+        const ScriptedDecoder decoder(
+            QStringLiteral("mkfifo $here/never $here/up\n"
+                           "setsid sh -c \"echo \\$\\$ > $here/child; echo > $here/up; "
+                           "read x < $here/never; echo > $here/lived\" &\n"
+                           "read up < $here/up"));
         SlotJob one = job();
         one.folderIsOwn = folderIsOwn;
         decodeSlot(one, periodOfSamples());
-        QFile never(decoder.left(QStringLiteral("never"))); // what the child waits for
-        QVERIFY(never.open(QIODevice::ReadWrite | QIODevice::Unbuffered)); // never blocks
-        never.close();
+        const QByteArray child = decoder.readLeft(QStringLiteral("child"));
+        QVERIFY(!child.isEmpty());
         const auto lived = [&decoder] {
             return QFile::exists(decoder.left(QStringLiteral("lived")));
         };
         if (folderIsOwn) {
-            QVERIFY(!QTest::qWaitFor(lived, 300));
+            const bool hasEnded = QTest::qWaitFor([&] { return !isAlive(child); });
+            const OpenedPipe never(decoder.left(QStringLiteral("never"))); // lets it go in any case
+            QTRY_VERIFY(!isAlive(child));
+            QVERIFY(hasEnded);
+            QVERIFY(!lived());
         } else {
-            QTRY_VERIFY(lived());
+            QVERIFY(isAlive(child));
+            const OpenedPipe never(decoder.left(QStringLiteral("never")));
+            QTRY_VERIFY(!isAlive(child));
+            QVERIFY(lived());
         }
     }
 
@@ -304,6 +291,26 @@ private slots:
         QCOMPARE(result.lines, QStringList());
         QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::OldFolderLeft, {}}));
         QVERIFY(decoder.allLeft().isEmpty());
+    }
+
+    // What the decoder leaves has too long a path to be removed by.
+    void aFolderThatStaysIsTheCauseAndTheLinesAreKept()
+    {
+        const QString tooLong(100, QLatin1Char('x'));
+        const ScriptedDecoder decoder(
+            QStringLiteral("mkdir %1; echo '%2'").arg(tooLong, decodeLine));
+        SlotJob deep = job();
+        deep.captureFolder = deepFolder(4060);
+        QVERIFY(QDir().mkpath(deep.captureFolder));
+        const QString before = QDir::currentPath();
+        const auto restore = qScopeGuard([&] {
+            QDir::setCurrent(QDir(deep.captureFolder).filePath(workerFolderName(deep)));
+            QDir().rmdir(tooLong);
+            QDir::setCurrent(before);
+        });
+        const Jt9Result result = decodeSlot(deep, periodOfSamples());
+        QCOMPARE(result.lines, QStringList(decodeLine));
+        QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::FolderLeft, {}}));
     }
 
     void aFileInTheFoldersPlaceGivesNothing()
