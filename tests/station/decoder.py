@@ -4,6 +4,7 @@ import os
 import re
 import subprocess
 import tempfile
+from concurrent.futures import ThreadPoolExecutor
 from typing import NamedTuple
 
 BANDS_HZ = [(0, 825), (725, 1550), (1450, 2275), (2175, 3000)]
@@ -37,7 +38,9 @@ def decode_band(wav, low_hz, high_hz):
 
 def decode_period(wav):
     """The lines of all four sub-bands, those near an edge twice."""
-    return [line for low_hz, high_hz in BANDS_HZ for line in decode_band(wav, low_hz, high_hz)]
+    with ThreadPoolExecutor() as pool:
+        found = pool.map(lambda band: decode_band(wav, *band), BANDS_HZ)
+        return [line for lines in found for line in lines]
 
 
 def is_better(candidate, kept):

@@ -117,7 +117,7 @@ class DemoTest(unittest.TestCase):
         wait_for(lambda: len(self.shown.periods()) >= 3, "third period", LONGEST_SECONDS)
         self.display.screenshot(window, "demo")
         self.display.press("alt+F4")
-        self.assertEqual(self.shown.exit_status(20), 0, self.shown.lines)
+        self.assertEqual(self.shown.exit_status(60), 0, self.shown.lines)
         periods = self.shown.periods()
         total = sum(map(len, periods.values()))
         self.assertEqual(self.shown.lines[-1], f"{len(periods)} periods, {total} decodes")

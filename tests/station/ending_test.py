@@ -36,7 +36,7 @@ class Ending(unittest.TestCase):
             yield home, station, display, receiver.port
 
     def check_end(self, home, station, port):
-        self.assertEqual(station.exit_status(10), 0)
+        self.assertEqual(station.exit_status(60), 0)
         self.assertEqual(station.log()[-1], "Local WSJT bridge stopped.")
         [session] = home.read_json("receiver-status-log.json")["Sessions"]
         self.assertEqual((session["Host"], session["Port"]), ("127.0.0.1", port))
@@ -76,7 +76,7 @@ class Ending(unittest.TestCase):
                 self.assertIn(b"Local WSJT bridge listening", station.stderr.readline())
                 station.stderr.close()
                 station.send_signal(signal.SIGTERM)  # at its end the station writes a line
-                self.assertEqual(station.wait(20), 0)
+                self.assertEqual(station.wait(60), 0)
 
     def test_a_hang_up_that_it_was_started_to_ignore_does_not_end_it(self):
         signal.signal(signal.SIGHUP, signal.SIG_IGN)

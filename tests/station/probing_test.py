@@ -39,7 +39,7 @@ class Probing(unittest.TestCase):
             dialog = station.open_receiver_dialog()
             station.apply_and_connect(receiver.port, "40")
             verified = "REAL KIWI SND DATA VERIFIED at /kiwi/3/SND."
-            station.wait_for_line(re.escape(verified), 30)
+            station.wait_for_line(re.escape(verified), 60)
             self.check_steps(station.log(), receiver.port, verified)
             self.check_refusals(station.log())
 

@@ -100,7 +100,7 @@ class Starting(unittest.TestCase):
         with Home() as home, patch.dict(os.environ, plugins):
             home.write_profile(BridgePort=free_port())
             with Program([PROGRAMS / "kiwi-outpost"], home.environment(None)) as program:
-                self.assertEqual(program.exit_status(20), 7)
+                self.assertEqual(program.exit_status(60), 7)
 
 
 if __name__ == "__main__":

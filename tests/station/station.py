@@ -21,8 +21,8 @@ CAPTURE = BUILD / "capture"
 SCREENSHOTS = BUILD / "screenshots"
 
 
-def wait_for(condition, what, seconds=20):
-    """The condition's first true value."""
+def wait_for(condition, what, seconds=60):
+    """The condition's first true value. Limits are for a machine that has much else to do."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
         value = condition()
@@ -118,7 +118,7 @@ class Program:
         self._reader.join()
         return status
 
-    def wait_for_line(self, pattern, seconds=20):
+    def wait_for_line(self, pattern, seconds=60):
         """The first line in which the pattern is found, as a match."""
         def find():
             return next(filter(None, (re.search(pattern, line) for line in list(self.lines))), None)
@@ -134,7 +134,7 @@ class Receiver(Program):
         super().__init__(command, home.environment(None))
         self.port = int(self.wait_for_line(r"^listening on 127\.0\.0\.1 port (\d+)", 60)[1])
 
-    def heard_period(self, number, seconds=60):
+    def heard_period(self, number, seconds=120):
         """The recording of the first listener's period, numbered from 0."""
         def find():
             return sorted(self._saved.glob("*.wav"))[number:number + 1]
@@ -176,10 +176,10 @@ class Display:
 
     def run(self, *command):
         return subprocess.run([str(part) for part in command], env=self._environment, text=True,
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=20,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60,
                               check=False).stdout
 
-    def window(self, title, seconds=20):
+    def window(self, title, seconds=60):
         """The visible window of exactly this title, raised and with the keyboard."""
         def find():
             return self.run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$").split()
@@ -253,7 +253,7 @@ class Station(Program):
 
     def wait_until_decoded(self, hhmmss):
         """Until the period's decoders, of which one has reported, have put away their files."""
-        wait_for(lambda: not list(CAPTURE.glob(f"WORKER_*_{hhmmss}_*")), "end of decoding", 50)
+        wait_for(lambda: not list(CAPTURE.glob(f"WORKER_*_{hhmmss}_*")), "end of decoding", 120)
 
     def kill(self):
         super().kill()
