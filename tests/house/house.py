@@ -15,6 +15,8 @@ Each declarator of the other declarations is a field, a std::function too, excep
 members. The members of a nested class are its own.
 
 Libraries link what their layer may use, and nothing else.
+
+Documents name only files of the tree, with or without their ending.
 """
 import pathlib
 import re
@@ -208,6 +210,17 @@ def missing_libraries(cmake):
             if not re.search(rf"add_library\s*\(\s*{name}\b", cmake)]
 
 
+# ---- documents
+
+def document_violations(file, text, is_there):
+    found = []
+    folders = "|".join([*COUNTED_ROOMS, "bench", "cmake", "docs", "packaging", "tests"])
+    for match in re.finditer(rf"`((?:{folders})/[\w./-]*)`", text):
+        if not is_there(match[1]):
+            found.append(Violation(file, line_at(text, match.start()), f"there is no {match[1]}"))
+    return found
+
+
 # ---- the tree
 
 def texts(root, folders, patterns):
@@ -233,6 +246,9 @@ def check(root):
     for file, cmake in cmakes.items():
         found += link_violations(file, cmake)
     found += missing_libraries("\n".join(cmakes.values()))
+    for file, text in texts(root, [".", "docs"], ["*.md"]):
+        found += document_violations(
+            file, text, lambda name: (root / name).exists() or any(root.glob(f"{name}.*")))
     return found, largest(sizes, header)
 
 

@@ -132,6 +132,14 @@ class Libraries(unittest.TestCase):
                 self.assertEqual(house.link_violations("CMakeLists.txt", text), expected)
 
 
+class Documents(unittest.TestCase):
+    def test_name_files_of_the_tree(self):
+        text = "First `kiwi/link.h`,\n`kiwi/gone`, `daemon/`, `decoder/depth` and `build/dev/bin`."
+        found = house.document_violations("docs/a.md", text, lambda name: name == "kiwi/link.h")
+        self.assertEqual(found, [("docs/a.md", 2, "there is no kiwi/gone"),
+                                 ("docs/a.md", 2, "there is no daemon/")])
+
+
 class Tree(unittest.TestCase):
     def check(self, files):
         with tempfile.TemporaryDirectory() as folder:
@@ -143,7 +151,8 @@ class Tree(unittest.TestCase):
             return house.check(root)
 
     def test_in_order(self):
-        found, sizes = self.check({"kiwi/link.h": "class Link { void run(); };"})
+        found, sizes = self.check({"kiwi/link.h": "class Link { void run(); };",
+                                   "docs/a.md": "`kiwi/link` and `kiwi/link.h` in `kiwi/`"})
         self.assertEqual(found, [])
         self.assertEqual(sizes, ["MainWindow: 1 member functions, 0 fields, 5 lines of header",
                                  "Link: 1 member functions"])
@@ -160,6 +169,8 @@ class Tree(unittest.TestCase):
                 ({"app/mainwindow.h": ""}, "app/mainwindow.h:1: 0 classes are called MainWindow"),
                 ({"kiwi/CMakeLists.txt": "target_link_libraries(outpost_core PRIVATE ws2_32)"},
                  "kiwi/CMakeLists.txt:1: outpost_core links ws2_32"),
+                ({"docs/a.md": "`app/mainwindow`\n`app/menus`"},
+                 "docs/a.md:2: there is no app/menus"),
                 ({"CMakeLists.txt": "add_library(outpost_core STATIC)"},
                  "CMakeLists.txt:1: there is no library outpost_station")]:
             with self.subTest(expected=expected):
