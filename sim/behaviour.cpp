@@ -273,6 +273,22 @@ QString nameWithParameter(const BehaviourInfo &info)
 
 } // namespace
 
+bool Behaviour::neverSounds() const
+{
+    switch (fault) {
+    case Fault::Monitor:
+    case Fault::MessagesOnly:
+    case Fault::TextOnly:
+    case Fault::OtherTagsOnly:
+    case Fault::TooBusy:
+    case Fault::Notice:
+    case Fault::OpenNotice:
+        return true;
+    default:
+        return false;
+    }
+}
+
 const QVector<BehaviourInfo> &behaviourTable()
 {
     static const QVector<BehaviourInfo> table = oddSound() + endings() + refusals();

@@ -68,6 +68,10 @@ struct Behaviour {
     Fault fault = Fault::Stream;
     double parameter = 0; // its meaning and unit stand in the table
     QByteArray text;      // HttpError: status line; Notice, OpenNotice: what the message says
+
+    bool is(Fault other) const { return fault == other; }
+    bool neverSounds() const;                                         // though the link is open
+    qint64 parameterMs() const { return qRound64(parameter * 1000); } // of a parameter in seconds
 };
 
 struct BehaviourInfo {

@@ -2,10 +2,10 @@
 
 #include "sim/greeting.h"
 #include "sim/simwav.h"
+#include "sim/soundfaults.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
-#include <QHostAddress>
 #include <QRegularExpression>
 
 namespace outpost
@@ -18,13 +18,10 @@ namespace
 {
 
 constexpr int kTickMs = 5;
-constexpr int kReadBufferBytes = 128 * 1024;
 constexpr int kLargestMessageBytes = 64 * 1024;
 constexpr int kFramesPerTick = 400;
 // A listener that does not read gets no more sound than this ahead of it.
 constexpr int kWriteQueueBytes = 4 << 20;
-// One that does not read and makes the receiver answer all the same is dropped here.
-constexpr int kLargestWriteQueueBytes = 16 << 20;
 constexpr int kKeepaliveLimitMs = 60000;
 constexpr int kChannels = 8;
 // Sound that would begin this late is planned anew; filler this close to the boundary is not sent.
@@ -46,15 +43,33 @@ QString clientNumber(const QString &path)
 
 } // namespace
 
-Listener::Listener(QTcpSocket *socket, int client, ReceiverRoom *room, QObject *parent)
-    : QObject(parent), m_socket(socket), m_client(client), m_room(room)
+StreamFormat ReceiverRoom::streamFormat(const Behaviour &behaviour, bool uncompressed) const
 {
-    m_socket->setParent(this);
-    m_socket->setReadBufferSize(kReadBufferBytes);
-    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    note(QStringLiteral("connect"), m_socket->peerAddress().toString());
-    connect(m_socket, &QTcpSocket::readyRead, this, [this] { readSocket(); });
-    connect(m_socket, &QTcpSocket::disconnected, this, [this] { gone(); });
+    StreamFormat format;
+    if (config.raw || uncompressed) {
+        format.codec = Codec::LittleEndian;
+    }
+    if (behaviour.is(Fault::BigEndian)) {
+        format.codec = Codec::BigEndian;
+    }
+    format.rateHz = config.rateHz;
+    if (behaviour.is(Fault::Rate) || behaviour.is(Fault::WideBand)) {
+        format.rateHz = behaviour.parameter;
+    }
+    format.resample = behaviour.is(Fault::WideBand);
+    format.speed = config.speed;
+    format.realTimePeriods = config.realTimePeriods;
+    format.payloadBytes -= behaviour.is(Fault::OddPayload) ? 1 : 0;
+    return format;
+}
+
+Listener::Listener(QTcpSocket *socket, int client, ReceiverRoom *room, QObject *parent)
+    : QObject(parent), m_wire(socket), m_client(client), m_room(room)
+{
+    socket->setParent(this);
+    note(QStringLiteral("connect"), m_wire.peerAddress());
+    connect(socket, &QTcpSocket::readyRead, this, [this] { readSocket(); });
+    connect(socket, &QTcpSocket::disconnected, this, [this] { gone(); });
     m_timer.setTimerType(Qt::PreciseTimer);
     m_timer.start(kTickMs);
     connect(&m_timer, &QTimer::timeout, this, [this] { tick(); });
@@ -62,7 +77,7 @@ Listener::Listener(QTcpSocket *socket, int client, ReceiverRoom *room, QObject *
 
 void Listener::end()
 {
-    m_socket->abort();
+    m_wire.drop();
 }
 
 void Listener::gone()
@@ -83,27 +98,17 @@ void Listener::gone()
 
 void Listener::note(const QString &kind, const QString &text)
 {
-    m_room->report({nowMs(), m_client, m_path, kind, text});
-}
-
-void Listener::sendRaw(const QByteArray &bytes)
-{
-    if (m_phase == Phase::Ended) {
-        return;
-    }
-    if (m_socket->bytesToWrite() > kLargestWriteQueueBytes) {
-        return end();
-    }
-    m_socket->write(bytes);
+    m_room->report({m_room->nowMs(), m_client, m_path, kind, text});
 }
 
 void Listener::readSocket()
 {
     // A flood of pings does not read the answers; what is held back keeps what comes after it.
-    if (m_phase == Phase::Opening || (m_phase == Phase::Flooding && is(Fault::PingFlood))) {
+    if (m_phase == Phase::Opening ||
+        (m_phase == Phase::Flooding && m_behaviour.is(Fault::PingFlood))) {
         return;
     }
-    m_received += m_socket->readAll();
+    m_received += m_wire.read();
     if (m_phase == Phase::Request) {
         takeRequest();
     } else {
@@ -125,7 +130,7 @@ void Listener::takeRequest()
     m_requestKey = request.headers.value("sec-websocket-key");
     note(QStringLiteral("request"), QString::fromLatin1(request.method + ' ' + request.path));
     const QString number = clientNumber(m_path);
-    m_channel = m_socket->peerAddress().toString() + QLatin1Char('/') + number;
+    m_channel = m_wire.peerAddress() + QLatin1Char('/') + number;
     m_behaviour = m_room->config.endpoints.of(number.toLongLong());
     if (number.isEmpty()) {
         m_behaviour = {Fault::HttpError, 0, "404 Not Found"};
@@ -135,8 +140,8 @@ void Listener::takeRequest()
     if (refuseRequest()) {
         return;
     }
-    if (is(Fault::SlowOpen)) {
-        m_nextFaultMs = nowMs() + faultMs();
+    if (m_behaviour.is(Fault::SlowOpen)) {
+        m_nextFaultMs = m_room->nowMs() + m_behaviour.parameterMs();
         m_phase = Phase::Opening;
         return;
     }
@@ -145,9 +150,9 @@ void Listener::takeRequest()
 
 void Listener::openLink()
 {
-    sendRaw(upgradeReply(m_requestKey));
+    m_wire.send(upgradeReply(m_requestKey));
     note(QStringLiteral("sent"), QStringLiteral("upgrade"));
-    m_phase = is(Fault::OpenSilent) ? Phase::Silent : Phase::Open;
+    m_phase = m_behaviour.is(Fault::OpenSilent) ? Phase::Silent : Phase::Open;
     readSocket();
 }
 
@@ -170,15 +175,16 @@ void Listener::takeFrame(const ClientFrame &frame)
 {
     switch (frame.opcode) {
     case Ping:
-        if (!is(Fault::NoPong) && m_phase != Phase::Silent && m_phase != Phase::Flooding) {
-            sendRaw(wsFrame(Pong, frame.payload));
+        if (!m_behaviour.is(Fault::NoPong) && m_phase != Phase::Silent &&
+            m_phase != Phase::Flooding) {
+            m_wire.send(wsFrame(Pong, frame.payload));
         }
         return;
     case Pong:
         return;
     case Close:
-        sendRaw(wsFrame(Close, {}));
-        return m_socket->disconnectFromHost();
+        m_wire.send(wsFrame(Close, {}));
+        return m_wire.hangUp();
     default:
         m_message += frame.payload;
     }
@@ -199,10 +205,10 @@ void Listener::takeMessage(const QString &text)
     const bool wasAuthorised = m_commands.authorised();
     m_commands.take(text);
     if (ReceiverCommands::isKeepalive(text)) {
-        m_keepaliveMs = nowMs();
+        m_keepaliveMs = m_room->nowMs();
     }
     if (m_sound) {
-        m_sound->setCodec(streamFormat().codec);
+        m_sound->setCodec(m_room->streamFormat(m_behaviour, m_commands.uncompressed()).codec);
     }
     if (m_phase != Phase::Waiting) {
         return;
@@ -212,10 +218,10 @@ void Listener::takeMessage(const QString &text)
     }
     if (m_commands.tooManyEarlyKeepalives()) {
         note(QStringLiteral("sent"), QStringLiteral("close: keepalives without commands"));
-        return m_socket->disconnectFromHost();
+        return m_wire.hangUp();
     }
-    if (m_phase == Phase::Waiting && m_commands.complete() && !neverSounds()) {
-        planSoundFrom(nowMs() + m_room->config.firstSoundDelayMs);
+    if (m_phase == Phase::Waiting && m_commands.complete() && !m_behaviour.neverSounds()) {
+        planSoundFrom(m_room->nowMs() + m_room->config.firstSoundDelayMs);
     }
 }
 
@@ -224,7 +230,7 @@ void Listener::takeMessage(const QString &text)
 bool Listener::takeChannel()
 {
     m_phase = Phase::Waiting;
-    m_keepaliveMs = nowMs();
+    m_keepaliveMs = m_room->nowMs();
     if (m_room->channels.contains(m_channel)) {
         note(QStringLiteral("sent"), QStringLiteral("nothing: client number already live"));
         m_phase = Phase::Silent;
@@ -245,51 +251,31 @@ void Listener::greet()
         return;
     }
     const int configKb =
-        is(Fault::BigMessage) ? int(m_behaviour.parameter) : m_room->config.configKb;
-    const QByteArray address = m_socket->peerAddress().toString().toLatin1();
-    const double rateHz = streamFormat().rateHz;
-    const auto messages = is(Fault::Monitor) ? greetingWithoutAudio(address, rateHz, configKb)
-                                             : greeting(address, rateHz, configKb);
+        m_behaviour.is(Fault::BigMessage) ? int(m_behaviour.parameter) : m_room->config.configKb;
+    const QByteArray address = m_wire.peerAddress().toLatin1();
+    const double rateHz = m_room->streamFormat(m_behaviour, m_commands.uncompressed()).rateHz;
+    const auto messages = m_behaviour.is(Fault::Monitor)
+                              ? greetingWithoutAudio(address, rateHz, configKb)
+                              : greeting(address, rateHz, configKb);
     for (const QByteArray &message : messages) {
-        sendBinary(message);
+        m_wire.sendBinary(message);
     }
     note(QStringLiteral("sent"), QStringLiteral("greeting"));
 }
 
-StreamFormat Listener::streamFormat() const
-{
-    const SimConfig &config = m_room->config;
-    StreamFormat format;
-    if (config.raw || m_commands.uncompressed()) {
-        format.codec = Codec::LittleEndian;
-    }
-    if (is(Fault::BigEndian)) {
-        format.codec = Codec::BigEndian;
-    }
-    format.rateHz = config.rateHz;
-    if (is(Fault::Rate) || is(Fault::WideBand)) {
-        format.rateHz = m_behaviour.parameter;
-    }
-    format.resample = is(Fault::WideBand);
-    format.speed = config.speed;
-    format.realTimePeriods = config.realTimePeriods;
-    format.payloadBytes -= is(Fault::OddPayload) ? 1 : 0;
-    return format;
-}
-
 void Listener::planSoundFrom(qint64 earliestMs)
 {
-    const StreamFormat format = streamFormat();
+    const StreamFormat format = m_room->streamFormat(m_behaviour, m_commands.uncompressed());
     const SoundPlan plan = planSound(earliestMs, format.frameMs());
     m_sound = std::make_unique<SoundStream>(format, plan, m_room->audio, quint32(m_client));
-    m_sound->setFirstFrameTone(is(Fault::StaleFirst));
-    m_nextFaultMs = plan.boundaryMs + faultMs();
+    m_sound->setFirstFrameTone(m_behaviour.is(Fault::StaleFirst));
+    m_nextFaultMs = plan.boundaryMs + m_behaviour.parameterMs();
     m_phase = Phase::Sounding;
 }
 
 void Listener::tick()
 {
-    const qint64 now = nowMs();
+    const qint64 now = m_room->nowMs();
     if (m_phase == Phase::Opening && now >= m_nextFaultMs) {
         openLink();
     } else if (m_phase == Phase::Waiting) {
@@ -316,7 +302,7 @@ void Listener::sendDueSound(qint64 now)
     }
     for (int i = 0; i < kFramesPerTick && m_phase == Phase::Sounding; ++i) {
         disturbSound(now);
-        if (dueMs() > now || m_socket->bytesToWrite() > kWriteQueueBytes) {
+        if (dueMs(m_behaviour, *m_sound) > now || m_wire.waitingBytes() > kWriteQueueBytes) {
             break;
         }
         const bool kept = m_sound->position() >= 0;
@@ -324,12 +310,15 @@ void Listener::sendDueSound(qint64 now)
             note(QStringLiteral("sent"), QStringLiteral("first frame of the period of %1")
                                              .arg(utcText(m_sound->plan().boundaryMs)));
         }
-        const QByteArray frame = is(Fault::RandomPayload) ? randomFrame() : m_sound->nextFrame();
+        QByteArray frame = m_sound->nextFrame();
+        if (m_behaviour.is(Fault::RandomPayload)) {
+            frame = randomSoundFrame();
+        }
         sendSound(frame);
         record(frame, kept);
-        sendBetween();
+        m_wire.send(frameBetween(m_behaviour, m_framesSent));
     }
-    if (m_firstSoundMs != 0 && now - m_firstSoundMs >= faultMs()) {
+    if (m_firstSoundMs != 0 && now - m_firstSoundMs >= m_behaviour.parameterMs()) {
         endSound();
     }
 }
@@ -337,21 +326,21 @@ void Listener::sendDueSound(qint64 now)
 void Listener::sendSound(const QByteArray &frame)
 {
     if (m_framesSent++ == 0) {
-        m_firstSoundMs = nowMs();
+        m_firstSoundMs = m_room->nowMs();
         note(QStringLiteral("sent"), QStringLiteral("first sound frame"));
     }
-    if (!is(Fault::Fragments)) {
-        return sendBinary(frame);
+    if (!m_behaviour.is(Fault::Fragments)) {
+        return m_wire.sendBinary(frame);
     }
     const int third = frame.size() / 3;
-    sendRaw(wsFrame(Binary, frame.left(third), false));
-    sendRaw(wsFrame(Continuation, frame.mid(third, third), false));
-    sendRaw(wsFrame(Continuation, frame.mid(2 * third), true));
+    m_wire.send(wsFrame(Binary, frame.left(third), false));
+    m_wire.send(wsFrame(Continuation, frame.mid(third, third), false));
+    m_wire.send(wsFrame(Continuation, frame.mid(2 * third), true));
 }
 
 void Listener::record(const QByteArray &frame, bool kept)
 {
-    if (is(Fault::RandomPayload)) {
+    if (m_behaviour.is(Fault::RandomPayload)) {
         return;
     }
     for (const Samples &samples : m_recorder.take(frame, kept)) {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "sim/clientwire.h"
 #include "sim/kiwisim.h"
 #include "sim/receivercommands.h"
 #include "sim/soundstream.h"
-#include "sim/wsframe.h"
 
 #include <QObject>
 #include <QTcpSocket>
@@ -22,6 +22,9 @@ struct ReceiverRoom {
     std::function<void(const SimEvent &)> report;
     std::function<void(const SentPeriod &)> keepPeriod;
     QSet<QString> channels; // taken ones, "address/N"
+
+    qint64 nowMs() const { return config.nowMs(); }
+    StreamFormat streamFormat(const Behaviour &behaviour, bool uncompressed) const;
 };
 
 // One client of the receiver: request, greeting, sound and the faults of its endpoint. Driven by
@@ -56,7 +59,6 @@ private:
     bool takeChannel();
     void greet();
     void planSoundFrom(qint64 earliestMs);
-    StreamFormat streamFormat() const;
     void tick();
     void sendDueSound(qint64 nowMs);
     void sendSound(const QByteArray &frame);
@@ -66,26 +68,16 @@ private:
     // listenerfaults.cpp: what a faithful receiver does not do
     bool refuseRequest();
     bool refuseGreeting();
-    bool neverSounds() const;
     void remind(qint64 nowMs);
-    qint64 dueMs() const;
     void disturbSound(qint64 nowMs);
-    void sendBetween();
     void endSound();
     void flood();
     void refuse(const QByteArray &message);
     void turnAway(const QByteArray &message);
-    void resetTcp();
-    QByteArray randomFrame();
 
     void note(const QString &kind, const QString &text);
-    void sendRaw(const QByteArray &bytes);
-    void sendBinary(const QByteArray &message) { sendRaw(wsFrame(Binary, message)); }
-    bool is(Fault fault) const { return m_behaviour.fault == fault; }
-    qint64 faultMs() const { return qRound64(m_behaviour.parameter * 1000); }
-    qint64 nowMs() const { return m_room->config.nowMs(); }
 
-    QTcpSocket *m_socket;
+    ClientWire m_wire;
     const int m_client;
     ReceiverRoom *m_room;
     Behaviour m_behaviour;

@@ -1,7 +1,5 @@
 #include "sim/listener.h"
-#include "sim/tcpreset.h"
-
-#include <QRandomGenerator>
+#include "sim/soundfaults.h"
 
 namespace outpost
 {
@@ -31,29 +29,25 @@ QByteArray headerLines()
     return line.repeated(kHeaderBytesPerTick / line.size());
 }
 
-QByteArray shortSoundFrame(quint32 turn)
-{
-    return QByteArray("SND\x10\0\0\0\0\0\0", 10).left(int(3 + turn % 8));
-}
-
 } // namespace
 
 bool Listener::refuseRequest()
 {
-    if (is(Fault::Refuse)) {
-        resetTcp();
-    } else if (is(Fault::NoAnswer) || is(Fault::NoConnect)) {
+    if (m_behaviour.is(Fault::Refuse)) {
+        note(QStringLiteral("sent"), QStringLiteral("TCP reset"));
+        m_wire.reset();
+    } else if (m_behaviour.is(Fault::NoAnswer) || m_behaviour.is(Fault::NoConnect)) {
         m_phase = Phase::Silent;
-    } else if (is(Fault::HttpError)) {
+    } else if (m_behaviour.is(Fault::HttpError)) {
         note(QStringLiteral("sent"), QString::fromLatin1(m_behaviour.text));
         const bool redirects = m_behaviour.text.startsWith("307");
-        sendRaw(httpReply(m_behaviour.text,
-                          redirects ? "Location: http://127.0.0.1:9/\r\n" : QByteArray()));
+        m_wire.send(httpReply(m_behaviour.text,
+                              redirects ? "Location: http://127.0.0.1:9/\r\n" : QByteArray()));
         m_phase = Phase::Silent;
-        m_socket->disconnectFromHost();
-    } else if (is(Fault::EndlessHeaders)) {
+        m_wire.hangUp();
+    } else if (m_behaviour.is(Fault::EndlessHeaders)) {
         note(QStringLiteral("sent"), QStringLiteral("headers without end"));
-        sendRaw("HTTP/1.1 101 Switching Protocols\r\n");
+        m_wire.send("HTTP/1.1 101 Switching Protocols\r\n");
         m_phase = Phase::Flooding;
     } else {
         return false;
@@ -63,92 +57,52 @@ bool Listener::refuseRequest()
 
 bool Listener::refuseGreeting()
 {
-    if (is(Fault::Notice)) {
+    if (m_behaviour.is(Fault::Notice)) {
         turnAway(m_behaviour.text);
-    } else if (is(Fault::OpenNotice)) {
+    } else if (m_behaviour.is(Fault::OpenNotice)) {
         refuse(m_behaviour.text);
     }
-    return is(Fault::Notice) || is(Fault::OpenNotice) || is(Fault::TooBusy) ||
-           is(Fault::TextOnly) || is(Fault::OtherTagsOnly);
-}
-
-bool Listener::neverSounds() const
-{
-    switch (m_behaviour.fault) {
-    case Fault::Monitor:
-    case Fault::MessagesOnly:
-    case Fault::TextOnly:
-    case Fault::OtherTagsOnly:
-    case Fault::TooBusy:
-    case Fault::Notice:
-    case Fault::OpenNotice:
-        return true;
-    default:
-        return false;
-    }
+    return m_behaviour.is(Fault::Notice) || m_behaviour.is(Fault::OpenNotice) ||
+           m_behaviour.is(Fault::TooBusy) || m_behaviour.is(Fault::TextOnly) ||
+           m_behaviour.is(Fault::OtherTagsOnly);
 }
 
 // What comes again and again instead of sound.
 void Listener::remind(qint64 nowMs)
 {
-    if (!neverSounds() || !m_commands.authorised() || nowMs < m_nextFaultMs) {
+    if (!m_behaviour.neverSounds() || !m_commands.authorised() || nowMs < m_nextFaultMs) {
         return;
     }
-    m_nextFaultMs = nowMs + (is(Fault::TooBusy) ? faultMs() : kReminderMs);
-    if (is(Fault::Monitor)) {
-        sendBinary("MSG monitor");
-    } else if (is(Fault::TooBusy)) {
-        sendBinary("MSG too_busy=8");
-    } else if (is(Fault::MessagesOnly)) {
-        sendBinary("MSG max_camp=4");
-    } else if (is(Fault::TextOnly)) {
-        sendRaw(wsFrame(Text, "MSG rx_chans=8"));
-    } else if (is(Fault::OtherTagsOnly)) {
-        sendBinary(m_framesSent++ % 2 ? "W/F \1\2\3\4" : "EXT name=value");
+    m_nextFaultMs =
+        nowMs + (m_behaviour.is(Fault::TooBusy) ? m_behaviour.parameterMs() : kReminderMs);
+    if (m_behaviour.is(Fault::Monitor)) {
+        m_wire.sendBinary("MSG monitor");
+    } else if (m_behaviour.is(Fault::TooBusy)) {
+        m_wire.sendBinary("MSG too_busy=8");
+    } else if (m_behaviour.is(Fault::MessagesOnly)) {
+        m_wire.sendBinary("MSG max_camp=4");
+    } else if (m_behaviour.is(Fault::TextOnly)) {
+        m_wire.sendText("MSG rx_chans=8");
+    } else if (m_behaviour.is(Fault::OtherTagsOnly)) {
+        m_wire.sendBinary(m_framesSent++ % 2 ? "W/F \1\2\3\4" : "EXT name=value");
     }
-}
-
-qint64 Listener::dueMs() const
-{
-    const qint64 due = m_sound->dueMs();
-    const qint64 boundaryMs = m_sound->plan().boundaryMs;
-    if (!is(Fault::Bursty) || m_sound->position() <= 0) {
-        return due;
-    }
-    const qint64 bursts = (due - boundaryMs + faultMs() - 1) / faultMs();
-    return boundaryMs + bursts * faultMs();
 }
 
 void Listener::disturbSound(qint64 nowMs)
 {
-    m_sound->setOverload(is(Fault::Overload) && m_framesSent % 2);
+    m_sound->setOverload(m_behaviour.is(Fault::Overload) && m_framesSent % 2);
     if (nowMs < m_nextFaultMs || m_sound->position() < 0) {
         return;
     }
-    m_nextFaultMs += qMax<qint64>(faultMs(), 1);
-    if (is(Fault::LostSamples)) {
+    m_nextFaultMs += qMax<qint64>(m_behaviour.parameterMs(), 1);
+    if (m_behaviour.is(Fault::LostSamples)) {
         m_sound->loseSamples(kLostSamples);
-    } else if (is(Fault::SequenceGaps)) {
+    } else if (m_behaviour.is(Fault::SequenceGaps)) {
         m_sound->nextFrame();
-    } else if (is(Fault::MinuteBurst)) {
+    } else if (m_behaviour.is(Fault::MinuteBurst)) {
         m_sound->runAhead(kBurstMs);
         m_behaviour = {};
         note(QStringLiteral("sent"), QStringLiteral("a minute's audio at once"));
-    }
-}
-
-void Listener::sendBetween()
-{
-    if (is(Fault::MessagesBetween)) {
-        sendBinary("MSG max_camp=4");
-    } else if (is(Fault::TextBetween)) {
-        sendRaw(wsFrame(Text, "MSG rx_chans=8"));
-    } else if (is(Fault::OtherTags)) {
-        sendBinary(m_framesSent % 2 ? "W/F \1\2\3\4" : "EXT name=value");
-    } else if (is(Fault::ShortFrames)) {
-        sendBinary(shortSoundFrame(m_framesSent));
-    } else if (is(Fault::TinyFrames)) {
-        sendBinary(QByteArray("SN").left(int(m_framesSent % 3)));
     }
 }
 
@@ -168,25 +122,26 @@ void Listener::endSound()
         return turnAway("inactivity_timeout=1");
     case Fault::CloseFrame:
         become(Phase::Silent, "close frame without status code");
-        sendRaw(wsFrame(Close, {}));
-        return m_socket->disconnectFromHost();
+        m_wire.send(wsFrame(Close, {}));
+        return m_wire.hangUp();
     case Fault::DropTcp:
         become(Phase::Silent, "end of TCP without a close frame");
-        return m_socket->disconnectFromHost();
+        return m_wire.hangUp();
     case Fault::ResetTcp:
-        return resetTcp();
+        become(Phase::Silent, "TCP reset");
+        return m_wire.reset();
     case Fault::Stall:
         return become(Phase::Silent, "nothing more: stall");
     case Fault::HalfFrame:
         become(Phase::Silent, "half a frame");
-        return sendRaw(wsFrame(Binary, m_sound->nextFrame()).left(520));
+        return m_wire.send(wsFrame(Binary, m_sound->nextFrame()).left(520));
     case Fault::HugeFrame:
         become(Phase::Flooding, "sound frame of 16 MiB");
         m_floodBytesLeft = kHugePayloadBytes;
-        return sendRaw(frameHeader(Binary, 10 + kHugePayloadBytes) + shortSoundFrame(7));
+        return m_wire.send(frameHeader(Binary, 10 + kHugePayloadBytes) + shortSoundFrame());
     case Fault::EndlessFragments:
         become(Phase::Flooding, "fragments without end");
-        return sendRaw(wsFrame(Binary, shortSoundFrame(7), false));
+        return m_wire.send(wsFrame(Binary, shortSoundFrame(), false));
     case Fault::PingFlood:
         return become(Phase::Flooding, "pings without end");
     default:
@@ -197,16 +152,16 @@ void Listener::endSound()
 // As much as fits without holding more than a bound; the rest follows at the next tick.
 void Listener::flood()
 {
-    if (is(Fault::EndlessHeaders) && m_socket->bytesToWrite() < kFloodInFlightBytes) {
-        return sendRaw(headerLines());
+    if (m_behaviour.is(Fault::EndlessHeaders) && m_wire.waitingBytes() < kFloodInFlightBytes) {
+        return m_wire.send(headerLines());
     }
-    while (m_phase == Phase::Flooding && m_socket->bytesToWrite() < kFloodInFlightBytes) {
-        if (is(Fault::PingFlood)) {
-            sendRaw(pings());
-        } else if (is(Fault::EndlessFragments)) {
-            sendRaw(wsFrame(Continuation, QByteArray(16384, '\x08'), false));
-        } else if (is(Fault::HugeFrame)) {
-            sendRaw(QByteArray(16384, '\x08'));
+    while (m_phase == Phase::Flooding && m_wire.waitingBytes() < kFloodInFlightBytes) {
+        if (m_behaviour.is(Fault::PingFlood)) {
+            m_wire.send(pings());
+        } else if (m_behaviour.is(Fault::EndlessFragments)) {
+            m_wire.send(wsFrame(Continuation, QByteArray(16384, '\x08'), false));
+        } else if (m_behaviour.is(Fault::HugeFrame)) {
+            m_wire.send(QByteArray(16384, '\x08'));
             m_floodBytesLeft -= 16384;
             if (m_floodBytesLeft == 0) {
                 m_phase = Phase::Sounding;
@@ -222,33 +177,15 @@ void Listener::refuse(const QByteArray &message)
 {
     note(QStringLiteral("sent"), QString::fromLatin1(message));
     m_phase = Phase::Silent;
-    sendBinary("MSG " + message);
+    m_wire.sendBinary("MSG " + message);
 }
 
 // A refusing message, then a close without status code.
 void Listener::turnAway(const QByteArray &message)
 {
     refuse(message);
-    sendRaw(wsFrame(Close, {}));
-    m_socket->disconnectFromHost();
-}
-
-void Listener::resetTcp()
-{
-    note(QStringLiteral("sent"), QStringLiteral("TCP reset"));
-    resetOnClose(m_socket->socketDescriptor());
-    end();
-}
-
-QByteArray Listener::randomFrame()
-{
-    m_sound->nextFrame(); // keeps the pace
-    QByteArray frame("SND");
-    const int length = QRandomGenerator::global()->bounded(2048);
-    for (int i = 0; i < length; ++i) {
-        frame.append(char(QRandomGenerator::global()->bounded(256)));
-    }
-    return frame;
+    m_wire.send(wsFrame(Close, {}));
+    m_wire.hangUp();
 }
 
 } // namespace sim
