@@ -144,7 +144,7 @@ int play(FuzzInput &input, const QString &folder)
     constexpr int mostBytes = 500000;
     KiwiAudioCapture capture;
     capture.setCaptureFolder(folder);
-    const auto noLines = [](const QString &, const QStringList &) {
+    const auto noLines = [](const QString &, const QVector<Ft8Decode> &) {
         require(false, "without a decoder there are no lines");
     };
     capture.setPeriodCallback(noLines);
