@@ -40,6 +40,11 @@ CommandLine refused(const QString &sentence)
     return {{}, wrongUse(program(), sentence)};
 }
 
+QString profileRefusal(const ProfileReading &reading)
+{
+    return reading.isNoObject ? QStringLiteral("The profile is not a JSON object.") : reading.error;
+}
+
 // Nothing when there is no such option.
 std::optional<QString> valueOf(const QCommandLineParser &parser, const QCommandLineOption &option)
 {
@@ -75,7 +80,7 @@ CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &rea
         }
         const ProfileReading reading = readProfile(*path);
         if (!reading.profile) {
-            return refused(QStringLiteral("%1: %2").arg(*path, reading.error));
+            return refused(QStringLiteral("%1: %2").arg(*path, profileRefusal(reading)));
         }
         // Save Profile writes to it later, wherever the program's folder is then.
         options.profile = OpenedProfile{QFileInfo(*path).absoluteFilePath(), *reading.profile};

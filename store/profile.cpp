@@ -15,13 +15,14 @@ QString Profile::defaultKiwiHost(const QString &serial)
     return serial + QStringLiteral("." OUTPOST_PROXY_DOMAIN);
 }
 
-std::optional<Profile> parseProfile(const QByteArray &json, const Profile &current, QString *error)
+ProfileReading parseProfile(const QByteArray &json, const Profile &current)
 {
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
     if (!document.isObject()) {
-        *error = parseError.errorString();
-        return std::nullopt;
+        return {std::nullopt,
+                QStringLiteral("The profile is not valid JSON: %1").arg(error.errorString()),
+                error.error == QJsonParseError::NoError};
     }
     const QJsonObject keys = document.object();
     Profile read;
@@ -31,7 +32,16 @@ std::optional<Profile> parseProfile(const QByteArray &json, const Profile &curre
     read.useProxy = keys.value(QLatin1String("UseProxy")).toBool(current.useProxy);
     read.jt9Path = keys.value(QLatin1String("Jt9Path")).toString(current.jt9Path);
     read.bridgePort = keys.value(QLatin1String("BridgePort")).toInt(current.bridgePort);
-    return read;
+    return {read, QString()};
+}
+
+ProfileReading readProfileFile(const QString &path, const Profile &current)
+{
+    QFile file(path);
+    if (!openForReading(file)) {
+        return {std::nullopt, file.errorString()};
+    }
+    return parseProfile(file.readAll(), current);
 }
 
 QByteArray profileJson(const Profile &profile)
@@ -43,20 +53,6 @@ QByteArray profileJson(const Profile &profile)
                            {QStringLiteral("Jt9Path"), profile.jt9Path},
                            {QStringLiteral("BridgePort"), profile.bridgePort}};
     return QJsonDocument(keys).toJson();
-}
-
-ProfileReading readProfileFile(const QString &path, const Profile &current)
-{
-    QFile file(path);
-    if (!openForReading(file)) {
-        return {std::nullopt, file.errorString()};
-    }
-    QString jsonError;
-    const std::optional<Profile> profile = parseProfile(file.readAll(), current, &jsonError);
-    if (!profile) {
-        return {std::nullopt, QStringLiteral("The profile is not valid JSON: %1").arg(jsonError)};
-    }
-    return {profile, QString()};
 }
 
 } // namespace outpost

@@ -22,19 +22,19 @@ struct Profile {
     static QString defaultKiwiHost(const QString &serial);
 };
 
+// A profile that was read, or why it cannot be used.
+struct ProfileReading {
+    std::optional<Profile> profile;
+    QString error;           // one sentence without its full stop; empty when there is a profile
+    bool isNoObject = false; // valid JSON, which `error` does not show
+};
+
 // Reads a profile document over `current`: a missing key, or one of the wrong JSON type, keeps
-// the current value; unknown keys are ignored. Returns nothing, and the JSON parser's text in
-// *error, when the bytes are not a JSON object.
-std::optional<Profile> parseProfile(const QByteArray &json, const Profile &current, QString *error);
+// the current value; unknown keys are ignored.
+ProfileReading parseProfile(const QByteArray &json, const Profile &current);
+ProfileReading readProfileFile(const QString &path, const Profile &current);
 
 // The six keys, indented JSON in UTF-8.
 QByteArray profileJson(const Profile &profile);
-
-// What a profile file holds, or why it cannot be used.
-struct ProfileReading {
-    std::optional<Profile> profile;
-    QString error; // one sentence without its full stop; empty when there is a profile
-};
-ProfileReading readProfileFile(const QString &path, const Profile &current);
 
 } // namespace outpost

@@ -23,6 +23,12 @@ ProfileReading noProfile(const QString & /*path*/)
     return {std::nullopt, QStringLiteral("No such file or directory")};
 }
 
+// The file holds its name.
+ProfileReading profileOfText(const QString &path)
+{
+    return parseProfile(path.toUtf8(), Profile());
+}
+
 ProfileReading profileNamedLikeItsFile(const QString &path)
 {
     Profile profile;
@@ -109,6 +115,26 @@ private slots:
         QVERIFY(line.ending);
         QCOMPARE(line.ending->exitCode, 2);
         QCOMPARE(line.ending->text, QStringLiteral("kiwi-outpost: ") + sentence);
+    }
+
+    void aProfileThatIsNoObjectIsRefused_data()
+    {
+        QTest::addColumn<QString>("json");
+        QTest::addColumn<QString>("why");
+        QTest::newRow("array") << QStringLiteral("[]")
+                               << QStringLiteral("The profile is not a JSON object.");
+        QTest::newRow("cut short")
+            << QStringLiteral("{")
+            << QStringLiteral("The profile is not valid JSON: unterminated object");
+    }
+
+    void aProfileThatIsNoObjectIsRefused()
+    {
+        QFETCH(QString, json);
+        QFETCH(QString, why);
+        const CommandLine line = read({QStringLiteral("--profile"), json}, profileOfText);
+        QCOMPARE(line.ending->exitCode, 2);
+        QCOMPARE(line.ending->text, QStringLiteral("kiwi-outpost: %1: %2").arg(json, why));
     }
 
     void anEmptyArgumentIsRefused()

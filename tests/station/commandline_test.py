@@ -95,7 +95,7 @@ class Profiles(unittest.TestCase):
             for content, reason in (
                     (None, "No such file or directory"),
                     ("{", "The profile is not valid JSON: unterminated object"),
-                    ("[]", "The profile is not valid JSON: no error occurred")):
+                    ("[]", "The profile is not a JSON object.")):
                 path = home.path / "Jürgen.json"
                 if content:
                     path.write_text(content)

@@ -54,12 +54,11 @@ void compareProfiles(const Profile &actual, const Profile &expected)
 
 Profile parsed(const QByteArray &json, const Profile &current)
 {
-    QString error;
-    const auto profile = parseProfile(json, current, &error);
-    if (!profile) {
-        QTest::qFail(qPrintable(error), __FILE__, __LINE__);
+    const ProfileReading reading = parseProfile(json, current);
+    if (!reading.profile) {
+        QTest::qFail(qPrintable(reading.error), __FILE__, __LINE__);
     }
-    return profile.value_or(Profile());
+    return reading.profile.value_or(Profile());
 }
 
 } // namespace
@@ -167,7 +166,7 @@ void ProfileTest::refusesWhatIsNotAnObject_data()
     const auto describe = [](QJsonParseError::ParseError code) {
         QJsonParseError error;
         error.error = code;
-        return error.errorString();
+        return QStringLiteral("The profile is not valid JSON: ") + error.errorString();
     };
     QTest::newRow("an array") << QByteArray(R"([{"Port": 8074}])")
                               << describe(QJsonParseError::NoError);
@@ -182,10 +181,10 @@ void ProfileTest::refusesWhatIsNotAnObject_data()
 void ProfileTest::refusesWhatIsNotAnObject()
 {
     QFETCH(QByteArray, json);
-    QString error;
-    QVERIFY(!parseProfile(json, Profile(), &error).has_value());
-    QVERIFY(!error.isEmpty());
-    QTEST(error, "error");
+    const ProfileReading reading = parseProfile(json, Profile());
+    QVERIFY(!reading.profile);
+    QTEST(reading.error, "error");
+    QCOMPARE(reading.isNoObject, json.startsWith('['));
 }
 
 } // namespace outpost
