@@ -10,9 +10,9 @@ namespace outpost
 
 namespace
 {
-// A lock whose process lives stays its own however old it is: the system locks the file, too. The
-// age, in ms, counts for one of a copy that was killed as it took it, and where another process has
-// got the number of the one that was killed.
+// Qt takes over a lock whose process is gone. The age (ms) is for two other cases: a lock file
+// without a process id, and a reused process id. A live lock is never taken over, because the file
+// itself is locked.
 constexpr int staleMs = 500;
 
 // Qt removes a stale lock under another lock, and would wait 30 s for that of a copy that was

@@ -152,6 +152,7 @@ private slots:
     void removingTakesAnEntryWithoutPort();
     void removingKeepsWhatIsNoEntry();
     void removingAddsAKeyOnce();
+    void aSavedRemovalIsNotSavedAgain();
     void removingFailsWithoutTheFile();
     void removingFailsOnADamagedFile_data();
     void removingFailsOnADamagedFile();
@@ -544,6 +545,18 @@ void GoodReceiverListTest::removingAddsAKeyOnce()
     const MainWindow window;
     removeOnly(window, 1);
     QCOMPARE(removedOnDisk(), before);
+}
+
+// Another copy has applied the receiver since.
+void GoodReceiverListTest::aSavedRemovalIsNotSavedAgain()
+{
+    saveList({entry(QStringLiteral("kiwi"), 8073), entry(QStringLiteral("other"), 1)});
+    const MainWindow window;
+    removeOnly(window, 1);
+    QCOMPARE(removedOnDisk(), QStringList(QStringLiteral("kiwi:8073")));
+    removeBefore({});
+    removeOnly(window, 1);
+    QCOMPARE(removedOnDisk(), QStringList(QStringLiteral("other:1")));
 }
 
 void GoodReceiverListTest::removingFailsWithoutTheFile()
