@@ -63,26 +63,26 @@ namespace
 
 QString receiverText(const StatusSession &session)
 {
-    if (!session.statusSessionActive) {
+    if (!session.active) {
         return connectedText(false);
     }
-    return QStringLiteral("%1:%2").arg(session.sessionHost, QString::number(session.sessionPort));
+    return QStringLiteral("%1:%2").arg(session.host, QString::number(session.port));
 }
 
 QString sessionFrequencyText(const StatusSession &session)
 {
-    if (!session.statusSessionActive) {
+    if (!session.active) {
         return noValue;
     }
-    return QStringLiteral("%1 MHz").arg(frequencyText(session.sessionFrequencyMhz));
+    return QStringLiteral("%1 MHz").arg(frequencyText(session.frequencyMhz));
 }
 
 QString connectedTimeText(const StatusSession &session, qint64 nowMs)
 {
-    if (!session.statusSessionActive) {
+    if (!session.active) {
         return noValue;
     }
-    return formatDuration((nowMs - session.sessionStartMs) / 1000);
+    return formatDuration((nowMs - session.startMs) / 1000);
 }
 
 QString snrText(const std::optional<int> &db)
@@ -99,7 +99,7 @@ QString stationDisplayText(const StatusSession &session, qint64 nowMs, const Lat
         QStringLiteral("Receiver: %1").arg(receiverText(session)),
         QStringLiteral("Frequency: %1").arg(sessionFrequencyText(session)),
         QStringLiteral("Connected time: %1").arg(connectedTimeText(session, nowMs)),
-        QStringLiteral("Session decodes: %1").arg(session.sessionDecodes),
+        QStringLiteral("Session decodes: %1").arg(session.decodes),
         QStringLiteral("Latest FT8 period: %1").arg(latest.label),
         QStringLiteral("Latest-period decodes: %1").arg(latest.decodes),
         QStringLiteral("Strongest / weakest SNR: %1 / %2 dB")

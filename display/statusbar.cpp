@@ -15,7 +15,7 @@ void MainWindow::refreshStatusBar()
         return;
     }
     const QString text =
-        statusSummaryText(link.sndVerified, bridgeClients.size(), statusSession.sessionDecodes);
+        statusSummaryText(link.sndVerified, bridgeClients.size(), statusSession.decodes);
     if (statusSummaryLabel->text() != text) {
         statusSummaryLabel->setText(text);
     }

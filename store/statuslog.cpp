@@ -30,7 +30,7 @@ int entryIndex(const QJsonArray &receivers, const StatusSession &session)
     const auto found =
         std::find_if(receivers.begin(), receivers.end(), [&session](const QJsonValue &element) {
             return element.isObject() &&
-                   isReceiver(element.toObject(), session.sessionHost, session.sessionPort, 0);
+                   isReceiver(element.toObject(), session.host, session.port, 0);
         });
     return found == receivers.end() ? -1 : static_cast<int>(found - receivers.begin());
 }
@@ -40,14 +40,13 @@ QJsonObject withTotals(QJsonObject entry, const StatusSession &session, qint64 e
     const qint64 sessions = entry.value(QLatin1String("Sessions")).toInt();
     const qint64 seconds = wholeNumber(entry.value(QLatin1String("TotalSeconds")));
     const qint64 decodes = wholeNumber(entry.value(QLatin1String("TotalDecodes")));
-    entry.insert(QStringLiteral("Host"), session.sessionHost);
-    entry.insert(QStringLiteral("Port"), session.sessionPort);
+    entry.insert(QStringLiteral("Host"), session.host);
+    entry.insert(QStringLiteral("Port"), session.port);
     entry.insert(QStringLiteral("Sessions"), sessions + 1);
-    entry.insert(QStringLiteral("TotalSeconds"),
-                 seconds + wholeSeconds(session.sessionStartMs, endMs));
-    entry.insert(QStringLiteral("TotalDecodes"), decodes + session.sessionDecodes);
+    entry.insert(QStringLiteral("TotalSeconds"), seconds + wholeSeconds(session.startMs, endMs));
+    entry.insert(QStringLiteral("TotalDecodes"), decodes + session.decodes);
     entry.insert(QStringLiteral("LastConnectedUtc"), isoUtc(endMs));
-    entry.insert(QStringLiteral("LastFrequencyMhz"), session.sessionFrequencyMhz);
+    entry.insert(QStringLiteral("LastFrequencyMhz"), session.frequencyMhz);
     return entry;
 }
 
@@ -64,13 +63,13 @@ QJsonArray withReceiverTotals(QJsonArray receivers, const StatusSession &session
 
 QJsonObject sessionRecord(const StatusSession &session, qint64 endMs)
 {
-    return {{QStringLiteral("Host"), session.sessionHost},
-            {QStringLiteral("Port"), session.sessionPort},
-            {QStringLiteral("FrequencyMhz"), session.sessionFrequencyMhz},
-            {QStringLiteral("StartUtc"), isoUtc(session.sessionStartMs)},
+    return {{QStringLiteral("Host"), session.host},
+            {QStringLiteral("Port"), session.port},
+            {QStringLiteral("FrequencyMhz"), session.frequencyMhz},
+            {QStringLiteral("StartUtc"), isoUtc(session.startMs)},
             {QStringLiteral("EndUtc"), isoUtc(endMs)},
-            {QStringLiteral("DurationSeconds"), wholeSeconds(session.sessionStartMs, endMs)},
-            {QStringLiteral("Decodes"), session.sessionDecodes}};
+            {QStringLiteral("DurationSeconds"), wholeSeconds(session.startMs, endMs)},
+            {QStringLiteral("Decodes"), session.decodes}};
 }
 
 QString integerText(const QJsonValue &value)
@@ -151,16 +150,14 @@ QStringList historyLines(const std::optional<QByteArray> &file)
 
 QStringList currentConnectionLines(const StatusSession &session, qint64 nowMs)
 {
-    if (!session.statusSessionActive) {
+    if (!session.active) {
         return {QStringLiteral("Disconnected")};
     }
-    return {QStringLiteral("Receiver: %1:%2")
-                .arg(session.sessionHost, QString::number(session.sessionPort)),
-            QStringLiteral("Frequency: %1 MHz").arg(frequencyText(session.sessionFrequencyMhz)),
-            QStringLiteral("Connected since UTC: %1").arg(isoUtc(session.sessionStartMs)),
-            QStringLiteral("Elapsed: %1")
-                .arg(formatDuration(wholeSeconds(session.sessionStartMs, nowMs))),
-            QStringLiteral("Session decodes: %1").arg(session.sessionDecodes)};
+    return {QStringLiteral("Receiver: %1:%2").arg(session.host, QString::number(session.port)),
+            QStringLiteral("Frequency: %1 MHz").arg(frequencyText(session.frequencyMhz)),
+            QStringLiteral("Connected since UTC: %1").arg(isoUtc(session.startMs)),
+            QStringLiteral("Elapsed: %1").arg(formatDuration(wholeSeconds(session.startMs, nowMs))),
+            QStringLiteral("Session decodes: %1").arg(session.decodes)};
 }
 
 } // namespace

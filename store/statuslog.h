@@ -10,12 +10,12 @@ namespace outpost
 
 // The receiver session being timed; all fields at rest while none is.
 struct StatusSession {
-    bool statusSessionActive = false;
-    QString sessionHost; // trimmed, in the operator's own case
-    int sessionPort = 0;
-    double sessionFrequencyMhz = 0;
-    qint64 sessionStartMs = 0; // UTC, ms since the epoch
-    qint64 sessionDecodes = 0;
+    bool active = false;
+    QString host; // trimmed, in the operator's own case
+    int port = 0;
+    double frequencyMhz = 0;
+    qint64 startMs = 0; // UTC, ms since the epoch
+    qint64 decodes = 0;
 };
 
 // Elapsed whole seconds, 0 below one second.

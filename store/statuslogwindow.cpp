@@ -144,7 +144,7 @@ void replaceText(QPlainTextEdit *view, const QString &text)
 void MainWindow::startStatusSession()
 {
     const QString host = profile.kiwiHost.trimmed();
-    if (statusSession.statusSessionActive || host.isEmpty()) {
+    if (statusSession.active || host.isEmpty()) {
         return;
     }
     statusSession = {true, host, profile.kiwiPort, frequencyMhz, nowMs(), 0};
@@ -154,14 +154,14 @@ void MainWindow::startStatusSession()
 
 void MainWindow::addSessionDecodes(qint64 count)
 {
-    if (statusSession.statusSessionActive && count > 0) {
-        statusSession.sessionDecodes += count;
+    if (statusSession.active && count > 0) {
+        statusSession.decodes += count;
     }
 }
 
 void MainWindow::finishStatusSession()
 {
-    if (!statusSession.statusSessionActive) {
+    if (!statusSession.active) {
         return;
     }
     const SaveResult saved =

@@ -18,8 +18,8 @@ bool isEntry(const QJsonValue &element, const StatusSession &session)
     return element.isObject() &&
            entry.value(QLatin1String("Host"))
                    .toString()
-                   .compare(session.sessionHost, Qt::CaseInsensitive) == 0 &&
-           entry.value(QLatin1String("Port")).toInt(0) == session.sessionPort;
+                   .compare(session.host, Qt::CaseInsensitive) == 0 &&
+           entry.value(QLatin1String("Port")).toInt(0) == session.port;
 }
 
 // Whole, within what a double counts exactly.
@@ -43,12 +43,12 @@ void checkTotals(const QJsonObject &old, const QJsonObject &entry, const StatusS
     const auto number = [](const QJsonObject &object, const char *key) {
         return whole(object.value(QLatin1String(key)));
     };
-    require(entry.value(QLatin1String("Host")) == session.sessionHost, "the host as typed last");
-    require(number(entry, "Port") == session.sessionPort, "the port");
+    require(entry.value(QLatin1String("Host")) == session.host, "the host as typed last");
+    require(number(entry, "Port") == session.port, "the port");
     require(number(entry, "Sessions") == old.value(QLatin1String("Sessions")).toInt() + 1LL,
             "one session more");
     require(number(entry, "TotalDecodes") ==
-                qMin(number(old, "TotalDecodes") + session.sessionDecodes, 9007199254740992LL),
+                qMin(number(old, "TotalDecodes") + session.decodes, 9007199254740992LL),
             "the decodes are added");
     require(number(entry, "TotalSeconds") ==
                 qMin(number(old, "TotalSeconds") + seconds, 9007199254740992LL),
@@ -84,7 +84,7 @@ void checkSessions(const QJsonArray &old, const QJsonArray &updated, const Statu
     require(record.size() == 7, "a session has seven keys");
     require(isEntry(record, session), "the session is the receiver's");
     require(whole(record.value(QLatin1String("DurationSeconds"))) == seconds, "its duration");
-    require(whole(record.value(QLatin1String("Decodes"))) == session.sessionDecodes, "its decodes");
+    require(whole(record.value(QLatin1String("Decodes"))) == session.decodes, "its decodes");
 }
 
 int lineEnds(const QJsonArray &entries, int from, const char *timeKey)
@@ -123,12 +123,12 @@ StatusSession readSession(const QByteArray &line)
 {
     const QList<QByteArray> words = line.split(' ');
     StatusSession session;
-    session.statusSessionActive = true;
-    session.sessionPort = words.first().toInt();
-    session.sessionHost = QString::fromUtf8(words.last()).trimmed();
-    session.sessionFrequencyMhz = 14.074;
-    session.sessionStartMs = startMs;
-    session.sessionDecodes = words.size() > 2 ? qAbs(qint64(words.at(1).toShort())) : 0;
+    session.active = true;
+    session.port = words.first().toInt();
+    session.host = QString::fromUtf8(words.last()).trimmed();
+    session.frequencyMhz = 14.074;
+    session.startMs = startMs;
+    session.decodes = words.size() > 2 ? qAbs(qint64(words.at(1).toShort())) : 0;
     return session;
 }
 
@@ -155,8 +155,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const std::optional<QJsonObject> log = readDocument(file);
     checkHistory(file, log);
 
-    const qint64 elapsedMs = 1000 * session.sessionDecodes - 1;
-    const qint64 seconds = qMax<qint64>(0, session.sessionDecodes - 1);
+    const qint64 elapsedMs = 1000 * session.decodes - 1;
+    const qint64 seconds = qMax<qint64>(0, session.decodes - 1);
     const QJsonObject old = log.value_or(QJsonObject());
     const QJsonObject updated = withFinishedSession(old, session, startMs + elapsedMs);
     require(updated.value(QLatin1String("FormatVersion")) == 1, "the format's version is 1");

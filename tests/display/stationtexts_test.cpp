@@ -13,12 +13,12 @@ const qint64 startMs = 1700000000000;
 StatusSession runningSession()
 {
     StatusSession session;
-    session.statusSessionActive = true;
-    session.sessionHost = QStringLiteral("Kiwi.Example.net");
-    session.sessionPort = 8073;
-    session.sessionFrequencyMhz = 14.074;
-    session.sessionStartMs = startMs;
-    session.sessionDecodes = 42;
+    session.active = true;
+    session.host = QStringLiteral("Kiwi.Example.net");
+    session.port = 8073;
+    session.frequencyMhz = 14.074;
+    session.startMs = startMs;
+    session.decodes = 42;
     return session;
 }
 
@@ -132,7 +132,7 @@ void StationTextsTest::connectedTimeIsInWholeSeconds()
 void StationTextsTest::aHostThatLooksLikeAPlaceholderStaysAsItIs()
 {
     StatusSession session = runningSession();
-    session.sessionHost = QStringLiteral("%1%2");
+    session.host = QStringLiteral("%1%2");
     const QString text = stationDisplayText(session, startMs, LatestPeriod(), QString());
     QCOMPARE(line(text, 1), QStringLiteral("Receiver: %1%2:8073"));
 }

@@ -159,7 +159,7 @@ void StatusLogTest::totalsAddUp()
 {
     QJsonObject log = withFinishedSession({}, session(), startMs + 90 * secondMs);
     StatusSession second = session(QStringLiteral("Kiwi"), 8073, 40);
-    second.sessionFrequencyMhz = 7.074;
+    second.frequencyMhz = 7.074;
     log = withFinishedSession(log, second, startMs + 10 * secondMs);
     const QJsonObject entry = receiversOf(log).at(0).toObject();
     QCOMPARE(entry.value(QStringLiteral("Sessions")).toInt(), 2);
