@@ -7,13 +7,15 @@
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwicommands.h"
+#include "store/profilemenu.h"
+#include "store/receiverdialog.h"
 #include "store/receiverinput.h"
+#include "store/statuslogwindow.h"
 
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QMenuBar>
-#include <QPlainTextEdit>
 #include <QProcessEnvironment>
 #include <QPushButton>
 #include <QStatusBar>
@@ -27,7 +29,9 @@ namespace outpost
 {
 
 MainWindow::MainWindow(StationOptions stationOptions)
-    : options(std::move(stationOptions)), unsavedFrequencyMhz(options.start.frequencyMhz)
+    : options(std::move(stationOptions)), profiles(options.dataFolder),
+      goodReceivers(options.dataFolder, options.settings),
+      sessionLog(options.dataFolder, options.clock, [this] { refreshSession(); })
 {
     setWindowTitle(QStringLiteral("PELQ Kiwi Outpost"));
     resize(345, 245);
@@ -43,9 +47,9 @@ MainWindow::MainWindow(StationOptions stationOptions)
     connect(probeTimer, &QTimer::timeout, this, [this] { onProbeTimeout(); });
     sndEndpoints = kiwiSndEndpoints();
     loadStartupProfile();
-    loadFrequencyFile();
     QTimer::singleShot(0, this, [this] {
-        findJt9(jt9PlacesOfThisSystem(profile.jt9Path, QCoreApplication::applicationDirPath(),
+        findJt9(jt9PlacesOfThisSystem(profiles.profile().jt9Path,
+                                      QCoreApplication::applicationDirPath(),
                                       QProcessEnvironment::systemEnvironment()));
     });
     if (options.start.connects) {
@@ -59,8 +63,6 @@ MainWindow::~MainWindow()
 {
     stopBridge();
     disconnectKiwi(false);
-    // An open dialog clears the window's pointers when it goes, so it goes while those are there.
-    delete statusLogDialog;
 }
 
 // Windows asks first and may then think better of it, so being asked closes nothing. Once it has
@@ -74,22 +76,24 @@ void MainWindow::prepareForLogOff()
 // As "Apply and Connect" does it with what the window shows, except that nothing is saved.
 void MainWindow::connectAtStart()
 {
-    const ReceiverInput input = readReceiverInput(
-        profile.kiwiHost, QString::number(profile.kiwiPort), frequencyText(frequencyMhz));
+    const Profile &profile = profiles.profile();
+    const ReceiverInput input =
+        readReceiverInput(profile.kiwiHost, QString::number(profile.kiwiPort),
+                          frequencyText(profiles.frequencyMhz()));
     if (!input.refusal.isEmpty()) {
         logLine(input.refusal);
         return;
     }
-    profile.kiwiHost = input.host;
+    profiles.setReceiver(input.host, input.port);
     connectKiwi();
 }
 
 MenuChoices MainWindow::menuChoices()
 {
     MenuChoices choices;
-    choices.openProfile = [this] { openProfile(); };
-    choices.saveProfile = [this] { saveCurrentProfile(); };
-    choices.saveProfileAs = [this] { saveProfileAs(); };
+    choices.openProfile = [this] { openProfile(this, &profiles); };
+    choices.saveProfile = [this] { saveProfile(this, &profiles); };
+    choices.saveProfileAs = [this] { saveProfileAs(this, &profiles); };
     choices.showReceiverDialog = [this] { showReceiverDialog(); };
     choices.disconnectReceiver = [this] { disconnectKiwi(true); };
     choices.editHighlightCalls = [this] { editHighlightCalls(); };
@@ -106,6 +110,93 @@ MenuChoices MainWindow::menuChoices()
     choices.showBridgeStatus = [this] { showBridgeStatusDialog(); };
     choices.showHelp = [this] { showHelpAbout(this); };
     return choices;
+}
+
+// --profile and --mhz stand in for the files; what they name is not saved by itself.
+void MainWindow::loadStartupProfile()
+{
+    if (options.start.profile) {
+        profiles.useProfile(options.start.profile->path, options.start.profile->profile);
+    } else {
+        profiles.loadStartupProfile();
+    }
+    if (options.start.frequencyMhz) {
+        profiles.useFrequency(*options.start.frequencyMhz);
+    }
+    profiles.loadFrequencyFile();
+}
+
+void MainWindow::setKiwiStatus(const QString &text)
+{
+    if (receiverDialog) {
+        receiverDialog->setStatus(text.isEmpty() ? kiwiStatusText() : text);
+    }
+    refreshStatusBar();
+}
+
+void MainWindow::showReceiverDialog()
+{
+    profiles.loadFrequencyFile();
+    const ReceiverDialogValues values{profiles.profile().kiwiHost, profiles.profile().kiwiPort,
+                                      profiles.frequencyMhz(), kiwiStatusText(),
+                                      goodReceivers.receivers()};
+    const ReceiverDialogCallbacks callbacks{
+        [this](const ReceiverInput &input) { applyReceiver(input); },
+        [this] { disconnectKiwi(true); },
+        [this](const QString &host, int port) {
+            return goodReceivers.removeGoodReceiver(host, port);
+        }};
+    ReceiverDialog dialog(values, callbacks, this);
+    receiverDialog = &dialog;
+    dialog.exec();
+    receiverDialog = nullptr;
+}
+
+void MainWindow::applyReceiver(const ReceiverInput &input)
+{
+    goodReceivers.onReceiverApplied(input.host, input.port);
+    profiles.setReceiver(input.host, input.port);
+    profiles.setFrequency(input.frequencyMhz);
+    profiles.saveDefaultProfileQuietly();
+    profiles.saveFrequencyFile();
+    connectKiwi();
+}
+
+void MainWindow::recordGoodReceiver(int decodeCount)
+{
+    const Profile &profile = profiles.profile();
+    goodReceivers.recordGoodReceiver(
+        {profile.kiwiHost.trimmed(), profile.kiwiPort, profiles.frequencyMhz(), decodeCount},
+        nowMs());
+}
+
+void MainWindow::startStatusSession()
+{
+    const Profile &profile = profiles.profile();
+    sessionLog.startStatusSession(profile.kiwiHost, profile.kiwiPort, profiles.frequencyMhz());
+}
+
+void MainWindow::refreshSession()
+{
+    refreshStatusBar();
+    refreshStatusLogView();
+}
+
+void MainWindow::showStatusLogWindow()
+{
+    if (!statusLogWindow) {
+        sessionLog.rebuildStatusHistory();
+        statusLogWindow = new StatusLogWindow(this, [this] { refreshStatusLogView(); });
+        refreshStatusLogView();
+    }
+    statusLogWindow->present();
+}
+
+void MainWindow::refreshStatusLogView()
+{
+    if (statusLogWindow) {
+        statusLogWindow->refresh(sessionLog.text());
+    }
 }
 
 void MainWindow::buildClearButton()

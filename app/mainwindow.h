@@ -2,11 +2,11 @@
 
 #include "app/menus.h"
 #include "app/stationoptions.h"
-#include "base/receiverkey.h"
 #include "kiwi/linkstate.h"
 #include "kiwi/receivernotices.h"
-#include "store/profile.h"
-#include "store/statuslog.h"
+#include "store/goodreceiverstore.h"
+#include "store/profilestore.h"
+#include "store/sessionlog.h"
 
 #include <QHash>
 #include <QList>
@@ -17,11 +17,8 @@
 #include <memory>
 #include <optional>
 
-class QComboBox;
 class QDialog;
 class QLabel;
-class QPlainTextEdit;
-class QPushButton;
 class QTableWidget;
 class QTcpServer;
 class QTcpSocket;
@@ -33,10 +30,13 @@ namespace outpost
 
 class BridgeStatusDialog;
 class KiwiAudioCapture;
+class ReceiverDialog;
 class StationDisplay;
+class StatusLogWindow;
 struct BridgeState;
 struct Ft8Decode;
 struct Jt9Places;
+struct ReceiverInput;
 struct SoundOutcome;
 
 // The one window and the one owner of the station's state. It owns, sequences and displays;
@@ -85,26 +85,13 @@ public:
     void showStationDisplay();
     void refreshStationDisplay();
 
-    // ---- store/profilefiles.cpp ----
-    bool loadProfile(const QString &path, bool showErrors);
-    bool saveProfile(const QString &path, bool showErrors);
-    void saveDefaultProfileQuietly(); // always the default profile, never profilePath
-    void loadFrequencyFile();
-    void saveFrequencyFile();
-    void openProfile();
-    void saveCurrentProfile();
-    void saveProfileAs();
-
-    // ---- store/receiverdialog.cpp ----
+    // ---- store ----
+    ProfileStore &profileStore() { return profiles; }
     void showReceiverDialog();
-
-    // ---- store/goodreceiverlist.cpp ----
     void recordGoodReceiver(int decodeCount);
-
-    // ---- store/statuslogwindow.cpp ----
     void startStatusSession();
-    void addSessionDecodes(qint64 count);
-    void finishStatusSession();
+    void addSessionDecodes(qint64 count) { sessionLog.addSessionDecodes(count); }
+    void finishStatusSession() { sessionLog.finishStatusSession(); }
     void showStatusLogWindow();
 
 private:
@@ -166,20 +153,10 @@ private:
     // ---- display/bridgestatus.cpp ----
     BridgeState bridgeState() const;
 
-    // ---- store/profilefiles.cpp ----
+    // ---- store ----
     void loadStartupProfile();
-
-    // ---- store/receiverdialog.cpp, store/goodreceiverlist.cpp ----
-    void fillGoodReceiversCombo(QComboBox *combo);
-    void removeSelectedGoodReceiver(QComboBox *combo, QPushButton *removeButton,
-                                    QLabel *statusLabel);
-    QStringList removedReceivers() const;
-    void changeRemovedReceivers(const ReceiverKey &key, bool removed);
-    void applyReceiver(const QString &hostText, const QString &portText, const QString &mhzText);
-
-    // ---- store/statuslogwindow.cpp ----
-    void buildStatusLogWindow();
-    void rebuildStatusHistory();
+    void applyReceiver(const ReceiverInput &input);
+    void refreshSession();
     void refreshStatusLogView();
 
     const StationOptions options;
@@ -215,17 +192,11 @@ private:
     QPointer<StationDisplay> stationDisplay; // null while closed
 
     // Store
-    Profile profile;
-    QString profilePath; // last opened or saved
-    double frequencyMhz = 14.074;
-    std::optional<double> unsavedFrequencyMhz; // of the command line, in place of the file's
-    RemovedKeyChanges unsavedRemovedKeys;      // none while the settings have them
-    QLabel *receiverStatusLabel = nullptr;     // the receiver dialog's, while it is open
-    StatusSession statusSession;
-    QDialog *statusLogDialog = nullptr;
-    QPlainTextEdit *statusLogView = nullptr;
-    QTimer *statusLogTimer = nullptr;
-    QString statusHistory; // read from the file when a session ends or the window opens
+    ProfileStore profiles;
+    GoodReceiverStore goodReceivers;
+    SessionLog sessionLog;
+    ReceiverDialog *receiverDialog = nullptr; // while it is open
+    QPointer<StatusLogWindow> statusLogWindow;
 };
 
 } // namespace outpost

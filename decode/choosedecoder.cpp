@@ -19,10 +19,10 @@ void MainWindow::findJt9(const Jt9Places &places)
                     QStringLiteral("No installed WSJT jt9.exe was found."));
         return;
     }
-    if (path != QDir::cleanPath(profile.jt9Path)) {
-        profile.jt9Path = path;
+    if (path != QDir::cleanPath(profiles.profile().jt9Path)) {
+        profiles.setJt9Path(path);
         if (!options.start.profile) {
-            saveDefaultProfileQuietly();
+            profiles.saveDefaultProfileQuietly();
         }
     }
     useJt9(path);
@@ -31,7 +31,7 @@ void MainWindow::findJt9(const Jt9Places &places)
 
 void MainWindow::selectJt9()
 {
-    const QString current = profile.jt9Path.trimmed();
+    const QString current = profiles.profile().jt9Path.trimmed();
     const QString startFolder =
         current.isEmpty() ? QDir::rootPath() : QFileInfo(current).absolutePath();
     const QString chosen = QFileDialog::getOpenFileName(
@@ -51,8 +51,8 @@ void MainWindow::selectJt9()
     }
 
     const QString path = QDir::cleanPath(chosen);
-    profile.jt9Path = path;
-    saveDefaultProfileQuietly();
+    profiles.setJt9Path(path);
+    profiles.saveDefaultProfileQuietly();
     useJt9(path);
     logLine(QStringLiteral("Installed jt9.exe selected and saved: %1").arg(path));
     showInformation(this, QStringLiteral("WSJT Decoder Selected"),

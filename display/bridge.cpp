@@ -39,7 +39,7 @@ void MainWindow::discardBridgeServer()
 void MainWindow::startBridge()
 {
     constexpr int defaultPort = 27777;
-    int &bridgePort = profile.bridgePort;
+    int bridgePort = profiles.profile().bridgePort;
     if (bridgeListening()) {
         logLine(
             QStringLiteral("Local WSJT bridge already listening on 127.0.0.1:%1.").arg(bridgePort));
@@ -48,6 +48,7 @@ void MainWindow::startBridge()
     discardBridgeServer();
     if (bridgePort < 1 || bridgePort > 65535) {
         bridgePort = defaultPort;
+        profiles.setBridgePort(bridgePort);
     }
     bridgeServer = new QTcpServer(this);
     connect(bridgeServer, &QTcpServer::newConnection, this, [this] { onBridgeConnection(); });

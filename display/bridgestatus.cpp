@@ -31,7 +31,7 @@ BridgeState MainWindow::bridgeState() const
 {
     BridgeState state;
     state.listening = bridgeListening();
-    state.port = profile.bridgePort;
+    state.port = profiles.profile().bridgePort;
     state.clients = bridgeClients.size();
     state.lastError = bridgeLastError;
     state.lastOutputMs = bridgeLastOutputMs;

@@ -15,7 +15,7 @@ void MainWindow::refreshStatusBar()
         return;
     }
     const QString text =
-        statusSummaryText(link.sndVerified, bridgeClients.size(), statusSession.decodes);
+        statusSummaryText(link.sndVerified, bridgeClients.size(), sessionLog.session().decodes);
     if (statusSummaryLabel->text() != text) {
         statusSummaryLabel->setText(text);
     }
@@ -33,7 +33,8 @@ void MainWindow::showStationDisplay()
 void MainWindow::refreshStationDisplay()
 {
     if (stationDisplay) {
-        stationDisplay->refresh({statusSession, nowMs(), bridgeState(), cellTexts(*decodeTable)});
+        stationDisplay->refresh(
+            {sessionLog.session(), nowMs(), bridgeState(), cellTexts(*decodeTable)});
     }
 }
 

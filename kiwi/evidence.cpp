@@ -18,9 +18,9 @@ void MainWindow::writeEvidence()
     }
     const QString programPath = QCoreApplication::applicationFilePath();
     const SndEvidence evidence{QDateTime::fromMSecsSinceEpoch(nowMs()),
-                               profile.kiwiHost,
-                               profile.kiwiPort,
-                               frequencyMhz,
+                               profiles.profile().kiwiHost,
+                               profiles.profile().kiwiPort,
+                               profiles.frequencyMhz(),
                                link,
                                programPath,
                                fileSha256(programPath)};

@@ -9,7 +9,6 @@
 #include "kiwi/sndevidence.h"
 #include "kiwi/wirelimits.h"
 
-#include <QLabel>
 #include <QTimer>
 #include <QUrl>
 #include <QWebSocket>
@@ -32,10 +31,11 @@ void MainWindow::connectKiwi()
     endpointIndex = 0;
     evidencePath = evidenceFilePath(qEnvironmentVariable("PELQ_KIWI_STAGE_CAPTURE_DIR"),
                                     QDateTime::fromMSecsSinceEpoch(nowMs()));
-    const QString frequency = frequencyText(frequencyMhz);
+    const QString frequency = frequencyText(profiles.frequencyMhz());
     setKiwiStatus(QStringLiteral("Connecting — %1 MHz").arg(frequency));
     logLine(QStringLiteral("Native Kiwi connection requested: %1:%2, %3 MHz.")
-                .arg(profile.kiwiHost, QString::number(profile.kiwiPort), frequency));
+                .arg(profiles.profile().kiwiHost, QString::number(profiles.profile().kiwiPort),
+                     frequency));
     queueProbe();
 }
 
@@ -82,7 +82,8 @@ void MainWindow::probeNextEndpoint()
     link.currentEndpoint = sndEndpoints.at(endpointIndex);
     endpointIndex += 1;
 
-    const QUrl url(kiwiUrl(profile.kiwiHost, profile.kiwiPort, link.currentEndpoint));
+    const QUrl url(
+        kiwiUrl(profiles.profile().kiwiHost, profiles.profile().kiwiPort, link.currentEndpoint));
     // Opening may fail at once: the handlers have then dropped the socket before open() returns.
     auto *socket = new QWebSocket(QString(), QWebSocketProtocol::Version13, this);
     kiwiSocket = socket;
@@ -127,7 +128,7 @@ void MainWindow::sendKiwiCommands(QWebSocket *socket)
     if (socket == nullptr || socket != kiwiSocket) {
         return;
     }
-    const QStringList commands = kiwiCommands(frequencyMhz);
+    const QStringList commands = kiwiCommands(profiles.frequencyMhz());
     for (const QString &command : commands) {
         socket->sendTextMessage(command);
         logLine(QStringLiteral("Kiwi WS sent: %1").arg(command));
@@ -217,15 +218,7 @@ void MainWindow::resetLinkCounters()
 
 QString MainWindow::kiwiStatusText() const
 {
-    return outpost::kiwiStatusText(link, frequencyMhz);
-}
-
-void MainWindow::setKiwiStatus(const QString &text)
-{
-    if (receiverStatusLabel != nullptr) {
-        receiverStatusLabel->setText(text.isEmpty() ? kiwiStatusText() : text);
-    }
-    refreshStatusBar();
+    return outpost::kiwiStatusText(link, profiles.frequencyMhz());
 }
 
 } // namespace outpost

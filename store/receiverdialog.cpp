@@ -1,35 +1,23 @@
-#include "app/mainwindow.h"
+#include "store/receiverdialog.h"
+
 #include "base/dialogs.h"
 #include "base/frequency.h"
-#include "base/receiverkey.h"
 #include "base/smallscreen.h"
-#include "store/receiverinput.h"
 
 #include <QComboBox>
-#include <QDialog>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVariantMap>
+#include <utility>
 
 namespace outpost
 {
 
 namespace
 {
-
-// The parts of the open dialog; owned by it.
-struct ReceiverForm {
-    QLineEdit *host = nullptr;
-    QLineEdit *port = nullptr;
-    QLabel *status = nullptr;
-    QComboBox *band = nullptr;
-    QLineEdit *frequency = nullptr;
-    QComboBox *goodReceivers = nullptr;
-    QPushButton *remove = nullptr;
-};
 
 constexpr int placeholderIndex = 0; // of the good-receivers combo
 
@@ -61,45 +49,14 @@ QLabel *newHintLabel()
     return hint;
 }
 
-void selectBand(QComboBox *band, double mhz)
-{
-    const int preset = bandPresetIndex(mhz);
-    const int custom = band->count() - 1;
-    band->setCurrentIndex(preset < 0 ? custom : preset);
-}
-
-QComboBox *newBandCombo(double mhz)
+QComboBox *newBandCombo()
 {
     auto *band = new QComboBox;
     for (const BandPreset &preset : bandPresets()) {
         band->addItem(preset.text, preset.mhz);
     }
     band->addItem(QStringLiteral("Custom frequency"));
-    selectBand(band, mhz);
     return band;
-}
-
-void onBandChosen(const ReceiverForm &form, int index)
-{
-    const QVariant mhz = form.band->itemData(index);
-    if (mhz.isValid()) {
-        form.frequency->setText(frequencyText(mhz.toDouble()));
-    }
-}
-
-void onGoodReceiverChosen(const ReceiverForm &form, int index)
-{
-    const bool chosen = index > placeholderIndex;
-    form.remove->setEnabled(chosen);
-    if (!chosen) {
-        return;
-    }
-    const QVariantMap receiver = form.goodReceivers->itemData(index).toMap();
-    const double mhz = receiver.value(QStringLiteral("FrequencyMhz")).toDouble();
-    form.host->setText(receiver.value(QStringLiteral("Host")).toString());
-    form.port->setText(QString::number(receiver.value(QStringLiteral("Port")).toInt()));
-    form.frequency->setText(frequencyText(mhz));
-    selectBand(form.band, mhz);
 }
 
 // A long host name must not push the rest out of the dialog.
@@ -110,94 +67,137 @@ QComboBox *newGoodReceiversCombo()
     return combo;
 }
 
-ReceiverForm newForm(const Profile &profile, double mhz, const QString &statusText)
+} // namespace
+
+ReceiverDialog::ReceiverDialog(const ReceiverDialogValues &values,
+                               ReceiverDialogCallbacks callbacksToUse, QWidget *parent)
+    : QDialog(parent), callbacks(std::move(callbacksToUse)), host(new QLineEdit(values.host)),
+      port(new QLineEdit(QString::number(values.port))), status(newStatusLabel(values.status)),
+      band(newBandCombo()), frequency(new QLineEdit(frequencyText(values.frequencyMhz))),
+      goodReceivers(newGoodReceiversCombo()),
+      remove(new QPushButton(QStringLiteral("Remove Selected")))
 {
-    ReceiverForm form;
-    form.host = new QLineEdit(profile.kiwiHost);
-    form.port = new QLineEdit(QString::number(profile.kiwiPort));
-    form.status = newStatusLabel(statusText);
-    form.band = newBandCombo(mhz);
-    form.frequency = new QLineEdit(frequencyText(mhz));
-    form.goodReceivers = newGoodReceiversCombo();
-    form.remove = new QPushButton(QStringLiteral("Remove Selected"));
-    form.remove->setEnabled(false);
-    return form;
+    setWindowTitle(QStringLiteral("Kiwi Receiver"));
+    setMinimumSize(700, 295);
+    resize(760, 315);
+
+    selectBand(values.frequencyMhz);
+    fillGoodReceiversCombo(values.goodReceivers);
+    remove->setEnabled(false);
+    QDialogButtonBox *buttons = newButtons();
+    arrange(buttons);
+    tabInShownOrder(*buttons);
+    watchCombos();
+    connect(remove, &QPushButton::clicked, this, [this] { removeSelectedGoodReceiver(); });
+    keepOnScreen(this);
+}
+
+void ReceiverDialog::setStatus(const QString &text)
+{
+    status->setText(text);
+}
+
+QDialogButtonBox *ReceiverDialog::newButtons()
+{
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    const auto *applyButton =
+        buttons->addButton(QStringLiteral("Apply and Connect"), QDialogButtonBox::AcceptRole);
+    const auto *disconnectButton =
+        buttons->addButton(QStringLiteral("Disconnect"), QDialogButtonBox::ActionRole);
+    connect(applyButton, &QPushButton::clicked, this, [this] { apply(); });
+    connect(disconnectButton, &QPushButton::clicked, this, [this] { callbacks.onDisconnect(); });
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    return buttons;
 }
 
 // Tab runs through the widgets in the order in which they are added here.
-void arrange(QDialog *dialog, const ReceiverForm &form, QDialogButtonBox *buttons)
+void ReceiverDialog::arrange(QDialogButtonBox *buttons)
 {
-    auto *grid = new QGridLayout(dialog);
-    addLabelled(grid, QStringLiteral("Receiver:"), form.host, 0, 0);
-    addLabelled(grid, QStringLiteral("Port:"), form.port, 0, 2);
-    grid->addWidget(form.status, 0, 4, 2, 1);
-    addLabelled(grid, QStringLiteral("Band:"), form.band, 1, 0);
-    addLabelled(grid, QStringLiteral("MHz:"), form.frequency, 1, 2);
-    addLabelled(grid, QStringLiteral("Good receivers:"), form.goodReceivers, 2, 0, 3);
-    grid->addWidget(form.remove, 2, 4);
+    auto *grid = new QGridLayout(this);
+    addLabelled(grid, QStringLiteral("Receiver:"), host, 0, 0);
+    addLabelled(grid, QStringLiteral("Port:"), port, 0, 2);
+    grid->addWidget(status, 0, 4, 2, 1);
+    addLabelled(grid, QStringLiteral("Band:"), band, 1, 0);
+    addLabelled(grid, QStringLiteral("MHz:"), frequency, 1, 2);
+    addLabelled(grid, QStringLiteral("Good receivers:"), goodReceivers, 2, 0, 3);
+    grid->addWidget(remove, 2, 4);
     grid->addWidget(newHintLabel(), 3, 0, 1, 5);
     grid->addWidget(buttons, 4, 0, 1, 5);
 }
 
-void watchCombos(const ReceiverForm &form)
+void ReceiverDialog::watchCombos()
 {
     const auto chosen = QOverload<int>::of(&QComboBox::currentIndexChanged);
-    QObject::connect(form.band, chosen, form.band,
-                     [form](int index) { onBandChosen(form, index); });
-    QObject::connect(form.goodReceivers, chosen, form.goodReceivers,
-                     [form](int index) { onGoodReceiverChosen(form, index); });
+    connect(band, chosen, this, [this](int index) { onBandChosen(index); });
+    connect(goodReceivers, chosen, this, [this](int index) { onGoodReceiverChosen(index); });
 }
 
-} // namespace
-
-void MainWindow::showReceiverDialog()
+void ReceiverDialog::fillGoodReceiversCombo(const QVector<GoodReceiver> &receivers)
 {
-    loadFrequencyFile();
-    QDialog dialog(this);
-    dialog.setWindowTitle(QStringLiteral("Kiwi Receiver"));
-    dialog.setMinimumSize(700, 295);
-    dialog.resize(760, 315);
-
-    const ReceiverForm form = newForm(profile, frequencyMhz, kiwiStatusText());
-    fillGoodReceiversCombo(form.goodReceivers);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
-    const auto *apply =
-        buttons->addButton(QStringLiteral("Apply and Connect"), QDialogButtonBox::AcceptRole);
-    const auto *disconnectButton =
-        buttons->addButton(QStringLiteral("Disconnect"), QDialogButtonBox::ActionRole);
-    arrange(&dialog, form, buttons);
-    tabInShownOrder(*buttons);
-    watchCombos(form);
-    connect(form.remove, &QPushButton::clicked, this, [this, form] {
-        removeSelectedGoodReceiver(form.goodReceivers, form.remove, form.status);
-    });
-    connect(apply, &QPushButton::clicked, this, [this, form] {
-        applyReceiver(form.host->text(), form.port->text(), form.frequency->text());
-    });
-    connect(disconnectButton, &QPushButton::clicked, this, [this] { disconnectKiwi(true); });
-    connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-
-    receiverStatusLabel = form.status;
-    keepOnScreen(&dialog);
-    dialog.exec();
-    receiverStatusLabel = nullptr;
-}
-
-void MainWindow::applyReceiver(const QString &hostText, const QString &portText,
-                               const QString &mhzText)
-{
-    const ReceiverInput input = readReceiverInput(hostText, portText, mhzText);
-    if (!input.refusal.isEmpty()) {
-        return receiverStatusLabel->setText(input.refusal);
+    goodReceivers->clear();
+    goodReceivers->addItem(QStringLiteral("Select a saved good receiver"));
+    for (const GoodReceiver &receiver : receivers) {
+        goodReceivers->addItem(
+            goodReceiverText(receiver),
+            QVariantMap{{QStringLiteral("Host"), receiver.host},
+                        {QStringLiteral("Port"), receiver.port},
+                        {QStringLiteral("FrequencyMhz"), receiver.frequencyMhz}});
     }
-    // Once removed, it may be recorded as a good receiver again.
-    changeRemovedReceivers(receiverKey(input.host, input.port), false);
-    profile.kiwiHost = input.host;
-    profile.kiwiPort = input.port;
-    frequencyMhz = input.frequencyMhz;
-    saveDefaultProfileQuietly();
-    saveFrequencyFile();
-    connectKiwi();
+}
+
+void ReceiverDialog::selectBand(double mhz)
+{
+    const int preset = bandPresetIndex(mhz);
+    const int custom = band->count() - 1;
+    band->setCurrentIndex(preset < 0 ? custom : preset);
+}
+
+void ReceiverDialog::onBandChosen(int index)
+{
+    const QVariant mhz = band->itemData(index);
+    if (mhz.isValid()) {
+        frequency->setText(frequencyText(mhz.toDouble()));
+    }
+}
+
+void ReceiverDialog::onGoodReceiverChosen(int index)
+{
+    const bool chosen = index > placeholderIndex;
+    remove->setEnabled(chosen);
+    if (!chosen) {
+        return;
+    }
+    const QVariantMap receiver = goodReceivers->itemData(index).toMap();
+    const double mhz = receiver.value(QStringLiteral("FrequencyMhz")).toDouble();
+    host->setText(receiver.value(QStringLiteral("Host")).toString());
+    port->setText(QString::number(receiver.value(QStringLiteral("Port")).toInt()));
+    frequency->setText(frequencyText(mhz));
+    selectBand(mhz);
+}
+
+// The combo shows the list anew, at its placeholder, unless the list could not be changed.
+void ReceiverDialog::removeSelectedGoodReceiver()
+{
+    if (goodReceivers->currentIndex() <= placeholderIndex) {
+        return;
+    }
+    const QVariantMap selected = goodReceivers->currentData().toMap();
+    const ReceiverRemoval removal =
+        callbacks.onRemove(selected.value(QStringLiteral("Host")).toString().trimmed(),
+                           selected.value(QStringLiteral("Port")).toInt());
+    if (removal.outcome != ReceiverRemoval::Failed) {
+        fillGoodReceiversCombo(removal.left);
+    }
+    setStatus(removal.text);
+}
+
+void ReceiverDialog::apply()
+{
+    const ReceiverInput input = readReceiverInput(host->text(), port->text(), frequency->text());
+    if (!input.refusal.isEmpty()) {
+        return setStatus(input.refusal);
+    }
+    callbacks.onApply(input);
 }
 
 } // namespace outpost

@@ -1,25 +1,13 @@
-#include "app/mainwindow.h"
-#include "base/atomicfile.h"
-#include "base/datafile.h"
-#include "base/datapaths.h"
-#include "base/dialogs.h"
-#include "base/lockfile.h"
-#include "base/logline.h"
-#include "base/smallscreen.h"
+#include "store/statuslogwindow.h"
+
 #include "store/textchanges.h"
 
-#include <QDialog>
-#include <QDialogButtonBox>
-#include <QDir>
-#include <QFileInfo>
-#include <QJsonDocument>
-#include <QLockFile>
 #include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextCursor>
-#include <QTimer>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace outpost
 {
@@ -29,24 +17,9 @@ namespace
 
 constexpr int refreshIntervalMs = 5000;
 
-// A damaged log gives way to a fresh one.
-QJsonObject statusLogIn(const std::optional<QByteArray> &file)
+QPlainTextEdit *newLogView(QWidget *parent)
 {
-    return parseJsonObject(file.value_or(QByteArray())).value_or(QJsonObject());
-}
-
-SaveResult addToStatusLog(const QString &path, const StatusSession &session, qint64 endMs)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    const auto lock = takeLock(path, changeWaitMs);
-    const std::optional<QByteArray> file = readFile(path);
-    const QJsonObject log = withFinishedSession(statusLogIn(file), session, endMs);
-    return saveAtomically(path, QJsonDocument(log).toJson(), {}, waitToReplaceMs(file.has_value()));
-}
-
-QPlainTextEdit *newLogView(QDialog *dialog)
-{
-    auto *view = new QPlainTextEdit(dialog);
+    auto *view = new QPlainTextEdit(parent);
     view->setReadOnly(true);
     view->setUndoRedoEnabled(false); // or every refresh would be kept
     view->setLineWrapMode(QPlainTextEdit::NoWrap);
@@ -127,8 +100,19 @@ QString asShown(QString text)
     return text;
 }
 
-// What the reader has selected stays selected, and what is in view stays there.
-void replaceText(QPlainTextEdit *view, const QString &text)
+} // namespace
+
+StatusLogWindow::StatusLogWindow(QWidget *parent, std::function<void()> onRefreshDue)
+    : LiveDialog(parent, QStringLiteral("PELQ Kiwi Outpost Status Log"), refreshIntervalMs,
+                 std::move(onRefreshDue)),
+      view(newLogView(this))
+{
+    resize(760, 500);
+    contents()->addWidget(view);
+    addCloseBox();
+}
+
+void StatusLogWindow::refresh(const QString &text)
 {
     const QVector<TextChange> changes = textChanges(view->toPlainText(), asShown(text));
     if (changes.isEmpty()) {
@@ -137,91 +121,6 @@ void replaceText(QPlainTextEdit *view, const QString &text)
     const Reader reader = readerOf(*view);
     makeChanges(view->document(), changes);
     restoreReader(view, changedReader(changes, reader));
-}
-
-} // namespace
-
-void MainWindow::startStatusSession()
-{
-    const QString host = profile.kiwiHost.trimmed();
-    if (statusSession.active || host.isEmpty()) {
-        return;
-    }
-    statusSession = {true, host, profile.kiwiPort, frequencyMhz, nowMs(), 0};
-    refreshStatusBar();
-    refreshStatusLogView();
-}
-
-void MainWindow::addSessionDecodes(qint64 count)
-{
-    if (statusSession.active && count > 0) {
-        statusSession.decodes += count;
-    }
-}
-
-void MainWindow::finishStatusSession()
-{
-    if (!statusSession.active) {
-        return;
-    }
-    const SaveResult saved =
-        addToStatusLog(statusLogPath(options.dataFolder), statusSession, nowMs());
-    if (!saved) {
-        logLine(QStringLiteral("Status log save failed: %1").arg(saved.error));
-    }
-    statusSession = {};
-    refreshStatusBar();
-    rebuildStatusHistory();
-    refreshStatusLogView();
-}
-
-void MainWindow::rebuildStatusHistory()
-{
-    statusHistory = statusHistoryText(readFile(statusLogPath(options.dataFolder)));
-}
-
-void MainWindow::refreshStatusLogView()
-{
-    if (!statusLogView) {
-        return;
-    }
-    const QString shownPath = QDir::toNativeSeparators(statusLogPath(options.dataFolder));
-    replaceText(statusLogView, statusLogText(statusSession, nowMs(), shownPath, statusHistory));
-}
-
-void MainWindow::showStatusLogWindow()
-{
-    if (statusLogDialog) {
-        statusLogDialog->show();
-        statusLogDialog->raise();
-        statusLogDialog->activateWindow();
-        return;
-    }
-    buildStatusLogWindow();
-    statusLogDialog->show();
-}
-
-void MainWindow::buildStatusLogWindow()
-{
-    rebuildStatusHistory();
-    statusLogDialog = new QDialog(this);
-    statusLogDialog->setAttribute(Qt::WA_DeleteOnClose);
-    statusLogDialog->setWindowTitle(QStringLiteral("PELQ Kiwi Outpost Status Log"));
-    statusLogDialog->resize(760, 500);
-    statusLogView = newLogView(statusLogDialog);
-    auto *layout = new QVBoxLayout(statusLogDialog);
-    layout->addWidget(statusLogView);
-    layout->addWidget(newCloseBox(statusLogDialog));
-    keepOnScreen(statusLogDialog);
-    statusLogTimer = new QTimer(statusLogDialog);
-    connect(statusLogTimer, &QTimer::timeout, this, [this] { refreshStatusLogView(); });
-    connect(statusLogDialog, &QObject::destroyed, this, [this] {
-        statusLogDialog = nullptr;
-        statusLogView = nullptr;
-        statusLogTimer = nullptr;
-    });
-    refreshStatusLogView();
-    statusLogTimer->start(refreshIntervalMs);
 }
 
 } // namespace outpost

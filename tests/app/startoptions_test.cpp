@@ -89,7 +89,7 @@ private slots:
     void saveProfileSavesInTheOpenedOne()
     {
         start(withProfile());
-        window->saveCurrentProfile();
+        choose(*window, {QStringLiteral("File"), QStringLiteral("Save Profile")});
         QCOMPARE(jsonFile(profileFile()).value(QLatin1String("Host")).toString(),
                  QStringLiteral("receiver.example"));
         QVERIFY(!hasDataFile(saved));

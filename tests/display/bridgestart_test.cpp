@@ -262,8 +262,10 @@ void BridgeStartTest::aNewProfileChangesTheShownPortOnly()
     QVERIFY(client.waitForGreeting());
     const int newPort = freePort();
     testHome().writeProfile(station->profile(newPort));
-    QVERIFY((*station)->loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")),
-                                    false));
+    QVERIFY((*station)
+                ->profileStore()
+                .loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")))
+                .profile);
     QVERIFY(bridgeStatus().startsWith(
         QStringLiteral("Bridge: Listening on 127.0.0.1:%1 — 1 client(s)\n").arg(newPort)));
     const BridgeClient onTheOldPort(station->bridgePort);
@@ -281,8 +283,10 @@ void BridgeStartTest::aNewProfileChangesTheShownPortOnly()
 void BridgeStartTest::whileListeningAPortOutOfRangeIsNotCorrected()
 {
     testHome().writeProfile(station->profile(70000));
-    QVERIFY((*station)->loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")),
-                                    false));
+    QVERIFY((*station)
+                ->profileStore()
+                .loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")))
+                .profile);
     trace->clear();
     chooseBridge("Start Local WSJT Bridge");
     QCOMPARE(bridgeTrace(), alreadyListeningOn(70000));

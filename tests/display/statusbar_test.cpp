@@ -93,8 +93,10 @@ void StatusBarTest::theReceiverIsConnectedWhileItsSoundArrives()
     profile.insert(QStringLiteral("Host"), QStringLiteral("127.0.0.1"));
     profile.insert(QStringLiteral("Port"), receiver.port());
     testHome().writeProfile(profile);
-    QVERIFY(
-        (*station)->loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")), {}));
+    QVERIFY((*station)
+                ->profileStore()
+                .loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")))
+                .profile);
     (*station)->connectKiwi();
     QCOMPARE(summary(), nothingConnected);
     QTRY_COMPARE_WITH_TIMEOUT(

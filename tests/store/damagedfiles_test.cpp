@@ -121,8 +121,8 @@ void useEverything(MainWindow &window)
     QVERIFY(!shownLog(window).isEmpty());
     window.recordGoodReceiver(3);
     finishASession(window);
-    window.saveDefaultProfileQuietly();
-    window.saveFrequencyFile();
+    window.profileStore().saveDefaultProfileQuietly();
+    window.profileStore().saveFrequencyFile();
     QVERIFY(!savedList().isEmpty());
     const QJsonArray sessions = jsonFile(logFile()).value(QStringLiteral("Sessions")).toArray();
     QVERIFY(!sessions.isEmpty());

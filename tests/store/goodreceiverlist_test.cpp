@@ -286,7 +286,7 @@ void GoodReceiverListTest::laterDecodesLeaveTheFileAsItIs()
     const QByteArray first = fileBytes(listFile()).replace("    ", "\t");
     putFile(listFile(), first);
     putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.074");
-    window.loadFrequencyFile();
+    window.profileStore().loadFrequencyFile();
     const LogTrace trace;
     window.onDecodesDelivered(QStringLiteral("18:04:15"), parseDecodeLines(decodeLines(9)));
     window.appendDecodes(QStringLiteral("18:04:15"), parseDecodeLines(decodeLines(9)));

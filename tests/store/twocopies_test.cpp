@@ -41,7 +41,7 @@ void hearOf(MainWindow &window, const QString &host)
 {
     const QString path = QDir::homePath() + QStringLiteral("/profiles/%1.json").arg(host);
     putFile(path, QJsonDocument(QJsonObject{{QStringLiteral("Host"), host}}).toJson());
-    window.loadProfile(path, false);
+    window.profileStore().loadProfile(path);
     window.recordGoodReceiver(1);
 }
 
