@@ -53,7 +53,7 @@ inline bool changeSetting(const QString &key, const SettingsStore::Change &chang
 // jt9's decode depth, 1 to 3, from "decoder/depth"; anything else stored there counts as 2.
 inline int storedDecodeDepth(const QSettings &settings)
 {
-    // A larger one, as a narrower type would cut it short, is not among them.
+    // Read as 64 bits: toInt() would cut a larger number short.
     const qint64 depth = settings.value(QStringLiteral("decoder/depth"), 2).toLongLong();
     return depth >= 1 && depth <= 3 ? static_cast<int>(depth) : 2;
 }

@@ -2,6 +2,7 @@
 #include "base/lockfile.h"
 #include "base/settings.h"
 
+#include <QDir>
 #include <QLockFile>
 
 namespace outpost
@@ -11,6 +12,7 @@ namespace outpost
 // reading and writing would be lost.
 bool SettingsStore::store(const QString &key, const Change &change) const
 {
+    QDir().mkpath(dataFolder()); // for the lock
     const auto lock = takeLock(dataFolder() + QStringLiteral("/settings"), changeWaitMs);
     QSettings settings = open();
     settings.setValue(key, change(settings.value(key)));

@@ -1,19 +1,56 @@
+#include "base/datapaths.h"
+#include "base/lockfile.h"
 #include "base/settings.h"
 
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLockFile>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace outpost
 {
 
+namespace
+{
+const QString key = QStringLiteral("test/key");
+
+#ifdef Q_OS_WIN
+QString lockFolder(const SettingsStore & /*settings*/)
+{
+    return dataFolder();
+}
+
+QString lockFile(const SettingsStore & /*settings*/)
+{
+    return dataFolder() + QStringLiteral("/settings.lock");
+}
+#else
+QString lockFolder(const SettingsStore &settings)
+{
+    return QFileInfo(settings.fileName()).path();
+}
+
+QString lockFile(const SettingsStore &settings)
+{
+    return settings.fileName() + QStringLiteral(".lock");
+}
+#endif
+} // namespace
+
 class SettingsTest : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); } // on Windows for the lock
     void storedDepth_data();
     void storedDepth();
     void openedByTheirOwnNames();
+    void aChangeIsMadeUnderALock();
+    void aChangeWaitsForAnotherCopy();
 };
 
 void SettingsTest::storedDepth_data()
@@ -55,7 +92,36 @@ void SettingsTest::openedByTheirOwnNames()
     QCOMPARE(settings.applicationName(), QStringLiteral("PELQ Kiwi Outpost"));
 }
 
+// Also on a first start, when the lock's folder is not there yet.
+void SettingsTest::aChangeIsMadeUnderALock()
+{
+    const QTemporaryDir folder;
+    const SettingsStore settings(folder.filePath(QStringLiteral("config/settings.ini")));
+    QDir(lockFolder(settings)).removeRecursively();
+    bool locked = false;
+    QVERIFY(settings.change(key, [&](const QVariant &) {
+        locked = QFile::exists(lockFile(settings));
+        return QVariant(1);
+    }));
+    QVERIFY(locked);
+    QVERIFY(!QFile::exists(lockFile(settings)));
+}
+
+// One that has the lock and does not let it go.
+void SettingsTest::aChangeWaitsForAnotherCopy()
+{
+    const QTemporaryDir folder;
+    const SettingsStore settings(folder.filePath(QStringLiteral("settings.ini")));
+    QDir().mkpath(lockFolder(settings));
+    QLockFile stuck(lockFile(settings));
+    QVERIFY(stuck.tryLock());
+    QElapsedTimer timer;
+    timer.start();
+    settings.save(key, 1);
+    QVERIFY(timer.elapsed() >= changeWaitMs);
+}
+
 } // namespace outpost
 
-QTEST_APPLESS_MAIN(outpost::SettingsTest)
+QTEST_GUILESS_MAIN(outpost::SettingsTest)
 #include "settings_test.moc"
