@@ -21,7 +21,7 @@ struct SaveResult {
 
 // Replaces the file at `path` by `content`, whole or not at all. The folder must exist. Content
 // that does not all reach the disk counts as not committed, and so does a file that another
-// program keeps from being replaced for longer than `waitMs` (see store/lockedfile.h). `textFlag`
+// program keeps from being replaced for longer than `waitMs` (see base/lockedfile.h). `textFlag`
 // is QIODevice::Text for files with the platform's line ends, else nothing.
 SaveResult saveAtomically(const QString &path, const QByteArray &content,
                           QIODevice::OpenMode textFlag = {}, int waitMs = lockedFileMs);
