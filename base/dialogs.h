@@ -16,8 +16,8 @@ void showInformation(QWidget *parent, const QString &title, const QString &text)
 // Holds one Close button, which Enter presses.
 QDialogButtonBox *newCloseBox(QDialog *dialog);
 
-// To be called for a box of several buttons. Tab enters a box at the button shown first, and would
-// pass by those that were made before it.
+// To be called for a box of several buttons. Qt tabs through the buttons in the order of their
+// creation; this makes it the visible order.
 void tabInShownOrder(const QDialogButtonBox &box);
 
 } // namespace outpost

@@ -65,20 +65,21 @@ protected:
     bool eventFilter(QObject * /*watched*/, QEvent *event) override
     {
         if (event->type() == QEvent::Show && !event->spontaneous()) {
-            keep(dialog->size().expandedTo(smallestSize(*dialog)));
+            // The frame is not known before a window is on the screen, but its parent's is.
+            keep(dialog->size().expandedTo(smallestSize(*dialog)),
+                 *dialog->parentWidget()->window());
         } else if (event->type() == QEvent::LayoutRequest && dialog->isVisible()) {
-            keep(smallestSize(*dialog)); // a larger size is the operator's own
+            keep(smallestSize(*dialog), *dialog); // a larger size is the operator's own
         }
         return false;
     }
 
 private:
-    void keep(const QSize &wanted)
+    // On the screen that `shown` is on, in a frame like its.
+    void keep(const QSize &wanted, const QWidget &shown)
     {
-        // The frame is not known before a window is on the screen, but its parent's is.
-        const QWidget *beside = dialog->parentWidget()->window();
-        const QRect free = beside->screen()->availableGeometry();
-        const QSize room = free.size() - (beside->frameSize() - beside->size());
+        const QRect free = shown.screen()->availableGeometry();
+        const QSize room = free.size() - (shown.frameSize() - shown.size());
         if (fits(wanted, room)) {
             return;
         }

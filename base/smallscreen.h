@@ -10,7 +10,7 @@ namespace outpost
 // changes. For a dialog with a button box at the end of its layout.
 void keepOnScreen(QDialog *dialog);
 
-// Whether it has come to that. The dialog's size is then no longer that of its contents.
+// Whether the content scrolls. The dialog's size is then no longer that of its contents.
 bool scrollsToFitScreen(const QDialog &dialog);
 
 } // namespace outpost

@@ -14,8 +14,8 @@ struct TextChange {
 };
 
 // What makes one text of the other, from the end to the begin, so that each change can be made at
-// its position in the old text. Lines that both texts have stay. The time grows with the number of
-// lines and no faster.
+// its position in the old text. Lines that both texts have stay. Takes n log n in the
+// number of lines.
 QVector<TextChange> textChanges(const QString &from, const QString &to);
 
 // Which end of a selection a position is. Text that comes in at either stays outside.

@@ -15,6 +15,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QTableWidget>
+#include <QVBoxLayout>
 #include <QtTest>
 #include <algorithm>
 
@@ -26,6 +27,7 @@ namespace
 
 const bool twiceAsLarge = qputenv("QT_SCALE_FACTOR", "2"); // before the application is made
 const QStringList help{QStringLiteral("Help"), QStringLiteral("Help / About PELQ Kiwi Outpost")};
+const QStringList highlight{QStringLiteral("Settings"), QStringLiteral("Highlight Calls...")};
 const QStringList receiver{QStringLiteral("Settings"), QStringLiteral("Kiwi Receiver...")};
 
 QStringList view(const char *name)
@@ -49,7 +51,7 @@ void inDialog(const TestStation &station, const QStringList &entry,
         act(qobject_cast<QDialog *>(dialog));
         dialog->close();
     };
-    const bool modal = entry == help || entry == receiver;
+    const bool modal = entry == help || entry == highlight || entry == receiver;
     if (modal) {
         whenDialogOpens(look);
     }
@@ -129,6 +131,7 @@ private slots:
     void whatFitsIsLeftAlone_data();
     void whatFitsIsLeftAlone();
     void aDialogThatGrowsStaysOnTheScreen();
+    void aDialogThatGrowsGoesByItsOwnFrame();
     void aRefreshLeavesItsSizeToTheOperator();
     void theKeyboardStaysWhereItWasWhenADialogGrows();
 };
@@ -144,6 +147,7 @@ void SmallScreenTest::everyButtonIsInReach_data()
 {
     QTest::addColumn<QStringList>("entry");
     QTest::newRow("Help") << help;
+    QTest::newRow("Highlight Calls") << highlight;
     QTest::newRow("Kiwi Receiver") << receiver;
     QTest::newRow("Status Log") << view("Status Log");
     QTest::newRow("Station Display") << view("Station Display");
@@ -266,6 +270,27 @@ void SmallScreenTest::aDialogThatGrowsStaysOnTheScreen()
                           Qt::LeftButton);
         QVERIFY(!dialog->isVisible());
     });
+}
+
+// As by its own screen, when it is not its parent's.
+void SmallScreenTest::aDialogThatGrowsGoesByItsOwnFrame()
+{
+    QWidget parent(nullptr, Qt::FramelessWindowHint);
+    parent.show();
+    QDialog dialog(&parent);
+    auto *layout = new QVBoxLayout(&dialog);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto *content = new QWidget(&dialog);
+    layout->addWidget(content);
+    layout->addWidget(new QDialogButtonBox(QDialogButtonBox::Close, &dialog));
+    keepOnScreen(&dialog);
+    dialog.show();
+    QTRY_VERIFY(dialog.frameSize() != dialog.size());
+    QVERIFY(parent.frameSize() == parent.size());
+    const QSize free = freeArea(&dialog).size();
+    content->setMinimumSize(free.width(), free.height() - dialog.minimumSizeHint().height());
+    QTRY_COMPARE(dialog.frameGeometry(), freeArea(&dialog));
+    QCOMPARE(outOfReach(&dialog), QString());
 }
 
 void SmallScreenTest::aRefreshLeavesItsSizeToTheOperator()
