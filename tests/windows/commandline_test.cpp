@@ -58,6 +58,7 @@ private slots:
         QCOMPARE(answer.errors, QByteArray("kiwi-outpost: Unknown option 'nonsense'.\n"));
     }
 
+    // Since Windows 10 1903 the manifest makes the code page UTF-8, which can write every name.
     void aProfileIsFoundUnderItsName_data()
     {
         QTest::addColumn<QString>("name");
