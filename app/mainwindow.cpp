@@ -6,6 +6,12 @@
 #include "base/logline.h"
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"
+#include "display/bridgetexts.h"
+#include "display/decodetable.h"
+#include "display/highlightcalls.h"
+#include "display/highlighteditor.h"
+#include "display/stationdisplay.h"
+#include "display/statussummary.h"
 #include "kiwi/kiwicommands.h"
 #include "store/profilemenu.h"
 #include "store/receiverdialog.h"
@@ -14,12 +20,10 @@
 
 #include <QApplication>
 #include <QDialog>
-#include <QLabel>
 #include <QMenuBar>
 #include <QProcessEnvironment>
 #include <QPushButton>
 #include <QStatusBar>
-#include <QTableWidget>
 #include <QTcpServer>
 #include <QTimer>
 #include <QWebSocket>
@@ -36,11 +40,11 @@ MainWindow::MainWindow(StationOptions stationOptions)
     setWindowTitle(QStringLiteral("PELQ Kiwi Outpost"));
     resize(345, 245);
     setMinimumSize(345, 175);
-    loadHighlightCalls();
     buildMenus(this, menuChoices(), storedDecodeDepth(options.settings.open()));
     buildDecodeTable();
     buildClearButton();
-    buildStatusLabel();
+    statusSummary = new StatusSummary(statusBar(), font(), minimumWidth());
+    refreshStatusBar();
     buildCapture();
     probeTimer = new QTimer(this);
     probeTimer->setSingleShot(true);
@@ -199,6 +203,20 @@ void MainWindow::refreshStatusLogView()
     }
 }
 
+void MainWindow::buildDecodeTable()
+{
+    decodeTable = new DecodeTable(this, [this](int width) { fitToDecodes(width); });
+    decodeTable->highlight(storedHighlightCalls(options.settings));
+    setCentralWidget(decodeTable);
+}
+
+// The window follows the table's width both ways and keeps its height.
+void MainWindow::fitToDecodes(int tableWidth)
+{
+    setMinimumWidth(qMax(tableWidth, menuBar()->sizeHint().width() + 20));
+    resize(tableWidth, height());
+}
+
 void MainWindow::buildClearButton()
 {
     auto *clear = new QPushButton(QStringLiteral("Clear"), menuBar());
@@ -208,48 +226,6 @@ void MainWindow::buildClearButton()
     clear->setFixedHeight(qMax(20, menuBar()->sizeHint().height() - 2));
     connect(clear, &QPushButton::clicked, this, [this] { clearDecodes(); });
     menuBar()->setCornerWidget(clear, Qt::TopRightCorner);
-}
-
-namespace
-{
-// The largest size, from the font's own downwards, at which the longest usual summary fits.
-QFont summaryFont(QFont font, int widthToFit)
-{
-    const QString longest =
-        QStringLiteral("Kiwi Disconnected | Bridge Disconnected | TDecodes 999999");
-    constexpr qreal smallestPoints = 6.5;
-    qreal points = font.pointSizeF() > 0 ? font.pointSizeF() : 9;
-    font.setWeight(QFont::Normal);
-    font.setPointSizeF(points);
-    while (points > smallestPoints && QFontMetrics(font).horizontalAdvance(longest) > widthToFit) {
-        points = qMax(smallestPoints, points - 0.25);
-        font.setPointSizeF(points);
-    }
-    return font;
-}
-} // namespace
-
-void MainWindow::buildStatusLabel()
-{
-    QStatusBar *bar = statusBar();
-    bar->clearMessage();
-    bar->setSizeGripEnabled(false);
-    bar->setContentsMargins(2, 0, 2, 0);
-    bar->setStyleSheet(QStringLiteral("QStatusBar::item { border: 0px; }"));
-
-    statusSummaryLabel = new QLabel(bar);
-    statusSummaryLabel->setAlignment(Qt::AlignCenter);
-    statusSummaryLabel->setContentsMargins(0, 0, 0, 0);
-    statusSummaryLabel->setMargin(0);
-    statusSummaryLabel->setMinimumWidth(0);
-    statusSummaryLabel->setWordWrap(false);
-    statusSummaryLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    const QFont labelFont = summaryFont(font(), qMax(250, minimumWidth() - 10));
-    statusSummaryLabel->setFont(labelFont);
-    bar->addWidget(statusSummaryLabel, 1);
-    bar->setFixedHeight(qMax(18, QFontMetrics(labelFont).height() + 6));
-    bar->show();
-    refreshStatusBar();
 }
 
 void MainWindow::buildCapture()
@@ -270,6 +246,57 @@ void MainWindow::buildCapture()
                 this, [this, periodLabel, decodes] { appendDecodes(periodLabel, decodes); },
                 Qt::QueuedConnection);
         });
+}
+
+void MainWindow::appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
+{
+    int rows = 0;
+    if (decodeTable) { // always, once the window is built
+        addSessionDecodes(decodeTable->append(periodLabel, decodes));
+        rows = decodeTable->rowCount();
+    }
+    recordGoodReceiver(rows);
+    refreshStationDisplay();
+    refreshStatusBar();
+}
+
+void MainWindow::clearDecodes()
+{
+    decodeTable->removeAll();
+}
+
+void MainWindow::editHighlightCalls()
+{
+    const auto calls = editedHighlightCalls(this, decodeTable->highlighted());
+    if (calls) {
+        saveHighlightCalls(options.settings, *calls);
+        decodeTable->highlight(*calls);
+    }
+}
+
+void MainWindow::refreshStatusBar()
+{
+    if (statusSummary) {
+        statusSummary->refresh(link.sndVerified, bridgeClients.size(),
+                               sessionLog.session().decodes);
+    }
+}
+
+void MainWindow::showStationDisplay()
+{
+    if (!stationDisplay) {
+        stationDisplay = new StationDisplay(this, [this] { refreshStationDisplay(); });
+    }
+    refreshStationDisplay();
+    stationDisplay->present();
+}
+
+void MainWindow::refreshStationDisplay()
+{
+    if (stationDisplay) {
+        stationDisplay->refresh(
+            {sessionLog.session(), nowMs(), bridgeState(), decodeTable->rows()});
+    }
 }
 
 } // namespace outpost

@@ -19,7 +19,6 @@
 
 class QDialog;
 class QLabel;
-class QTableWidget;
 class QTcpServer;
 class QTcpSocket;
 class QTimer;
@@ -29,10 +28,12 @@ namespace outpost
 {
 
 class BridgeStatusDialog;
+class DecodeTable;
 class KiwiAudioCapture;
 class ReceiverDialog;
 class StationDisplay;
 class StatusLogWindow;
+class StatusSummary;
 struct BridgeState;
 struct Ft8Decode;
 struct Jt9Places;
@@ -58,14 +59,13 @@ public:
     void findJt9(const Jt9Places &places);
     void selectJt9();
 
-    // ---- display/decodetable.cpp ----
+    // ---- app/mainwindow.cpp: the decodes and the views of the station ----
     void appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
     void clearDecodes();
-    void reapplyHighlights();
-
-    // ---- display/highlight.cpp ----
     void editHighlightCalls();
-    bool matchesHighlightedCall(const QString &text) const;
+    void refreshStatusBar();
+    void showStationDisplay();
+    void refreshStationDisplay();
 
     // ---- display/bridge.cpp ----
     void startBridge();
@@ -80,11 +80,6 @@ public:
     void showBridgeStatusDialog();
     void refreshBridgeStatus();
 
-    // ---- display/statusbar.cpp ----
-    void refreshStatusBar();
-    void showStationDisplay();
-    void refreshStationDisplay();
-
     // ---- store ----
     ProfileStore &profileStore() { return profiles; }
     void showReceiverDialog();
@@ -97,8 +92,9 @@ public:
 private:
     // ---- app/mainwindow.cpp ----
     MenuChoices menuChoices();
+    void buildDecodeTable();
+    void fitToDecodes(int tableWidth);
     void buildClearButton();
-    void buildStatusLabel();
     void buildCapture();
     void prepareForLogOff();
     void connectAtStart();
@@ -127,21 +123,6 @@ private:
 
     // ---- decode/choosedecoder.cpp ----
     void useJt9(const QString &path); // publishes it to the decode workers
-
-    // ---- display/decodetable.cpp ----
-    void buildDecodeTable();
-    int showDecodes(const QString &periodLabel,
-                    const QVector<Ft8Decode> &decodes); // rows then in the table
-    void appendDecodeRow(const QString &periodLabel, const Ft8Decode &decode);
-    void dropOldPeriods();
-    void showLatestPeriodCount(int count);
-    void fitWindowToTable();
-    void showNewestRow();
-    bool rowIsHighlighted(int row) const;
-    void applyRowHighlight(int row);
-
-    // ---- display/highlight.cpp ----
-    void loadHighlightCalls();
 
     // ---- display/bridge.cpp ----
     bool bridgeListening() const;
@@ -175,10 +156,9 @@ private:
     // Decode
     std::unique_ptr<KiwiAudioCapture> capture;
 
-    // Display: table, highlights, status bar
-    QTableWidget *decodeTable = nullptr;
-    QStringList highlightCalls;
-    QLabel *statusSummaryLabel = nullptr;
+    // Display: table, status bar
+    DecodeTable *decodeTable = nullptr;
+    StatusSummary *statusSummary = nullptr;
 
     // Display: bridge
     QTcpServer *bridgeServer = nullptr; // null while stopped

@@ -1,13 +1,12 @@
-#include "app/mainwindow.h"
+#include "display/decodetable.h"
+
 #include "decode/ft8decode.h"
-#include "display/decoderow.h"
-#include "display/decodeview.h"
+#include "display/highlightcalls.h"
 #include "display/tabletexts.h"
 
 #include <QHeaderView>
-#include <QMenuBar>
 #include <QScrollBar>
-#include <QTableWidget>
+#include <utility>
 
 namespace outpost
 {
@@ -22,7 +21,7 @@ void setSectionResizeMode(QTableWidget *table, QHeaderView::ResizeMode mode)
 }
 
 // Sections that follow their contents measure every cell again after each step of a batch. Held
-// still, they are measured once, by fitWindowToTable().
+// still, they are measured once, by fitToContents().
 void holdSections(QTableWidget *table)
 {
     setSectionResizeMode(table, QHeaderView::Fixed);
@@ -37,127 +36,6 @@ void releaseSections(QTableWidget *table)
     }
 }
 
-} // namespace
-
-void MainWindow::buildDecodeTable()
-{
-    decodeTable = new DecodeView(this);
-    decodeTable->setAccessibleName(QStringLiteral("Decodes"));
-    decodeTable->setColumnCount(DecodeColumnCount);
-    decodeTable->setHorizontalHeaderLabels(decodeHeaders());
-    showLatestPeriodCount(0);
-    decodeTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    decodeTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    decodeTable->setSelectionMode(QAbstractItemView::SingleSelection);
-    decodeTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    decodeTable->verticalHeader()->hide();
-    setSectionResizeMode(decodeTable, QHeaderView::ResizeToContents);
-    setCentralWidget(decodeTable);
-}
-
-void MainWindow::appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
-{
-    recordGoodReceiver(decodeTable ? showDecodes(periodLabel, decodes) : 0);
-    refreshStationDisplay();
-    refreshStatusBar();
-}
-
-int MainWindow::showDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
-{
-    decodeTable->setUpdatesEnabled(false);
-    holdSections(decodeTable);
-    decodeTable->setSortingEnabled(false);
-    decodeTable->setColumnCount(DecodeColumnCount);
-    decodeTable->setHorizontalHeaderLabels(decodeHeaders());
-    for (const Ft8Decode &decode : decodes) {
-        appendDecodeRow(periodLabel, decode);
-    }
-    dropOldPeriods();
-    const int latestCount = latestPeriodCount(columnTexts(*decodeTable, TimeColumn));
-    showLatestPeriodCount(latestCount);
-    addSessionDecodes(latestCount);
-    fitWindowToTable();
-    decodeTable->show();
-    decodeTable->setUpdatesEnabled(true);
-    decodeTable->viewport()->update();
-    showNewestRow();
-    releaseSections(decodeTable);
-    return decodeTable->rowCount();
-}
-
-void MainWindow::appendDecodeRow(const QString &periodLabel, const Ft8Decode &decode)
-{
-    const std::optional<DecodeCells> cells = decodeCells(periodLabel, decode);
-    if (!cells) {
-        return;
-    }
-    const int row = decodeTable->rowCount();
-    decodeTable->insertRow(row);
-    for (int column = 0; column < DecodeColumnCount; ++column) {
-        decodeTable->setItem(row, column,
-                             new QTableWidgetItem(cells->at(static_cast<size_t>(column))));
-    }
-    applyRowHighlight(row);
-}
-
-void MainWindow::dropOldPeriods()
-{
-    const QStringList labels = columnTexts(*decodeTable, TimeColumn);
-    const QStringList kept = keptPeriodLabels(labels);
-    const auto goes = [&](int row) { return !kept.contains(labels.at(row).trimmed()); };
-    for (int row = decodeTable->rowCount() - 1; row >= 0; --row) {
-        int count = 0; // of neighbours, which go at once
-        while (row >= count && goes(row - count)) {
-            ++count;
-        }
-        if (count > 0) {
-            decodeTable->model()->removeRows(row - count + 1, count);
-        }
-        row -= count;
-    }
-}
-
-void MainWindow::showLatestPeriodCount(int count)
-{
-    decodeTable->setHorizontalHeaderItem(MessageColumn, new QTableWidgetItem(messageHeader(count)));
-}
-
-// The window follows the table's width both ways and keeps its height.
-void MainWindow::fitWindowToTable()
-{
-    decodeTable->resizeColumnsToContents();
-    decodeTable->resizeRowsToContents();
-    int wanted =
-        2 * decodeTable->frameWidth() + decodeTable->verticalScrollBar()->sizeHint().width() + 10;
-    for (int column = 0; column < DecodeColumnCount; ++column) {
-        wanted += decodeTable->columnWidth(column);
-    }
-    setMinimumWidth(qMax(wanted, menuBar()->sizeHint().width() + 20));
-    resize(wanted, height());
-}
-
-void MainWindow::showNewestRow()
-{
-    const int row = decodeTable->rowCount() - 1;
-    if (row < 0) {
-        return;
-    }
-    decodeTable->scrollToBottom();
-    if (rowIsHighlighted(row)) {
-        decodeTable->clearSelection(); // it would cover the yellow
-    } else {
-        decodeTable->selectRow(row);
-    }
-}
-
-bool MainWindow::rowIsHighlighted(int row) const
-{
-    return matchesHighlightedCall(cellText(*decodeTable, row, MessageColumn));
-}
-
-namespace
-{
-
 void setColour(QTableWidgetItem *item, int role, const QVariant &brush)
 {
     if (item->data(role) != brush) { // every change of an item costs the view work
@@ -167,49 +45,157 @@ void setColour(QTableWidgetItem *item, int role, const QVariant &brush)
 
 } // namespace
 
-void MainWindow::applyRowHighlight(int row)
+DecodeTable::DecodeTable(QWidget *parent, std::function<void(int)> onWidth)
+    : DecodeView(parent), onWidthChanged(std::move(onWidth))
 {
-    if (!decodeTable || row < 0 || row >= decodeTable->rowCount()) {
+    setAccessibleName(QStringLiteral("Decodes"));
+    setColumnCount(DecodeColumnCount);
+    setHorizontalHeaderLabels(decodeHeaders());
+    showLatestPeriodCount(0);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    verticalHeader()->hide();
+    setSectionResizeMode(this, QHeaderView::ResizeToContents);
+}
+
+int DecodeTable::append(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
+{
+    setUpdatesEnabled(false);
+    holdSections(this);
+    setSortingEnabled(false);
+    setColumnCount(DecodeColumnCount);
+    setHorizontalHeaderLabels(decodeHeaders());
+    for (const Ft8Decode &decode : decodes) {
+        appendRow(periodLabel, decode);
+    }
+    dropOldPeriods();
+    const int latestCount = latestPeriodCount(columnTexts(*this, TimeColumn));
+    showLatestPeriodCount(latestCount);
+    fitToContents();
+    show();
+    setUpdatesEnabled(true);
+    viewport()->update();
+    showNewestRow();
+    releaseSections(this);
+    return latestCount;
+}
+
+void DecodeTable::appendRow(const QString &periodLabel, const Ft8Decode &decode)
+{
+    const std::optional<DecodeCells> cells = decodeCells(periodLabel, decode);
+    if (!cells) {
         return;
     }
-    const bool highlighted = rowIsHighlighted(row);
+    const int row = rowCount();
+    insertRow(row);
+    for (int column = 0; column < DecodeColumnCount; ++column) {
+        setItem(row, column, new QTableWidgetItem(cells->at(static_cast<size_t>(column))));
+    }
+    colourRow(row);
+}
+
+void DecodeTable::dropOldPeriods()
+{
+    const QStringList labels = columnTexts(*this, TimeColumn);
+    const QStringList kept = keptPeriodLabels(labels);
+    const auto stays = [&](int row) { return kept.contains(labels.at(row).trimmed()); };
+    int end = rowCount(); // of the rows to look at
+    while (end > 0) {
+        int begin = end; // of neighbours, which go at once
+        while (begin > 0 && !stays(begin - 1)) {
+            --begin;
+        }
+        if (begin < end) {
+            model()->removeRows(begin, end - begin);
+        }
+        end = begin - 1; // the row above them stays
+    }
+}
+
+void DecodeTable::showLatestPeriodCount(int count)
+{
+    setHorizontalHeaderItem(MessageColumn, new QTableWidgetItem(messageHeader(count)));
+}
+
+void DecodeTable::fitToContents()
+{
+    resizeColumnsToContents();
+    resizeRowsToContents();
+    int wanted = 2 * frameWidth() + verticalScrollBar()->sizeHint().width() + 10;
+    for (int column = 0; column < DecodeColumnCount; ++column) {
+        wanted += columnWidth(column);
+    }
+    onWidthChanged(wanted);
+}
+
+void DecodeTable::showNewestRow()
+{
+    const int row = rowCount() - 1;
+    if (row < 0) {
+        return;
+    }
+    scrollToBottom();
+    if (isHighlighted(row)) {
+        clearSelection(); // it would cover the yellow
+    } else {
+        selectRow(row);
+    }
+}
+
+bool DecodeTable::isHighlighted(int row) const
+{
+    return containsCall(cellText(*this, row, MessageColumn), highlightedCalls);
+}
+
+void DecodeTable::colourRow(int row)
+{
+    const bool highlighted = isHighlighted(row);
     const QVariant background = highlighted ? QBrush(Qt::yellow) : QVariant();
     const QVariant text = highlighted ? QBrush(Qt::black) : QVariant();
-    for (int column = 0; column < decodeTable->columnCount(); ++column) {
-        if (QTableWidgetItem *item = decodeTable->item(row, column)) {
-            setColour(item, Qt::BackgroundRole, background);
-            setColour(item, Qt::ForegroundRole, text);
+    for (int column = 0; column < columnCount(); ++column) {
+        if (QTableWidgetItem *cell = item(row, column)) {
+            setColour(cell, Qt::BackgroundRole, background);
+            setColour(cell, Qt::ForegroundRole, text);
         }
     }
 }
 
-void MainWindow::reapplyHighlights()
+void DecodeTable::highlight(const QStringList &calls)
 {
-    if (!decodeTable) {
-        return;
+    highlightedCalls = calls;
+    setUpdatesEnabled(false);
+    for (int row = 0; row < rowCount(); ++row) {
+        colourRow(row);
     }
-    decodeTable->setUpdatesEnabled(false);
-    for (int row = 0; row < decodeTable->rowCount(); ++row) {
-        applyRowHighlight(row);
+    if (currentRow() >= 0 && isHighlighted(currentRow())) {
+        clearSelection();
     }
-    if (decodeTable->currentRow() >= 0 && rowIsHighlighted(decodeTable->currentRow())) {
-        decodeTable->clearSelection();
-    }
-    decodeTable->setUpdatesEnabled(true);
-    decodeTable->viewport()->update();
+    setUpdatesEnabled(true);
+    viewport()->update();
 }
 
-void MainWindow::clearDecodes()
+void DecodeTable::removeAll()
 {
-    if (!decodeTable) {
-        return;
-    }
-    decodeTable->setUpdatesEnabled(false);
-    decodeTable->setRowCount(0);
+    setUpdatesEnabled(false);
+    setRowCount(0);
     showLatestPeriodCount(0);
-    decodeTable->clearSelection();
-    decodeTable->setUpdatesEnabled(true);
-    decodeTable->viewport()->update();
+    clearSelection();
+    setUpdatesEnabled(true);
+    viewport()->update();
+}
+
+QVector<DecodeCells> DecodeTable::rows() const
+{
+    QVector<DecodeCells> all(rowCount());
+    for (int row = 0; row < all.size(); ++row) {
+        int column = 0;
+        for (QString &text : all[row]) {
+            text = cellText(*this, row, column++);
+        }
+    }
+    return all;
 }
 
 } // namespace outpost

@@ -3,31 +3,20 @@
 #include <QAbstractItemDelegate>
 #include <QEvent>
 #include <QHeaderView>
-#include <algorithm>
 
 namespace outpost
 {
 
 namespace
 {
-// Rows that a column's width is measured by, from the visible ones on: more than three periods
-// of a crowded band.
-constexpr int measuredRows = 300;
+// Qt measures all cells of a table of so many rows: more than three periods of a crowded band.
+constexpr int maxMeasuredRows = 300;
 
-// Printable ASCII in the table's font: as high as any other such text.
 bool isPlain(const QTableWidgetItem &item)
 {
-    const QString text = item.text();
-    return !item.data(Qt::FontRole).isValid() && std::all_of(text.begin(), text.end(), [](QChar c) {
-        return c.unicode() >= ' ' && c.unicode() <= '~';
-    });
+    return !item.data(Qt::FontRole).isValid() && isPlainText(item.text());
 }
 } // namespace
-
-DecodeView::DecodeView(QWidget *parent) : QTableWidget(parent)
-{
-    horizontalHeader()->setResizeContentsPrecision(measuredRows);
-}
 
 int DecodeView::sizeHintForRow(int row) const
 {
@@ -35,16 +24,40 @@ int DecodeView::sizeHintForRow(int row) const
         return QTableWidget::sizeHintForRow(row);
     }
     if (plainRowHeight == 0) {
-        const QSize cell = itemDelegate()->sizeHint(viewOptions(), model()->index(row, 0));
-        plainRowHeight = cell.height() + (showGrid() ? 1 : 0);
+        plainRowHeight = measured(row, 0).height();
     }
     return plainRowHeight;
+}
+
+// Of the plain cells of a longer table Qt measures the widest only.
+int DecodeView::sizeHintForColumn(int column) const
+{
+    if (rowCount() <= maxMeasuredRows) {
+        return QTableWidget::sizeHintForColumn(column);
+    }
+    if (!plain) {
+        plain.emplace(font());
+    }
+    int width = 0;
+    int widestRow = -1;
+    double widest = -1;
+    for (int row = 0; row < rowCount(); ++row) {
+        const QTableWidgetItem *cell = item(row, column);
+        if (cell == nullptr || !isPlain(*cell)) {
+            width = qMax(width, measured(row, column).width());
+        } else if (const double plainWidth = plain->of(cell->text()); plainWidth > widest) {
+            widest = plainWidth;
+            widestRow = row;
+        }
+    }
+    return widestRow < 0 ? width : qMax(width, measured(widestRow, column).width());
 }
 
 void DecodeView::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
         plainRowHeight = 0;
+        plain.reset();
     }
     QTableWidget::changeEvent(event);
 }
@@ -58,6 +71,13 @@ bool DecodeView::isPlainRow(int row) const
         }
     }
     return columnCount() > 0;
+}
+
+QSize DecodeView::measured(int row, int column) const
+{
+    const int grid = showGrid() ? 1 : 0;
+    const QSize cell = itemDelegate()->sizeHint(viewOptions(), model()->index(row, column));
+    return cell + QSize(grid, grid);
 }
 
 } // namespace outpost

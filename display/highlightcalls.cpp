@@ -1,5 +1,7 @@
 #include "display/highlightcalls.h"
 
+#include "base/settings.h"
+
 #include <QRegularExpression>
 #include <algorithm>
 
@@ -8,6 +10,8 @@ namespace outpost
 
 namespace
 {
+
+const QString callsKey = QStringLiteral("highlight/calls");
 
 QString asCall(const QString &entry)
 {
@@ -35,6 +39,16 @@ QStringList validHighlightCalls(const QStringList &stored)
         }
     }
     return calls;
+}
+
+QStringList storedHighlightCalls(const SettingsStore &settings)
+{
+    return validHighlightCalls(settings.open().value(callsKey).toStringList());
+}
+
+void saveHighlightCalls(const SettingsStore &settings, const QStringList &calls)
+{
+    settings.save(callsKey, calls);
 }
 
 HighlightEdit parseHighlightCalls(const QString &typed)

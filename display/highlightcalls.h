@@ -6,12 +6,17 @@
 namespace outpost
 {
 
+class SettingsStore;
+
 // The operator's callsigns of interest: upper case, 1 to 15 characters of A-Z, 0-9 and "/", no
 // two the same.
 constexpr int maxHighlightCalls = 10;
 
 // The calls of a stored list: the first ten valid ones; the rest is dropped silently.
 QStringList validHighlightCalls(const QStringList &stored);
+
+QStringList storedHighlightCalls(const SettingsStore &settings);
+void saveHighlightCalls(const SettingsStore &settings, const QStringList &calls);
 
 struct HighlightEdit {
     QStringList calls;    // in the order typed; may hold more than maxHighlightCalls

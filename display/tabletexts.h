@@ -1,10 +1,7 @@
 #pragma once
 
-#include "display/decoderow.h"
-
 #include <QStringList>
 #include <QTableWidget>
-#include <QVector>
 
 namespace outpost
 {
@@ -24,19 +21,6 @@ inline QStringList columnTexts(const QTableWidget &table, int column)
         texts.append(cellText(table, row, column));
     }
     return texts;
-}
-
-// The texts of all rows, top to bottom.
-inline QVector<DecodeCells> cellTexts(const QTableWidget &table)
-{
-    QVector<DecodeCells> rows(table.rowCount());
-    for (int row = 0; row < rows.size(); ++row) {
-        int column = 0;
-        for (QString &text : rows[row]) {
-            text = cellText(table, row, column++);
-        }
-    }
-    return rows;
 }
 
 } // namespace outpost

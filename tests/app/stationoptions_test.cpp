@@ -1,8 +1,10 @@
 // A station keeps to the folders that it is given.
 
+#include "decode/ft8decode.h"
 #include "tests/fixture/teststation.h"
 
 #include <QDir>
+#include <QTableWidget>
 #include <QTest>
 
 namespace outpost
@@ -65,7 +67,10 @@ private slots:
         TestStation station;
         station.options.settings = SettingsStore(ini);
         station.restart();
-        QVERIFY(station.window->matchesHighlightedCall(QStringLiteral("CQ W1XYZ FN42")));
+        station.window->appendDecodes(
+            QStringLiteral("14:23:15"),
+            parseDecodeLines({QStringLiteral("142315 -12 0.3 1234 ~ CQ W1XYZ FN42")}));
+        QCOMPARE(decodeTableOf(*station.window)->item(0, 4)->background(), QBrush(Qt::yellow));
     }
 
 private:

@@ -1,4 +1,5 @@
 #include "decode/ft8decode.h"
+#include "display/decodetable.h"
 #include "displaystation.h"
 #include "tests/fixture/operator.h"
 
@@ -260,7 +261,7 @@ void DecodeTableTest::aRowThatLostItsTimeGoesWithTheNextBatch()
 {
     append(QStringLiteral("10:15:30"), jt9Lines(3));
     delete table->takeItem(1, 0);
-    (*station)->reapplyHighlights();
+    static_cast<DecodeTable *>(table)->highlight({});
     append(QStringLiteral("10:15:30"), {});
     QCOMPARE(table->rowCount(), 2);
     QCOMPARE(messageHeaderOf(*table), QStringLiteral("Message (2)"));

@@ -1,5 +1,7 @@
-#include "app/mainwindow.h"
+#include "display/highlighteditor.h"
+
 #include "base/dialogs.h"
+#include "base/smallscreen.h"
 #include "display/highlightcalls.h"
 
 #include <QInputDialog>
@@ -11,26 +13,9 @@ namespace outpost
 namespace
 {
 
-const QString callsKey = QStringLiteral("highlight/calls");
-
-} // namespace
-
-void MainWindow::loadHighlightCalls()
-{
-    highlightCalls = validHighlightCalls(options.settings.open().value(callsKey).toStringList());
-}
-
-bool MainWindow::matchesHighlightedCall(const QString &text) const
-{
-    return containsCall(text, highlightCalls);
-}
-
-namespace
-{
-
-// Lets the operator edit *text; false when the edit was cancelled. Qt's ready-made dialog
-// would swallow the Tab key, and with it the way to the buttons.
-bool askForCalls(QWidget *parent, QString *text)
+// What the operator makes of the text; nothing when they cancel. Qt's ready-made dialog would
+// swallow the Tab key, and with it the way to the buttons.
+std::optional<QString> askForCalls(QWidget *parent, const QString &text)
 {
     const QString label = QStringLiteral("Enter up to 10 complete callsigns, one per line.\n"
                                          "Matching decode rows will be highlighted yellow.");
@@ -38,15 +23,15 @@ bool askForCalls(QWidget *parent, QString *text)
     dialog.setOption(QInputDialog::UsePlainTextEditForTextInput);
     dialog.setWindowTitle(QStringLiteral("Highlight Calls"));
     dialog.setLabelText(label);
-    dialog.setTextValue(*text);
+    dialog.setTextValue(text);
     auto *editor = dialog.findChild<QPlainTextEdit *>();
     editor->setTabChangesFocus(true);
     editor->setAccessibleName(label);
+    keepOnScreen(&dialog);
     if (dialog.exec() != QDialog::Accepted) {
-        return false;
+        return std::nullopt;
     }
-    *text = dialog.textValue();
-    return true;
+    return dialog.textValue();
 }
 
 void warnOfInvalidCall(QWidget *parent, const QString &entry)
@@ -60,23 +45,21 @@ void warnOfInvalidCall(QWidget *parent, const QString &entry)
 
 } // namespace
 
-void MainWindow::editHighlightCalls()
+std::optional<QStringList> editedHighlightCalls(QWidget *parent, const QStringList &calls)
 {
-    QString text = highlightCalls.join(QLatin1Char('\n'));
-    while (askForCalls(this, &text)) {
-        const HighlightEdit edit = parseHighlightCalls(text);
+    std::optional<QString> text = calls.join(QLatin1Char('\n'));
+    while ((text = askForCalls(parent, *text))) {
+        const HighlightEdit edit = parseHighlightCalls(*text);
         if (!edit.invalidEntry.isEmpty()) {
-            warnOfInvalidCall(this, edit.invalidEntry);
+            warnOfInvalidCall(parent, edit.invalidEntry);
         } else if (edit.calls.size() > maxHighlightCalls) {
-            showWarning(this, QStringLiteral("Too Many Callsigns"),
+            showWarning(parent, QStringLiteral("Too Many Callsigns"),
                         QStringLiteral("Enter no more than 10 callsigns."));
         } else {
-            highlightCalls = edit.calls;
-            options.settings.save(callsKey, highlightCalls);
-            reapplyHighlights();
-            return;
+            return edit.calls;
         }
     }
+    return std::nullopt;
 }
 
 } // namespace outpost
