@@ -1,7 +1,7 @@
 #include "app/termination.h"
+#include "tests/fixture/anotherprocess.h"
 
 #include <QCoreApplication>
-#include <QProcess>
 #include <QTest>
 #include <QTimer>
 #include <csignal>
@@ -51,13 +51,6 @@ int stayStuck()
         ::sigsuspend(&none);
     }
 }
-
-QByteArray nextLine(QProcess *process)
-{
-    while (!process->canReadLine() && process->waitForReadyRead()) {
-    }
-    return process->readLine();
-}
 } // namespace
 
 // As under nohup.
@@ -105,15 +98,14 @@ void TerminationTest::aSecondRequestOfAnyKindEndsOneThatIsStuck()
 {
     QFETCH(int, first);
     QFETCH(int, second);
-    QProcess station;
-    station.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--stuck")});
-    QCOMPARE(nextLine(&station), QByteArray("stuck\n"));
+    AnotherProcess station({QStringLiteral("--stuck")});
+    QCOMPARE(station.nextLine(), QByteArray("stuck\n"));
     const auto id = static_cast<pid_t>(station.processId());
     ::kill(id, SIGHUP); // which it was started to ignore, before and after
     ::kill(id, first);
-    QCOMPARE(nextLine(&station), QByteArray("asked\n"));
+    QCOMPARE(station.nextLine(), QByteArray("asked\n"));
     ::kill(id, SIGHUP);
-    QVERIFY(!station.waitForFinished(200));
+    QVERIFY(!station.waitForFinished(200)); // longer than what counts as one request
     ::kill(id, second);
     QVERIFY(station.waitForFinished());
     QCOMPARE(station.exitStatus(), QProcess::CrashExit);

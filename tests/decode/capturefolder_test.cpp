@@ -1,9 +1,9 @@
 // Which folder the decoders of several copies of the program work in.
 
 #include "decode/capturefolder.h"
+#include "tests/fixture/anotherprocess.h"
 
 #include <QDir>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <cstdio>
@@ -25,12 +25,9 @@ class OtherCopy
 {
 public:
     explicit OtherCopy(const QString &wanted)
+        : process({QStringLiteral("--copy"), wanted}),
+          line(QString::fromUtf8(process.nextLine()).trimmed())
     {
-        process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--copy"), wanted});
-        if (!process.waitForStarted() || !process.waitForReadyRead()) {
-            qFatal("the other copy did not start");
-        }
-        line = QString::fromUtf8(process.readLine()).trimmed();
     }
     ~OtherCopy() { end(); }
     Q_DISABLE_COPY(OtherCopy)
@@ -50,8 +47,8 @@ public:
     }
 
 private:
-    QProcess process;
-    QString line;
+    AnotherProcess process;
+    const QString line;
 };
 
 int beTheOtherCopy(const char *wanted)

@@ -4,6 +4,7 @@
 #include "app/mainwindow.h"
 #include "base/datapaths.h"
 #include "base/settings.h"
+#include "tests/fixture/anotherprocess.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/receiverform.h"
 
@@ -14,7 +15,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLockFile>
-#include <QProcess>
 #include <QPushButton>
 #include <QtTest>
 #include <cstdio>
@@ -78,13 +78,9 @@ int beACopy(const QString &name)
 class Copy
 {
 public:
-    explicit Copy(const QString &name)
+    explicit Copy(const QString &name) : process({QStringLiteral("--copy"), name})
     {
-        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--copy"), name});
-        if (!process.waitForStarted() || !process.waitForReadyRead()) {
-            qFatal("the copy did not start");
-        }
+        process.nextLine(); // it is ready
     }
 
     void go()
@@ -99,7 +95,7 @@ public:
     }
 
 private:
-    QProcess process;
+    AnotherProcess process;
 };
 } // namespace
 
