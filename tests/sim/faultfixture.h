@@ -9,20 +9,6 @@
 namespace outpost
 {
 
-inline QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
-inline sim::Samples ramp(int)
-{
-    sim::Samples samples(sim::kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i) {
-        samples[i] = qint16(5000 + i % 997);
-    }
-    return samples;
-}
-
 // One receiver and one listener for each test; `start` names the behaviour of endpoint 0.
 class FaultFixture : public QObject
 {
@@ -61,6 +47,15 @@ protected:
     }
 
     void jumpToBoundary() { m_client->jumpToBoundary(); }
+
+    // Returns once a listener at another endpoint, which came later, has heard sound: by then the
+    // first has had whatever it was going to have.
+    void serveALaterListener()
+    {
+        SimClient later(&m_clock);
+        later.open(m_receiver->port(), text("/kiwi/1/SND"));
+        QTRY_VERIFY(!later.sounds.isEmpty());
+    }
 
     // Raw TCP: what the receiver answers to a proper request.
     void request(QTcpSocket *socket, const char *path = "/kiwi/0/SND")

@@ -15,20 +15,6 @@ using namespace sim;
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
-Samples ramp(int period)
-{
-    Samples samples(kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i) {
-        samples[i] = qint16(5000 + 1000 * period + i % 997);
-    }
-    return samples;
-}
-
 QByteArray maskedText(const QString &text)
 {
     return QByteArray("\x81").append(char(0x80 | text.size())) + QByteArray(4, '\0') +

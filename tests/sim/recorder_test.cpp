@@ -16,20 +16,6 @@ using namespace sim;
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
-Samples ramp(int period)
-{
-    Samples samples(kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i) {
-        samples[i] = qint16(5000 + 1000 * period + i % 997);
-    }
-    return samples;
-}
-
 QJsonObject percentDecodedJson(const QByteArray &value)
 {
     return QJsonDocument::fromJson(QByteArray::fromPercentEncoding(value)).object();
@@ -225,8 +211,8 @@ private slots:
             QTRY_VERIFY(receiver.commands().count(text("SET keepalive")) > before);
             m_clock.jumpTo(m_clock.nowMs() + 5000);
         }
-        const int leastFrames = 38 * 12000 / frameSamples;
-        QTRY_VERIFY(recorder.sequences.size() >= leastFrames);
+        const int minFrames = 38 * 12000 / frameSamples;
+        QTRY_VERIFY(recorder.sequences.size() >= minFrames);
         QCOMPARE(recorder.complaints, QStringList());
         QCOMPARE(recorder.heard.size(), recorder.sequences.size() * frameSamples);
         for (int i = 0; i < recorder.sequences.size(); ++i) {

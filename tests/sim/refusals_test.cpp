@@ -1,9 +1,25 @@
 #include "faultfixture.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
 namespace outpost
 {
 
 using namespace sim;
+
+namespace
+{
+// How often the system has asked again for a connection that nobody has answered yet.
+int repeatedConnects(const QTcpSocket &socket)
+{
+    struct tcp_info info = {};
+    socklen_t size = sizeof info;
+    ::getsockopt(int(socket.socketDescriptor()), IPPROTO_TCP, TCP_INFO, &info, &size);
+    return info.tcpi_retransmits;
+}
+} // namespace
 
 // What happens before the sound, or instead of it.
 class RefusalsTest : public FaultFixture
@@ -31,10 +47,11 @@ private slots:
         QVERIFY(m_config.endpoints.apply(text("all=no-connect"), &error));
         QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
         std::array<QTcpSocket, 5> sockets;
+        QVERIFY(sockets.front().bind(QHostAddress::LocalHost)); // so that its descriptor is known
         for (QTcpSocket &socket : sockets) {
             socket.connectToHost(text("127.0.0.1"), m_receiver->port());
         }
-        QTest::qWait(1500); // longer than until the first SYN is repeated
+        QTRY_VERIFY_WITH_TIMEOUT(repeatedConnects(sockets.front()) > 0, 20000);
         for (const QTcpSocket &socket : sockets) {
             QCOMPARE(socket.state(), QAbstractSocket::ConnectingState);
         }
@@ -75,7 +92,7 @@ private slots:
         start(behaviour.constData());
         QTcpSocket socket;
         request(&socket);
-        QTest::qWait(300);
+        serveALaterListener();
         QCOMPARE(socket.state(), QAbstractSocket::ConnectedState);
         QCOMPARE(socket.bytesAvailable(), qint64(0));
     }
@@ -117,7 +134,7 @@ private slots:
     void slowOpen()
     {
         start("slow-open:600");
-        QTest::qWait(200);
+        serveALaterListener();
         QVERIFY(m_client->socket.state() != QAbstractSocket::ConnectedState);
         m_clock.jumpTo(m_clock.nowMs() + 600000);
         QTRY_VERIFY(!m_client->sounds.isEmpty());
@@ -127,7 +144,7 @@ private slots:
     {
         start("open-silent");
         QTRY_COMPARE(m_receiver->commands().size(), 7);
-        QTest::qWait(600);
+        serveALaterListener();
         QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
         QVERIFY(m_client->messages.isEmpty() && m_client->sounds.isEmpty());
     }
@@ -181,14 +198,14 @@ private slots:
         start(behaviour.constData());
         QTRY_COMPARE(m_client->messages, QList<QByteArray>{message});
         QTRY_COMPARE(m_receiver->commands().size(), 7); // read, though nothing comes of them
+        const QSignalSpy pong(&m_client->socket, &QWebSocket::pong);
         m_client->socket.ping();
-        QSignalSpy pong(&m_client->socket, &QWebSocket::pong);
         m_clock.jumpTo(m_clock.nowMs() + 70000);
-        QTest::qWait(600);
+        serveALaterListener();
         QCOMPARE(m_client->messages, QList<QByteArray>{message});
         QVERIFY(m_client->sounds.isEmpty() && pong.isEmpty());
         QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
-        QCOMPARE(m_receiver->liveClients(), 1);
+        QTRY_COMPARE(m_receiver->liveClients(), 1); // the later one is gone
     }
 
     void notices_data()

@@ -14,6 +14,21 @@
 namespace outpost
 {
 
+inline QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+// A period of sound that differs from that of every other number.
+inline sim::Samples ramp(int period)
+{
+    sim::Samples samples(sim::kPeriodSamples);
+    for (int i = 0; i < samples.size(); ++i) {
+        samples[i] = qint16(5000 + 1000 * period + i % 997);
+    }
+    return samples;
+}
+
 // UTC that tests can push forward; runs on by itself.
 class TestClock
 {
