@@ -140,8 +140,8 @@ QByteArray readFrame(FuzzInput &input)
 // Runs the commands of the input; returns how many periods were closed.
 int play(FuzzInput &input, const QString &folder)
 {
-    constexpr int mostPeriods = 2;
-    constexpr int mostBytes = 500000;
+    constexpr int maxPeriods = 2;
+    constexpr int maxBytes = 500000;
     KiwiAudioCapture capture;
     capture.setCaptureFolder(folder);
     const auto noLines = [](const QString &, const QVector<Ft8Decode> &) {
@@ -154,7 +154,7 @@ int play(FuzzInput &input, const QString &folder)
     bool folderIsSet = true;
     qint64 nowMs = 1768573395000; // a quarter minute
     int bytes = 0;
-    while (!input.atEnd() && bytes < mostBytes && reference.closedPeriods < mostPeriods) {
+    while (!input.atEnd() && bytes < maxBytes && reference.closedPeriods < maxPeriods) {
         switch (input.byte() % 8) {
         case 0:
             capture.reset();

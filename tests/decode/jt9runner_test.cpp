@@ -42,9 +42,9 @@ const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42")
 const QString wav = QStringLiteral("/some folder/pelq_ft8_slot.wav");
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr int mostGrowthKb = 400000; // the sanitizer keeps freed memory on purpose
+constexpr int maxGrowthKb = 400000; // the sanitizer keeps freed memory on purpose
 #else
-constexpr int mostGrowthKb = 30000;
+constexpr int maxGrowthKb = 30000;
 #endif
 
 // A value of this process's memory in kB, as /proc/self/status names it.
@@ -607,7 +607,7 @@ private slots:
     {
         QTest::addColumn<QString>("script");
         QTest::addColumn<int>("finishMs");
-        QTest::addColumn<int>("leastLines");
+        QTest::addColumn<int>("minLines");
         const QString head = QStringLiteral("yes '%1' | head -c 100000000; echo; echo '~ last'");
         QTest::newRow("100 MB of other lines")
             << head.arg(QString(60, QLatin1Char('b'))) << 45000 << 1;
@@ -622,15 +622,15 @@ private slots:
     {
         QFETCH(QString, script);
         QFETCH(int, finishMs);
-        QFETCH(int, leastLines);
+        QFETCH(int, minLines);
         const ScriptedDecoder decoder(script);
         QFile peak(QStringLiteral("/proc/self/clear_refs"));
         QVERIFY(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
         QCOMPARE(peak.write("5"), qint64(1)); // the peak restarts from the present size
         const int before = memoryKb("VmRSS");
         const QStringList lines = run({5000, finishMs, 5000});
-        QVERIFY(lines.size() >= leastLines);
-        QVERIFY(memoryKb("VmHWM") - before < mostGrowthKb);
+        QVERIFY(lines.size() >= minLines);
+        QVERIFY(memoryKb("VmHWM") - before < maxGrowthKb);
     }
 
     void theInstalledDecoderFindsASignal()

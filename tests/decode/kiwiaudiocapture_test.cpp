@@ -418,13 +418,13 @@ private slots:
         const Gate gate(decoder.left(QStringLiteral("gate")));
         const LogTrace log;
         arm();
-        constexpr int mostPending = 40;
-        constexpr int closed = mostPending + 3;
+        constexpr int maxPending = 40;
+        constexpr int closed = maxPending + 3;
         int handedOver = 0;
         for (int i = 0; i < closed * KiwiAudioCapture::samplesPerPeriod - 1; ++i) {
             handedOver += capture->appendSample(0) ? 1 : 0;
         }
-        QCOMPARE(handedOver, mostPending);
+        QCOMPARE(handedOver, maxPending);
         QVERIFY(!take(plainFrame("ab"), boundaryMs).attempted); // the last period's last sample
         const QString passedOver =
             QStringLiteral("The decoder is too slow: the period of %1 is passed over.");
@@ -436,10 +436,10 @@ private slots:
             periods.append({label, linesOf(decodes)});
         });
         gate.open();
-        QTRY_COMPARE_WITH_TIMEOUT(periods.size(), mostPending, 60000);
+        QTRY_COMPARE_WITH_TIMEOUT(periods.size(), maxPending, 60000);
         QCOMPARE(periods.last().label, QStringLiteral("14:33:00"));
         fillPeriod(0); // there is room again
-        QTRY_COMPARE_WITH_TIMEOUT(periods.size(), mostPending + 1, 60000);
+        QTRY_COMPARE_WITH_TIMEOUT(periods.size(), maxPending + 1, 60000);
         QCOMPARE(periods.last().label, QStringLiteral("14:34:00"));
     }
 

@@ -70,15 +70,15 @@ struct Stream {
     }
     Q_DISABLE_COPY(Stream)
 
-    bool hasHeard(int leastFrames, int mostFrames) const
+    bool hasHeard(int minFrames, int maxFrames) const
     {
         const QRegularExpression pattern(QStringLiteral("\nSND: (\\d+) frames"));
         int frames = 0;
         const bool reached = QTest::qWaitFor([&] {
             frames = pattern.match(station.window->kiwiStatusText()).captured(1).toInt();
-            return frames >= leastFrames;
+            return frames >= minFrames;
         });
-        return reached && frames <= mostFrames;
+        return reached && frames <= maxFrames;
     }
 
     // The clock stands still while the frames before the boundary are on their way, so that none

@@ -200,18 +200,18 @@ void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
     QTRY_COMPARE(atTheStation().size(), 2);
     const BridgeClient third(station->bridgePort); // behind it in the list
     QVERIFY(third.waitForGreeting());
-    qint64 mostWaiting = 0;
+    qint64 maxWaiting = 0;
     const QString remain = QStringLiteral("WSJT bridge client disconnected; 2 client(s) remain.");
     for (int i = 0; i < 400 && trace->count(remain) == 0; ++i) {
         deliverMuch();
         for (const QTcpSocket *socket : atTheStation()) {
-            mostWaiting = qMax(mostWaiting, socket->bytesToWrite());
+            maxWaiting = qMax(maxWaiting, socket->bytesToWrite());
         }
         QCoreApplication::processEvents();
     }
     QCOMPARE(trace->count(remain), 1);
-    QVERIFY(mostWaiting <= 4 * 1024 * 1024);
-    QVERIFY(mostWaiting > 1024 * 1024);
+    QVERIFY(maxWaiting <= 4 * 1024 * 1024);
+    QVERIFY(maxWaiting > 1024 * 1024);
     QVERIFY(isHeard());
     QCOMPARE(client->heard.count('\n'), delivered + 1); // nobody else missed a line
     QTRY_COMPARE(third.heard.size(), client->heard.size());

@@ -67,11 +67,11 @@ QStringList decodes(int period, int count, const QString &message = QStringLiter
     return lines;
 }
 
-void judge(Aftermath &aftermath, qint64 mostExtraKb)
+void judge(Aftermath &aftermath, qint64 maxExtraKb)
 {
     QCOMPARE(aftermath.whatStayed(), QStringList());
     aftermath.print(QTest::currentTestFunction());
-    QVERIFY(aftermath.staysWithin(mostExtraKb));
+    QVERIFY(aftermath.staysWithin(maxExtraKb));
 }
 } // namespace
 

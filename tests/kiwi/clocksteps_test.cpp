@@ -27,8 +27,8 @@ namespace
 constexpr qint64 hourMs = 3600 * 1000;
 
 // What a debug build on a loaded machine may take beyond what it had.
-constexpr qint64 mostExtraKb = 100 * 1024;
-constexpr int mostStallMs = 4000;
+constexpr qint64 maxExtraKb = 100 * 1024;
+constexpr int maxStallMs = 4000;
 
 // Finds one signal in each period, with the time that the period's folder has.
 const QByteArray decoder =
@@ -89,8 +89,8 @@ void judge(Aftermath &aftermath)
 {
     QCOMPARE(aftermath.whatStayed(), QStringList());
     aftermath.print(QTest::currentDataTag());
-    QVERIFY(aftermath.staysWithin(mostExtraKb));
-    QVERIFY(aftermath.answersWithin(mostStallMs));
+    QVERIFY(aftermath.staysWithin(maxExtraKb));
+    QVERIFY(aftermath.answersWithin(maxStallMs));
 }
 } // namespace
 

@@ -36,9 +36,9 @@ namespace
 {
 // What a debug build on a loaded machine may take beyond what it had, in kB. A queue or a buffer
 // without a bound exceeds it within a second.
-constexpr qint64 mostExtraKb = 100 * 1024;
+constexpr qint64 maxExtraKb = 100 * 1024;
 // Likewise, how long the window may not answer.
-constexpr int mostStallMs = 4000;
+constexpr int maxStallMs = 4000;
 
 const QString failed = QStringLiteral("Failed — no Kiwi SND endpoint produced data");
 const QString ended = QStringLiteral("Disconnected — verified SND stream ended");
@@ -79,7 +79,7 @@ int soundFrames(const QString &status)
 
 // Applies the receiver's address, waits for the state, presses Disconnect. Returns the last
 // status before that.
-QString meet(TestStation &station, int port, const QString &state, int leastSoundFrames)
+QString meet(TestStation &station, int port, const QString &state, int minSoundFrames)
 {
     QString last;
     inReceiverDialog(*station.window, [&](ReceiverHands hands) {
@@ -88,7 +88,7 @@ QString meet(TestStation &station, int port, const QString &state, int leastSoun
         const bool met = QTest::qWaitFor(
             [&] {
                 last = hands.status();
-                return last.startsWith(state) && soundFrames(last) >= leastSoundFrames;
+                return last.startsWith(state) && soundFrames(last) >= minSoundFrames;
             },
             20000);
         hands.disconnect();
@@ -111,8 +111,8 @@ void judge(Aftermath &aftermath)
     QVERIFY2(stayed.isEmpty(), qPrintable(stayed.join(QStringLiteral("; "))));
     aftermath.print(QTest::currentDataTag() != nullptr ? QTest::currentDataTag()
                                                        : QTest::currentTestFunction());
-    QVERIFY(aftermath.staysWithin(mostExtraKb));
-    QVERIFY(aftermath.answersWithin(mostStallMs));
+    QVERIFY(aftermath.staysWithin(maxExtraKb));
+    QVERIFY(aftermath.answersWithin(maxStallMs));
 }
 
 QByteArray binaryFrame(const QByteArray &payload)

@@ -252,9 +252,9 @@ void DamagedFilesTest::hugeFilesAreLivedWith_data()
 void DamagedFilesTest::hugeFilesAreLivedWith()
 {
 #ifdef __SANITIZE_ADDRESS__
-    constexpr int mostKeptKb = 400 * 1024; // the sanitizer keeps freed memory on purpose
+    constexpr int maxKeptKb = 400 * 1024; // the sanitizer keeps freed memory on purpose
 #else
-    constexpr int mostKeptKb = 100 * 1024;
+    constexpr int maxKeptKb = 100 * 1024;
 #endif
     QFETCH(QByteArray, content);
     for (const QString &path : {listFile(), logFile(), frequencyFile(), profileFile()}) {
@@ -275,7 +275,7 @@ void DamagedFilesTest::hugeFilesAreLivedWith()
                 QTest::currentDataTag(), static_cast<long long>(after.peakKb - before.residentKb),
                 static_cast<long long>(after.residentKb - before.residentKb),
                 static_cast<long long>(timer.elapsed()));
-    QVERIFY(after.residentKb - before.residentKb < mostKeptKb);
+    QVERIFY(after.residentKb - before.residentKb < maxKeptKb);
 }
 #endif
 
