@@ -1,4 +1,5 @@
-"""The demonstration, as ./outpost demo runs it: several at once, since most of it is waiting."""
+"""The demonstration, as ./outpost demo runs it: several at once, since most of it is waiting, but
+only one that decodes a crowded band."""
 
 import contextlib
 import re
@@ -10,8 +11,8 @@ import recording
 from decoder import Decode, decode_period, merged
 from station import PROGRAMS, Display, Home, Program, wait_for
 
-LONGEST_SECONDS = 150
-LEAST_SURE_DB = -12
+LONGEST_SECONDS = 300
+MIN_SURE_DB = -12
 
 # Some in the overlaps of the decoder's sub-bands; none so weak that the codec makes a difference.
 EVENING = [(320, 0, "CQ K1ABC FN42"), (775, -3, "K1ABC W9XYZ EN37"), (800, 3, "CQ DL2XYZ JO62"),
@@ -74,10 +75,11 @@ class DemoTest(unittest.TestCase):
             return resources.enter_context(Demo(home, *options, **where))
         cls.silent = start("--wav", home.path / "silence.wav", "--periods", "1")
         cls.band = start("--periods", "2")
-        cls.recorded = start("--wav", cls.recordings[0], "--wav", cls.recordings[1],
-                             "--periods", "2")
+        cls.band.exit_status(LONGEST_SECONDS)
+        evening, morning = (["--wav", path] for path in cls.recordings)
+        cls.recorded = start(*evening, *morning, "--periods", "2")
         cls.display = display
-        cls.shown = start(display=display.name)
+        cls.shown = start(*evening, *morning, *evening, display=display.name)
 
     def test_decodes_the_stations_of_the_synthetic_band(self):
         self.assertEqual(self.band.exit_status(LONGEST_SECONDS), 0, self.band.lines)
@@ -85,7 +87,7 @@ class DemoTest(unittest.TestCase):
         self.assertEqual(len(periods), 2)
         for number, rows in enumerate(periods.values()):
             sure = [station for station in planned_stations(number)
-                    if station.snr_db >= LEAST_SURE_DB]
+                    if station.snr_db >= MIN_SURE_DB]
             decoded = [station for station in sure
                        if any(row.message == station.message and
                               abs(int(row.hz) - station.hz) <= 3 for row in rows)]
