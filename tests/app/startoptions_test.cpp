@@ -197,7 +197,9 @@ private:
 
     void start(const StartOptions &options)
     {
-        window = std::make_unique<MainWindow>(StationOptions{clock->reader(), options});
+        StationOptions made = testOptions(clock->reader());
+        made.start = options;
+        window = std::make_unique<MainWindow>(made);
         window->show();
     }
 

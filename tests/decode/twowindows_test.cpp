@@ -39,7 +39,7 @@ struct Outpost {
         testHome().writeProfile({{QStringLiteral("Host"), QStringLiteral("127.0.0.1")},
                                  {QStringLiteral("Jt9Path"), decoder},
                                  {QStringLiteral("BridgePort"), bridgePort}});
-        window = std::make_unique<MainWindow>(StationOptions{clock.reader()});
+        window = std::make_unique<MainWindow>(testOptions(clock.reader()));
         window->show();
         client = std::make_unique<BridgeClient>(bridgePort);
         QVERIFY(client->waitForGreeting());
@@ -98,9 +98,9 @@ QByteArray expectedBridgeText(const QByteArray &word)
     return text;
 }
 
-QDir besideTheProgram()
+QDir besideTheCapture()
 {
-    return QFileInfo(captureFolder(QCoreApplication::applicationDirPath(), QString())).dir();
+    return QFileInfo(testHome().captureFolder()).dir();
 }
 
 QMap<int, int> decodesBySession()
@@ -154,12 +154,12 @@ private slots:
                                           {silent.receiver.port(), periods}}));
         QVERIFY(!lies("capture.lock"));
         QVERIFY(!lies("capture-2.lock"));
-        QVERIFY(besideTheProgram().rmdir(QStringLiteral("capture-2"))); // as it is empty
+        QVERIFY(besideTheCapture().rmdir(QStringLiteral("capture-2"))); // as it is empty
         QCOMPARE(captureLeftovers(), QStringList());
     }
 
 private:
-    static bool lies(const char *name) { return besideTheProgram().exists(QLatin1String(name)); }
+    static bool lies(const char *name) { return besideTheCapture().exists(QLatin1String(name)); }
 };
 
 } // namespace outpost

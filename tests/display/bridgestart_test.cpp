@@ -131,7 +131,7 @@ void BridgeStartTest::aPortOutOfRangeBecomesTheDefault()
     testHome().writeProfile(station->profile(port));
     const QByteArray before = fileBytes(file);
     trace->clear();
-    MainWindow window(StationOptions{station->clock()});
+    MainWindow window(testOptions(station->clock()));
     const bool failed =
         trace->contains(QStringLiteral("Local WSJT bridge failed on 127.0.0.1:27777: "));
     QVERIFY(failed || trace->count(listeningOn(27777)) == 1);
@@ -154,7 +154,7 @@ void BridgeStartTest::thePortsAtTheEndsOfTheRangeAreKept()
     QFETCH(int, port);
     testHome().writeProfile(station->profile(port));
     trace->clear();
-    const MainWindow window(StationOptions{station->clock()});
+    const MainWindow window(testOptions(station->clock()));
     const QString failed = QStringLiteral("Local WSJT bridge failed on 127.0.0.1:%1: ").arg(port);
     QVERIFY(trace->contains(failed) || trace->count(listeningOn(port)) == 1);
 }
@@ -162,7 +162,7 @@ void BridgeStartTest::thePortsAtTheEndsOfTheRangeAreKept()
 void BridgeStartTest::aTakenPortIsTracedAndLeavesItStopped()
 {
     trace->clear();
-    MainWindow second(StationOptions{station->clock()}); // the same profile
+    MainWindow second(testOptions(station->clock())); // the same profile
     QCOMPARE(bridgeTrace(), QStringLiteral("Local WSJT bridge failed on 127.0.0.1:%1: %2")
                                 .arg(station->bridgePort)
                                 .arg(QStringLiteral("The bound address is already in use")));

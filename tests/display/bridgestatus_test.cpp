@@ -202,7 +202,7 @@ void BridgeStatusTest::aFailedStartIsShownUntilAGoodOne()
 
 void BridgeStatusTest::aFailureBeforeTheMenuWasUsedIsNotShown()
 {
-    MainWindow second(StationOptions{station->clock()}); // the same profile, so the port is taken
+    MainWindow second(testOptions(station->clock())); // the same profile, so the port is taken
     second.showBridgeStatusDialog();
     const auto *shown = second.findChild<QDialog *>()->findChild<QLabel *>();
     QCOMPARE(shown->text(), QStringLiteral("Bridge: Stopped\nLast error: None"));

@@ -4,6 +4,7 @@
 #include "base/settings.h"
 #include "tests/fixture/home.h"
 #include "tests/fixture/scripteddecoder.h"
+#include "tests/fixture/testoptions.h"
 
 #include <QDateTime>
 #include <QJsonObject>
@@ -24,7 +25,7 @@ public:
         settings.clear();
         settings.setValue(QStringLiteral("highlight/calls"), storedHighlightCalls);
         settings.sync();
-        window = std::make_unique<MainWindow>(StationOptions{clock()});
+        window = std::make_unique<MainWindow>(testOptions(clock()));
         window->show();
     }
 

@@ -211,7 +211,7 @@ void SessionTest::nothingConnectsAtStart()
                              {QStringLiteral("Port"), receiver.port()},
                              {QStringLiteral("Jt9Path"), station.decoder.path()},
                              {QStringLiteral("BridgePort"), freePort()}});
-    const MainWindow window;
+    const MainWindow window(testOptions());
     QTRY_VERIFY(station.trace.contains(QStringLiteral("JT9 decoder ready")));
     QVERIFY(!station.trace.contains(QStringLiteral("Kiwi WebSocket")));
     QVERIFY(receiver.paths().isEmpty());
@@ -411,12 +411,12 @@ void SessionTest::noProbeStartsInsideASocketsSignal()
     QTRY_COMPARE(receiver.commands().size(), 7);
     const auto sockets = [&] { return station.window->findChildren<QWebSocket *>(); };
     // Called after the window's own handler; the link that ended goes with a later event.
-    int mostSockets = 0;
+    int maxSockets = 0;
     connect(sockets().first(), &QWebSocket::disconnected, this,
-            [&] { mostSockets = qMax(mostSockets, sockets().size()); });
+            [&] { maxSockets = qMax(maxSockets, sockets().size()); });
     receiver.endLink();
     QTRY_COMPARE(receiver.paths().size(), 2);
-    QCOMPARE(mostSockets, 1);
+    QCOMPARE(maxSockets, 1);
 }
 
 void SessionTest::refusedOnEveryEndpointFails()

@@ -59,7 +59,7 @@ std::unique_ptr<MainWindow> anotherWindow(const TestStation &station, int receiv
                              {QStringLiteral("Port"), receiverPort},
                              {QStringLiteral("Jt9Path"), station.decoder.path()},
                              {QStringLiteral("BridgePort"), freePort()}});
-    auto window = std::make_unique<MainWindow>();
+    auto window = std::make_unique<MainWindow>(testOptions());
     window->show();
     window->connectKiwi();
     return window;

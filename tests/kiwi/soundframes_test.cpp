@@ -14,10 +14,9 @@ namespace
 const QByteArray sound = adpcmFrame(QByteArray(1024, '\0'));
 const QString keepalive = QStringLiteral("SET keepalive");
 
-// Where the program captures: beside the folder of the test programs.
 QString captureFolder()
 {
-    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../capture"));
+    return testHome().captureFolder();
 }
 
 void removeCaptureFolder()

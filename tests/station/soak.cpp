@@ -13,6 +13,7 @@
 #include "tests/fixture/memoryhome.h"
 #include "tests/fixture/operator.h"
 #include "tests/fixture/puppetreceiver.h"
+#include "tests/fixture/testoptions.h"
 #include "tests/station/slope.h"
 
 #include <QApplication>
@@ -164,7 +165,7 @@ Soak::Soak()
                              {QStringLiteral("Port"), receiver.port()},
                              {QStringLiteral("Jt9Path"), installDecoder()},
                              {QStringLiteral("BridgePort"), bridgePort}});
-    window = std::make_unique<MainWindow>(StationOptions{[this] { return nowMs; }});
+    window = std::make_unique<MainWindow>(testOptions([this] { return nowMs; }));
     window->show();
 }
 

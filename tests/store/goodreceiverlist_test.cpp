@@ -11,6 +11,7 @@
 #include "tests/fixture/operator.h"
 #include "tests/fixture/receiverform.h"
 #include "tests/fixture/scripteddecoder.h"
+#include "tests/fixture/testoptions.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -210,7 +211,7 @@ void GoodReceiverListTest::theFirstWorkerThatDecodesRecordsTheReceiver()
                              {QStringLiteral("Jt9Path"), slowElsewhere.path()},
                              {QStringLiteral("BridgePort"), freePort()}});
     const LogTrace trace;
-    MainWindow window(StationOptions{fastClock});
+    MainWindow window(testOptions(fastClock));
     window.connectKiwi();
 
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(listFile()), 20000);
@@ -231,7 +232,7 @@ void GoodReceiverListTest::theFirstWorkerThatDecodesRecordsTheReceiver()
 void GoodReceiverListTest::aBatchOfAWorkerRecords()
 {
     const LogTrace trace;
-    MainWindow window(StationOptions{[] { return madeUpMs; }});
+    MainWindow window(testOptions([] { return madeUpMs; }));
     window.onDecodesDelivered(QStringLiteral("18:04:00"), parseDecodeLines(decodeLines(4)));
     QCOMPARE(fileBytes(listFile()), QByteArray("[\n"
                                                "    {\n"

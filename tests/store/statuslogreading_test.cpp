@@ -4,6 +4,7 @@
 #include "tests/fixture/home.h"
 #include "tests/fixture/operator.h"
 #include "tests/fixture/scripteddecoder.h"
+#include "tests/fixture/testoptions.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -115,7 +116,7 @@ void StatusLogReadingTest::init()
             QJsonDocument(QJsonObject{{text("Sessions"), sessions}, {text("Receivers"), receivers}})
                 .toJson());
     now = startMs;
-    window = std::make_unique<MainWindow>(StationOptions{[this] { return now; }});
+    window = std::make_unique<MainWindow>(testOptions([this] { return now; }));
     window->startStatusSession();
     openLog();
 }
@@ -238,7 +239,7 @@ void StatusLogReadingTest::anOddNameIsNoHindrance()
     putFile(
         testHome().dataFile(text("receiver-status-log.json")),
         QJsonDocument(QJsonObject{{text("Receivers"), QJsonArray{odd, odd, totals(2)}}}).toJson());
-    window = std::make_unique<MainWindow>(StationOptions{[this] { return now; }});
+    window = std::make_unique<MainWindow>(testOptions([this] { return now; }));
     window->startStatusSession();
     openLog();
     const QString shown = view->toPlainText();

@@ -9,6 +9,7 @@
 #include "tests/fixture/operator.h"
 #include "tests/fixture/receiverform.h"
 #include "tests/fixture/scripteddecoder.h"
+#include "tests/fixture/testoptions.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -165,7 +166,7 @@ void StatusLogWindowTest::writeProfile(const QString &host, int port) const
 
 std::unique_ptr<MainWindow> StatusLogWindowTest::newWindow()
 {
-    return std::make_unique<MainWindow>(StationOptions{[this] { return now; }});
+    return std::make_unique<MainWindow>(testOptions([this] { return now; }));
 }
 
 void StatusLogWindowTest::runSession(MainWindow *window, qint64 ms)
