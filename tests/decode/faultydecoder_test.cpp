@@ -11,11 +11,13 @@
 #include <QDir>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QStyledItemDelegate>
 #include <QTcpSocket>
 #include <QtTest>
 #include <cstdio>
 #include <limits>
 #include <thread>
+#include <utility>
 
 namespace outpost
 {
@@ -53,6 +55,25 @@ constexpr int maxWorkMs = 3000;
 #else
 constexpr int maxWorkMs = 300;
 #endif
+
+// A period measures the columns by a part of the rows, and the height of plain rows once. Each
+// of 6000 rows would be 30,000 cells.
+constexpr int maxMeasuredCells = 2000;
+
+// Counts the cells that a view measures.
+class MeasuringDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        ++measured;
+        return QStyledItemDelegate::sizeHint(option, index);
+    }
+
+    mutable int measured = 0;
+};
 
 const QByteArray goodDecoder =
     "[ $5 = 0 ] && echo \"$(basename $(dirname \"$8\") | cut -d_ -f3) -12 0.3 1234 ~ CQ K1ABC "
@@ -313,7 +334,12 @@ void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken_data()
     QTest::newRow("500 times the same message a worker") << QByteArray("\"CQ \" w");
 }
 
+<<<<<<< ours
 // Any period can be slow, so the quickest of three counts. A wide message makes
+=======
+// What makes it quick is counted. The time itself is a figure; it is judged in long runs, where the
+// quickest of three periods counts, since any can be slow on a busy machine. A wide message makes
+>>>>>>> theirs
 // a wide window, within the bound of a line.
 void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken()
 {
@@ -335,23 +361,50 @@ void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken()
     QVERIFY(client.waitForConnected());
     station.clock.set(MadeUpClock::boundaryMs());
     Aftermath aftermath;
-    const QTableWidget *table = decodeTableOf(*station.window);
+    QTableWidget *table = decodeTableOf(*station.window);
+    auto *delegate = new MeasuringDelegate(table);
+    table->setItemDelegate(delegate);
+    int removals = 0;
+    QObject::connect(table->model(), &QAbstractItemModel::rowsRemoved, table,
+                     [&removals] { ++removals; });
     const auto newest = [table] { return cellText(*table, table->rowCount() - 1, TimeColumn); };
+<<<<<<< ours
     int minWorkMs = std::numeric_limits<int>::max();
+=======
+    int maxMeasured = 0;
+    int leastStallMs = std::numeric_limits<int>::max();
+>>>>>>> theirs
     for (const char *period :
          {"14:23:15", "14:23:30", "14:23:45", "14:24:00", "14:24:15", "14:24:30"}) {
         const Heartbeat heartbeat;
         sendPeriod(receiver);
         QTRY_COMPARE_WITH_TIMEOUT(newest(), QString::fromLatin1(period), 60000);
+<<<<<<< ours
         QTest::qWait(50);                      // what a batch leaves to be measured later
         if (qstrcmp(period, "14:23:45") > 0) { // as many rows go as come
             minWorkMs = qMin(minWorkMs, heartbeat.longestWorkMs());
+=======
+        QTest::qWait(50); // what a batch leaves to be measured later
+        maxMeasured = qMax(maxMeasured, std::exchange(delegate->measured, 0));
+        const bool isFull = qstrcmp(period, "14:23:45") > 0;
+        QCOMPARE(std::exchange(removals, 0), isFull ? 1 : 0);
+        if (isFull) { // as many rows go as come
+            leastStallMs = qMin(leastStallMs, heartbeat.longestStallMs());
+>>>>>>> theirs
         }
     }
     aftermath.print(QTest::currentDataTag());
     std::printf("FIGURE %s: %d ms in the quickest period\n", QTest::currentDataTag(), minWorkMs);
     QVERIFY(station.window->width() < 10000);
+<<<<<<< ours
     QVERIFY(minWorkMs < maxWorkMs);
+=======
+    std::printf("FIGURE %s: %d cells measured in a period\n", QTest::currentDataTag(), maxMeasured);
+    QVERIFY(maxMeasured < maxMeasuredCells);
+    if (qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS")) {
+        QVERIFY(leastStallMs < mostStallMs);
+    }
+>>>>>>> theirs
 }
 
 } // namespace outpost
