@@ -13,9 +13,8 @@ struct CloseJob {
 
 QT_WARNING_PUSH
 QT_WARNING_DISABLE_DEPRECATED // nothing else tells the handle of the child's first thread
-    // Of the running child; null when there is none.
-    const PROCESS_INFORMATION *
-    handlesOf(const QProcess &process)
+// Of the running child; null when there is none.
+const PROCESS_INFORMATION *handlesOf(const QProcess &process)
 {
     return process.pid();
 }
