@@ -12,7 +12,7 @@
 #include "display/highlighteditor.h"
 #include "display/stationdisplay.h"
 #include "display/statussummary.h"
-#include "kiwi/kiwicommands.h"
+#include "kiwi/kiwilink.h"
 #include "store/profilemenu.h"
 #include "store/receiverdialog.h"
 #include "store/receiverinput.h"
@@ -26,7 +26,6 @@
 #include <QStatusBar>
 #include <QTcpServer>
 #include <QTimer>
-#include <QWebSocket>
 #include <utility>
 
 namespace outpost
@@ -40,16 +39,13 @@ MainWindow::MainWindow(StationOptions stationOptions)
     setWindowTitle(QStringLiteral("PELQ Kiwi Outpost"));
     resize(345, 245);
     setMinimumSize(345, 175);
+    buildLink();
     buildMenus(this, menuChoices(), storedDecodeDepth(options.settings.open()));
     buildDecodeTable();
     buildClearButton();
     statusSummary = new StatusSummary(statusBar(), font(), minimumWidth());
     refreshStatusBar();
     buildCapture();
-    probeTimer = new QTimer(this);
-    probeTimer->setSingleShot(true);
-    connect(probeTimer, &QTimer::timeout, this, [this] { onProbeTimeout(); });
-    sndEndpoints = kiwiSndEndpoints();
     loadStartupProfile();
     QTimer::singleShot(0, this, [this] {
         findJt9(jt9PlacesOfThisSystem(profiles.profile().jt9Path,
@@ -277,7 +273,7 @@ void MainWindow::editHighlightCalls()
 void MainWindow::refreshStatusBar()
 {
     if (statusSummary) {
-        statusSummary->refresh(link.sndVerified, bridgeClients.size(),
+        statusSummary->refresh(link->state().phase == LinkPhase::Connected, bridgeClients.size(),
                                sessionLog.session().decodes);
     }
 }

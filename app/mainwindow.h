@@ -2,8 +2,6 @@
 
 #include "app/menus.h"
 #include "app/stationoptions.h"
-#include "kiwi/linkstate.h"
-#include "kiwi/receivernotices.h"
 #include "store/goodreceiverstore.h"
 #include "store/profilestore.h"
 #include "store/sessionlog.h"
@@ -22,7 +20,6 @@ class QLabel;
 class QTcpServer;
 class QTcpSocket;
 class QTimer;
-class QWebSocket;
 
 namespace outpost
 {
@@ -30,6 +27,7 @@ namespace outpost
 class BridgeStatusDialog;
 class DecodeTable;
 class KiwiAudioCapture;
+class KiwiLink;
 class ReceiverDialog;
 class StationDisplay;
 class StatusLogWindow;
@@ -38,7 +36,6 @@ struct BridgeState;
 struct Ft8Decode;
 struct Jt9Places;
 struct ReceiverInput;
-struct SoundOutcome;
 
 // The one window and the one owner of the station's state. It owns, sequences and displays;
 // parsing, encoding, merging and formatting are core units that it calls. Everything here runs
@@ -49,7 +46,7 @@ public:
     explicit MainWindow(StationOptions stationOptions = {});
     ~MainWindow() override;
 
-    // ---- kiwi/session.cpp: connect, probe, watchdog ----
+    // ---- app/receiverlink.cpp ----
     void connectKiwi();
     void disconnectKiwi(bool announce);
     QString kiwiStatusText() const;
@@ -100,26 +97,9 @@ private:
     void connectAtStart();
     qint64 nowMs() const { return options.clock(); }
 
-    // ---- kiwi/session.cpp ----
-    void queueProbe();
-    void probeNextEndpoint();
-    void watchSocket(QWebSocket *socket);
-    void onProbeTimeout();
-    void onSocketConnected(QWebSocket *socket);
-    void onTextMessage(QWebSocket *socket, const QString &message);
-    void onSocketError(QWebSocket *socket);
-    void onSocketDisconnected(QWebSocket *socket);
-    void dropSocket(QWebSocket *socket);
-    void resetLinkCounters();
-    void sendKiwiCommands(QWebSocket *socket);
-
-    // ---- kiwi/soundframes.cpp, kiwi/evidence.cpp ----
-    void onBinaryFrame(QWebSocket *socket, const QByteArray &frame);
-    void logReceiverNotices(const QByteArray &frame);
-    void takeSoundFrame(QWebSocket *socket, const QByteArray &frame);
-    void sendKeepaliveWhenDue(QWebSocket *socket);
-    void showSoundOutcome(const SoundOutcome &outcome);
-    void writeEvidence();
+    // ---- app/receiverlink.cpp ----
+    void buildLink();
+    void takeSound(const QByteArray &frame);
 
     // ---- decode/choosedecoder.cpp ----
     void useJt9(const QString &path); // publishes it to the decode workers
@@ -142,16 +122,7 @@ private:
 
     const StationOptions options;
 
-    // Link
-    LinkState link;
-    QWebSocket *kiwiSocket = nullptr; // the one live socket; child of the window
-    QTimer *probeTimer = nullptr;
-    QStringList sndEndpoints;
-    int endpointIndex = 0; // of the next endpoint to try
-    bool probeQueued = false;
-    bool socketErrorLogged = false; // of the live socket
-    QString evidencePath;           // of this connection's report
-    RecentNotices recentNotices;    // of this connection, on all its endpoints
+    KiwiLink *link = nullptr; // child of the window
 
     // Decode
     std::unique_ptr<KiwiAudioCapture> capture;

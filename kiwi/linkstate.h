@@ -5,14 +5,20 @@
 namespace outpost
 {
 
+enum class LinkPhase {
+    Disconnected,
+    ProbeQueued, // the next endpoint is tried in a later turn of the event loop
+    Probing,     // a socket is opening, or open without a sound frame so far
+    Connected,   // a sound frame has arrived
+};
+
 // The live link to one receiver: what is being tried and what has arrived on it.
 struct LinkState {
-    bool probing = false;     // a connection attempt is in progress or established
-    bool sndVerified = false; // at least one "SND" frame has arrived on this link
-    QString currentEndpoint;  // path of the socket open or being tried; empty when none
-    quint64 rxFrames = 0;     // every frame, text or binary
-    quint64 rxBytes = 0;      // bytes of all frames; text counted as UTF-8
-    quint64 sndFrames = 0;    // binary frames that begin with "SND"
+    LinkPhase phase = LinkPhase::Disconnected;
+    QString currentEndpoint; // path of the socket open or being tried; empty when none
+    quint64 rxFrames = 0;    // every frame, text or binary
+    quint64 rxBytes = 0;     // bytes of all frames; text counted as UTF-8
+    quint64 sndFrames = 0;   // binary frames that begin with "SND"
     quint64 otherBinaryFrames = 0;
     int lastFrameSize = 0;      // bytes
     qint64 lastKeepaliveMs = 0; // UTC, ms since the epoch; 0 = none sent on a frame yet

@@ -14,7 +14,6 @@ private slots:
     void connectingBeforeAnyEndpoint();
     void connectingNamesTheEndpoint();
     void connectedTellsWhatArrived();
-    void verifiedWinsOverProbing();
 };
 
 void LinkStateTest::disconnectedAtRest()
@@ -25,7 +24,7 @@ void LinkStateTest::disconnectedAtRest()
 void LinkStateTest::connectingBeforeAnyEndpoint()
 {
     LinkState link;
-    link.probing = true;
+    link.phase = LinkPhase::ProbeQueued;
     QCOMPARE(kiwiStatusText(link, 14.074),
              QStringLiteral("Connecting — 14.074000 MHz\nEndpoint: --\nNo verified SND data yet."));
 }
@@ -33,7 +32,7 @@ void LinkStateTest::connectingBeforeAnyEndpoint()
 void LinkStateTest::connectingNamesTheEndpoint()
 {
     LinkState link;
-    link.probing = true;
+    link.phase = LinkPhase::Probing;
     link.currentEndpoint = QStringLiteral("/kiwi/1/SND");
     QCOMPARE(kiwiStatusText(link, 7.074),
              QStringLiteral("Connecting — 7.074000 MHz\nEndpoint: /kiwi/1/SND\n"
@@ -43,8 +42,7 @@ void LinkStateTest::connectingNamesTheEndpoint()
 void LinkStateTest::connectedTellsWhatArrived()
 {
     LinkState link;
-    link.probing = true;
-    link.sndVerified = true;
+    link.phase = LinkPhase::Connected;
     link.currentEndpoint = QStringLiteral("/kiwi/0/SND");
     link.sndFrames = 1234;
     link.rxBytes = 1048576 + 524288;
@@ -53,13 +51,6 @@ void LinkStateTest::connectedTellsWhatArrived()
     QCOMPARE(kiwiStatusText(link, 14.074),
              QStringLiteral("Connected — 14.074000 MHz\nEndpoint: /kiwi/0/SND\n"
                             "SND: 1234 frames   1.50 MB\nOther: 17   Last: 1034 bytes"));
-}
-
-void LinkStateTest::verifiedWinsOverProbing()
-{
-    LinkState link;
-    link.sndVerified = true;
-    QVERIFY(kiwiStatusText(link, 1).startsWith(QStringLiteral("Connected — 1.000000 MHz\n")));
 }
 
 } // namespace outpost

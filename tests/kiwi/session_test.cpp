@@ -55,13 +55,11 @@ QStringList openingLines(int port, const QString &mhz)
 
 QTimer *watchdogOf(const MainWindow &window)
 {
-    const auto timers = window.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
-    const auto watchdog = std::find_if(timers.begin(), timers.end(),
-                                       [](const QTimer *timer) { return timer->isSingleShot(); });
-    if (watchdog == timers.end()) {
+    auto *watchdog = window.findChild<QTimer *>(QStringLiteral("watchdog"));
+    if (watchdog == nullptr) {
         qFatal("no watchdog");
     }
-    return *watchdog;
+    return watchdog;
 }
 
 // What the program has planned for later: its own timers that run, and Qt's single shots.
