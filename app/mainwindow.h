@@ -2,6 +2,7 @@
 
 #include "app/menus.h"
 #include "app/stationoptions.h"
+#include "kiwi/sounddecoder.h"
 #include "store/goodreceiverstore.h"
 #include "store/profilestore.h"
 #include "store/sessionlog.h"
@@ -125,6 +126,7 @@ private:
     KiwiLink *link = nullptr; // child of the window
 
     // Decode
+    SoundDecoder soundDecoder;
     std::unique_ptr<KiwiAudioCapture> capture;
 
     // Display: table, status bar

@@ -1,6 +1,7 @@
 // Wires the receiver link with the capture, the session log and what the operator reads.
 
 #include "app/mainwindow.h"
+#include "app/receiversound.h"
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/kiwilink.h"
 
@@ -42,7 +43,8 @@ QString MainWindow::kiwiStatusText() const
 // The title keeps the last outcome; nothing sets it back.
 void MainWindow::takeSound(const QByteArray &frame)
 {
-    const SoundOutcome outcome = capture->takeFrame(frame, link->state().currentEndpoint, nowMs());
+    const SoundOutcome outcome =
+        captureFrame(*capture, soundDecoder, frame, link->state().currentEndpoint, nowMs());
     if (!outcome.attempted) {
         return;
     }

@@ -1,8 +1,9 @@
 // A sound frame's way into the period buffer, and the allocations on it.
 
+#include "app/receiversound.h"
 #include "bench/compare.h"
 #include "decode/kiwiaudiocapture.h"
-#include "kiwi/imaadpcm.h"
+#include "kiwi/sounddecoder.h"
 #include "sim/imaadpcmencoder.h"
 
 #include <QTemporaryDir>
@@ -65,6 +66,7 @@ void soundPath(benchmark::State &state)
     const QByteArray frame = noiseFrame();
     const QString receiver = QStringLiteral("/kiwi/0/SND");
     KiwiAudioCapture capture;
+    SoundDecoder sound;
     capture.setCaptureFolder(folder.path());
     std::vector<qint16> period(KiwiAudioCapture::samplesPerPeriod);
     quint64 allocated = 0;
@@ -76,7 +78,7 @@ void soundPath(benchmark::State &state)
     const auto own = [&] {
         const quint64 before = allocations;
         for (int i = 0; i < frames; ++i) {
-            capture.takeFrame(frame, receiver, boundaryMs);
+            captureFrame(capture, sound, frame, receiver, boundaryMs);
         }
         allocated += allocations - before;
         benchmark::DoNotOptimize(capture.periodCounters().samples);

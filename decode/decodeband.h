@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QVector>
+
 namespace outpost
 {
 
@@ -15,6 +17,11 @@ inline DecodeBand decodeBand(int worker)
 {
     constexpr DecodeBand bands[] = {{0, 825}, {725, 1550}, {1450, 2275}, {2175, 3000}};
     return worker >= 0 && worker < 4 ? bands[worker] : DecodeBand{0, 3000};
+}
+
+inline QVector<DecodeBand> usualDecodeBands()
+{
+    return {decodeBand(0), decodeBand(1), decodeBand(2), decodeBand(3)};
 }
 
 } // namespace outpost

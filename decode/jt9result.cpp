@@ -16,6 +16,8 @@ QString failurePattern(const Jt9Failure &failure)
         return QStringLiteral("no decodes, jt9 did not start: %1");
     case Jt9Cause::Overran:
         return QStringLiteral("no decodes, jt9 took longer than %1 s");
+    case Jt9Cause::Aborted:
+        return QStringLiteral("no decodes, jt9 was aborted");
     case Jt9Cause::Killed:
         return QStringLiteral("no decodes, jt9 was killed by signal %1");
     case Jt9Cause::ExitCode:

@@ -11,6 +11,7 @@ enum class Jt9Cause {
     NoDecoder,     // detail: its path; empty when none is chosen
     NotStarted,    // detail: the system's reason
     Overran,       // detail: the time that it had, in s
+    Aborted,       // by this program
     Killed,        // detail: the signal's number
     ExitCode,      // detail: the code, other than 0
     OldFolderLeft, // an old scratch folder of the worker's could not be removed

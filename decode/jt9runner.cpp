@@ -27,19 +27,27 @@ QProcessEnvironment jt9Environment(const QString &jt9Folder, const QString &work
 }
 
 // Absolute, since the decoder is started in another folder.
-QString jt9PathInUse()
+QString jt9PathInUse(const Jt9Control &control)
 {
-    const QString path = QDir::cleanPath(QString::fromLocal8Bit(qgetenv("PELQ_JT9_PATH")));
+    const QString path = QDir::cleanPath(control.decoderPath());
     return path.isEmpty() ? path : QDir::current().absoluteFilePath(path);
+}
+
+bool isAborted(const Jt9Control &control)
+{
+    return control.aborted && *control.aborted;
 }
 
 // Takes in the output while the decoder runs; false when it has not ended in time. Waiting for
 // the end alone would gather all output first, and never time out while more of it keeps coming.
-bool readUntilFinished(QProcess &process, int finishMs, Jt9Output &output)
+bool readUntilFinished(QProcess &process, int finishMs, const Jt9Control &control,
+                       Jt9Output &output)
 {
+    const qint64 stepMs = control.aborted ? 100 : finishMs; // between looks at the abortion
     const QDeadlineTimer deadline(finishMs);
-    while (process.state() != QProcess::NotRunning && !deadline.hasExpired()) {
-        process.waitForReadyRead(static_cast<int>(deadline.remainingTime()));
+    while (process.state() != QProcess::NotRunning && !deadline.hasExpired() &&
+           !isAborted(control)) {
+        process.waitForReadyRead(static_cast<int>(qMin(stepMs, deadline.remainingTime())));
         output.add(process.readAllStandardOutput());
     }
     return process.state() == QProcess::NotRunning;
@@ -81,10 +89,18 @@ int lineEnd(const QByteArray &bytes, int from)
 }
 } // namespace
 
-Jt9Result runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
-                 int depth, const Jt9Limits &limits, bool folderIsOwn)
+QString jt9PathOfEnvironment()
 {
-    const QString jt9Path = jt9PathInUse();
+    return QString::fromLocal8Bit(qgetenv("PELQ_JT9_PATH"));
+}
+
+Jt9Result runJt9(const QString &wavPath, const QString &workerFolder, const DecodeBand &band,
+                 int depth, const Jt9Limits &limits, bool folderIsOwn, const Jt9Control &control)
+{
+    if (isAborted(control)) {
+        return {{}, {Jt9Cause::Aborted, {}}};
+    }
+    const QString jt9Path = jt9PathInUse(control);
     if (jt9Path.isEmpty() || !QFileInfo::exists(jt9Path) || !canRunJt9(jt9Path)) {
         return {{}, {Jt9Cause::NoDecoder, jt9Path}};
     }
@@ -103,9 +119,12 @@ Jt9Result runJt9(const QString &wavPath, const QString &workerFolder, const Deco
     }
 
     Jt9Output output;
-    if (!readUntilFinished(process, limits.finishMs, output)) {
+    if (!readUntilFinished(process, limits.finishMs, control, output)) {
         process.killFamily();
         process.waitForFinished(limits.killMs);
+        if (isAborted(control)) {
+            return {{}, {Jt9Cause::Aborted, {}}};
+        }
         return {{}, {Jt9Cause::Overran, seconds(limits.finishMs)}};
     }
     const Jt9Failure failure = failureOf(process);

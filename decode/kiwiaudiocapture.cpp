@@ -2,13 +2,14 @@
 
 #include "base/logline.h"
 #include "base/timetext.h"
-#include "decode/decodeband.h"
 #include "decode/slotwav.h"
-#include "kiwi/sndframe.h"
 
 #include <QDateTime>
 #include <QPointer>
 #include <QRunnable>
+#include <algorithm>
+#include <chrono>
+#include <future>
 #include <utility>
 
 namespace outpost
@@ -18,11 +19,9 @@ static_assert(KiwiAudioCapture::bytesPerPeriod == slotPcmBytes);
 
 namespace
 {
-constexpr int workersPerPeriod = 4;
-
 // Periods that may wait for decoders slower than the air: ten minutes, 14 MB. Beyond, a period is
 // passed over, or a decoder that always overruns would take all memory in the end.
-constexpr int mostPendingPeriods = 40;
+constexpr int maxPendingPeriods = 40;
 
 QByteArray emptyPeriod()
 {
@@ -35,32 +34,57 @@ QString periodLabel(qint64 startMs)
 }
 } // namespace
 
-class KiwiAudioCapture::DecodeTask : public QRunnable
+// Owned by the capture and the pool's thread alike, so that either may go first.
+class KiwiAudioCapture::DecodeTask : public QRunnable,
+                                     public std::enable_shared_from_this<DecodeTask>
 {
 public:
-    explicit DecodeTask(std::function<void()> taskBody) : body(std::move(taskBody)) {}
-    void run() override { body(); }
+    explicit DecodeTask(std::function<void()> taskBody) : body(std::move(taskBody))
+    {
+        setAutoDelete(false);
+    }
+    void run() override
+    {
+        const auto self = shared_from_this(); // the capture may let go of it from its end on
+        std::exchange(body, {})();
+        hasRun.set_value();
+    }
+
+    bool hasEnded() const
+    {
+        return end.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }
+    void waitForEnd() const { end.wait(); }
 
 private:
-    const std::function<void()> body;
+    std::function<void()> body;
+    std::promise<void> hasRun;
+    const std::shared_future<void> end = hasRun.get_future().share();
 };
 
-KiwiAudioCapture::KiwiAudioCapture(QObject *parent) : QObject(parent), periodSamples(emptyPeriod())
+KiwiAudioCapture::KiwiAudioCapture(const CaptureOptions &captureOptions, QObject *parent)
+    : QObject(parent), options(captureOptions),
+      pool(options.sharedPool != nullptr ? *options.sharedPool : ownPool),
+      abortion(std::make_shared<std::atomic<bool>>(false)), queue(options.bands.size()),
+      periodSamples(emptyPeriod())
 {
-    workerPool.setMaxThreadCount(workersPerPeriod);
-    workerPool.setExpiryTimeout(-1);
+    ownPool.setMaxThreadCount(qMax(1, options.bands.size()));
+    ownPool.setExpiryTimeout(-1);
 }
 
 // While the workers are waited for, the object that they post to is still whole.
 KiwiAudioCapture::~KiwiAudioCapture()
 {
-    workerPool.clear();
-    workerPool.waitForDone(-1);
+    dropQueuedTasks();
+    for (const std::shared_ptr<DecodeTask> &task : tasks) {
+        task->waitForEnd();
+    }
+    ownPool.waitForDone(-1);
 }
 
 void KiwiAudioCapture::setCaptureFolder(const QString &folder)
 {
-    captureFolder = CaptureFolder(folder.trimmed());
+    captureFolder = CaptureFolder(folder.trimmed(), options.scratchPrefix);
 }
 
 void KiwiAudioCapture::setDecodeDepth(int depth)
@@ -83,32 +107,20 @@ void KiwiAudioCapture::setWorkerCallback(DecodeCallback callback)
     workerCallback = std::move(callback);
 }
 
-SoundOutcome KiwiAudioCapture::takeFrame(const QByteArray &frame, const QString &receiverLabel,
-                                         qint64 nowMs)
-{
-    if (!started) {
-        const QString failure = start(receiverLabel, nowMs);
-        if (!failure.isEmpty()) {
-            return {true, false, failure};
-        }
-    }
-    countFrame(nowMs);
-    const bool periodClosed = isAdpcmFrame(frame) ? takeAdpcm(frame) : takePlain(frame);
-    return {periodClosed, periodClosed, {}};
-}
-
 void KiwiAudioCapture::reset()
 {
-    workerPool.clear();
+    dropQueuedTasks();
     ++resets;
-    periodOrder.clear();
-    pendingPeriods.clear();
-    finishedPeriods.clear();
+    queue.clear();
     started = false;
     armed = false;
     periodStartMs = 0;
     counters = {};
-    adpcm = {};
+}
+
+void KiwiAudioCapture::abortDecoders()
+{
+    *std::exchange(abortion, std::make_shared<std::atomic<bool>>(false)) = true;
 }
 
 QString KiwiAudioCapture::start(const QString &receiverLabel, qint64 nowMs)
@@ -121,51 +133,31 @@ QString KiwiAudioCapture::start(const QString &receiverLabel, qint64 nowMs)
     }
 
     receiver = receiverLabel;
-    spareCounter1 = 0;
-    spareCounter2 = 0;
     counters = {};
-    adpcm = {};
     started = true;
     armed = false;
 
     const qint64 sinceBoundaryMs = nowMs % periodMs;
-    const bool tooClose = periodMs - sinceBoundaryMs < leastWarningMs;
+    const bool tooClose = periodMs - sinceBoundaryMs < minWarningMs;
     periodStartMs = nowMs - sinceBoundaryMs + (tooClose ? 2 * periodMs : periodMs);
     return {};
 }
 
 // Armed once, the capture keeps period boundaries by counting samples, not by the clock.
-void KiwiAudioCapture::countFrame(qint64 nowMs)
+SoundOutcome KiwiAudioCapture::takeSamples(const QVector<qint16> &samples, qint64 nowMs)
 {
+    if (!started) {
+        return {};
+    }
     ++counters.framesSeen;
-    if (!armed && nowMs >= periodStartMs) {
-        armed = true;
-    }
-}
-
-// The decoder runs even where its samples are not kept: its state must follow the stream.
-bool KiwiAudioCapture::takeAdpcm(const QByteArray &frame)
-{
-    ++counters.compressedFrames;
-    ImaAdpcmState state = adpcm; // a local one can stay in registers
+    armed = armed || nowMs >= periodStartMs;
     bool periodClosed = false;
-    for (int i = sndHeaderBytes; i < frame.size(); ++i) {
-        const int byte = static_cast<quint8>(frame.at(i));
-        periodClosed |= takeSample(decodeImaNibble(state, byte & 0x0f));
-        periodClosed |= takeSample(decodeImaNibble(state, byte >> 4));
+    if (armed) {
+        for (const qint16 sample : samples) {
+            periodClosed |= appendSample(sample);
+        }
     }
-    adpcm = state;
-    return periodClosed;
-}
-
-bool KiwiAudioCapture::takePlain(const QByteArray &frame)
-{
-    ++counters.plainFrames;
-    bool periodClosed = false;
-    for (int i = sndHeaderBytes; i + 1 < frame.size(); i += 2) {
-        periodClosed |= takeSample(qFromLittleEndian<qint16>(frame.constData() + i));
-    }
-    return periodClosed;
+    return {periodClosed, periodClosed, {}};
 }
 
 bool KiwiAudioCapture::closePeriod()
@@ -175,7 +167,7 @@ bool KiwiAudioCapture::closePeriod()
     counters = {};
     started = true;
     armed = true;
-    if (pendingPeriods.size() >= mostPendingPeriods) {
+    if (queue.pendingCount() >= maxPendingPeriods) {
         logLine(QStringLiteral("The decoder is too slow: the period of %1 is passed over.")
                     .arg(periodLabel(closedStartMs)));
         return false;
@@ -186,54 +178,64 @@ bool KiwiAudioCapture::closePeriod()
 
 void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &samples)
 {
-    periodOrder.append(startMs);
-    pendingPeriods.insert(startMs, PendingSlot());
-
-    const QPointer<KiwiAudioCapture> guard(this);
-    for (int worker = 0; worker < workersPerPeriod; ++worker) {
-        const SlotJob job = {startMs,
-                             worker,
-                             decodeBand(worker),
-                             decodeDepth,
-                             captureFolder.path(),
-                             captureFolder.isOwn(),
-                             decoderLimits};
-        workerPool.start(
-            new DecodeTask([guard, object = this, queuedAtReset = resets, job, samples] {
-                const Jt9Result result = decodeSlot(job, samples);
-                if (guard.isNull()) {
-                    return;
-                }
-                const auto delivery = [guard, queuedAtReset, job, result] {
-                    if (guard) {
-                        guard->deliver(queuedAtReset, job, result);
-                    }
-                };
-                QMetaObject::invokeMethod(object, delivery, Qt::QueuedConnection);
-            }));
+    queue.add(startMs);
+    for (int worker = 0; worker < options.bands.size(); ++worker) {
+        SlotJob job;
+        job.periodStartMs = startMs;
+        job.worker = worker;
+        job.band = options.bands.at(worker);
+        job.depth = decodeDepth;
+        job.captureFolder = captureFolder.path();
+        job.folderIsOwn = captureFolder.isOwn();
+        job.limits = decoderLimits;
+        job.scratchPrefix = options.scratchPrefix;
+        job.control = {options.decoderPath, abortion};
+        startWorker(job, samples);
     }
+}
+
+void KiwiAudioCapture::startWorker(const SlotJob &job, const QByteArray &samples)
+{
+    const QPointer<KiwiAudioCapture> guard(this);
+    const auto work = [guard, object = this, queuedAtReset = resets, job, samples] {
+        const Jt9Result result = decodeSlot(job, samples);
+        const auto delivery = [guard, queuedAtReset, job, result] {
+            if (guard) {
+                guard->deliver(queuedAtReset, job, result);
+            }
+        };
+        QMetaObject::invokeMethod(object, delivery, Qt::QueuedConnection);
+    };
+    tasks.erase(std::remove_if(tasks.begin(), tasks.end(),
+                               [](const auto &task) { return task->hasEnded(); }),
+                tasks.end());
+    tasks.push_back(std::make_shared<DecodeTask>(work));
+    pool.start(tasks.back().get());
+}
+
+// A shared pool may hold other captures' work, too.
+void KiwiAudioCapture::dropQueuedTasks()
+{
+    tasks.erase(std::remove_if(tasks.begin(), tasks.end(),
+                               [this](const auto &task) { return pool.tryTake(task.get()); }),
+                tasks.end());
 }
 
 void KiwiAudioCapture::deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result)
 {
-    const qint64 finishedStartMs = job.periodStartMs;
-    if (queuedAtReset != resets || !pendingPeriods.contains(finishedStartMs)) {
+    if (queuedAtReset != resets || !queue.isPending(job.periodStartMs)) {
         return;
     }
     logFailure(job, result.failure);
     const QVector<Ft8Decode> decodes = parseDecodeLines(result.lines);
     if (workerCallback && !decodes.isEmpty()) {
-        workerCallback(periodLabel(finishedStartMs), decodes);
+        workerCallback(periodLabel(job.periodStartMs), decodes);
     }
-
-    PendingSlot &slot = pendingPeriods[finishedStartMs];
-    slot.collected += decodes;
-    if (++slot.finishedWorkers < workersPerPeriod) {
-        return;
+    for (const FinishedPeriod &period : queue.report(job.periodStartMs, decodes)) {
+        if (periodCallback && !period.decodes.isEmpty()) {
+            periodCallback(periodLabel(period.startMs), period.decodes);
+        }
     }
-    finishedPeriods.insert(finishedStartMs, mergeDecodes(slot.collected));
-    pendingPeriods.remove(finishedStartMs);
-    drainInOrder();
 }
 
 void KiwiAudioCapture::logFailure(const SlotJob &job, const Jt9Failure &failure)
@@ -241,18 +243,6 @@ void KiwiAudioCapture::logFailure(const SlotJob &job, const Jt9Failure &failure)
     const QString news = failures.report(periodLabel(job.periodStartMs), job.worker, failure);
     if (!news.isEmpty()) {
         logLine(escapedControls(news)); // it may quote a path
-    }
-}
-
-// An earlier period that is still being decoded holds the later ones back.
-void KiwiAudioCapture::drainInOrder()
-{
-    while (!periodOrder.isEmpty() && finishedPeriods.contains(periodOrder.first())) {
-        const qint64 startMs = periodOrder.takeFirst();
-        const QVector<Ft8Decode> merged = finishedPeriods.take(startMs);
-        if (periodCallback && !merged.isEmpty()) {
-            periodCallback(periodLabel(startMs), merged);
-        }
     }
 }
 

@@ -1,20 +1,19 @@
 #pragma once
 
 #include "decode/capturefolder.h"
-#include "decode/ft8decode.h"
+#include "decode/decodeband.h"
+#include "decode/decodequeue.h"
 #include "decode/jt9runner.h"
 #include "decode/workerfailures.h"
-#include "kiwi/imaadpcm.h"
 
-#include <QByteArray>
-#include <QList>
-#include <QMap>
 #include <QObject>
 #include <QString>
 #include <QThreadPool>
-#include <QVector>
 #include <QtEndian>
+#include <atomic>
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace outpost
 {
@@ -26,17 +25,26 @@ struct SlotJob;
 using DecodeCallback =
     std::function<void(const QString &periodLabel, const QVector<Ft8Decode> &decodes)>;
 
-// What became of one sound frame. Not attempted: nothing to report. Attempted: a period was
-// closed and handed to the workers (succeeded), or the capture could not be started (failed).
+// What became of some sound. Not attempted: nothing to report. Attempted: a period was closed and
+// handed to the workers (succeeded), or the capture could not be started (failed).
 struct SoundOutcome {
     bool attempted = false;
     bool succeeded = false;
     QString text; // the reason of a failure
 };
 
-// Cuts the receiver's continuous audio (signed 16-bit mono, 12000 samples a second) into FT8
-// periods of 180000 samples that start on UTC quarter minutes, has each period decoded by four
-// workers, one per audio sub-band, and delivers the merged decodes in period order.
+struct CaptureOptions {
+    QVector<DecodeBand> bands = usualDecodeBands(); // one worker for each
+    // Runs the decoders of several captures, as many at once as it has threads; must outlive them.
+    // Null: a pool of the capture's own, with a thread for each band.
+    QThreadPool *sharedPool = nullptr;
+    QString scratchPrefix = QLatin1String(usualScratchPrefix);   // of the scratch folders' names
+    std::function<QString()> decoderPath = jt9PathOfEnvironment; // asked at each run, on any thread
+};
+
+// Cuts a receiver's continuous audio (signed 16-bit mono, 12000 samples a second) into FT8
+// periods of 180000 samples that start on UTC quarter minutes, has each period decoded by a worker
+// for each sub-band, and delivers the merged decodes in period order.
 //
 // Lives on the GUI thread; every call is made there and both callbacks are called there. Workers
 // touch only their own copies. Destruction drops queued work, waits for running decoders and
@@ -47,9 +55,9 @@ public:
     static constexpr int samplesPerPeriod = 180000;
     static constexpr int bytesPerPeriod = 2 * samplesPerPeriod;
     static constexpr qint64 periodMs = 15000;
-    static constexpr qint64 leastWarningMs = 2500; // a boundary nearer than this is skipped
+    static constexpr qint64 minWarningMs = 2500; // a boundary nearer than this is skipped
 
-    explicit KiwiAudioCapture(QObject *parent = nullptr);
+    explicit KiwiAudioCapture(const CaptureOptions &captureOptions = {}, QObject *parent = nullptr);
     ~KiwiAudioCapture() override;
 
     // Root of the workers' scratch folders; of several copies of the program that run at once,
@@ -60,20 +68,23 @@ public:
     void setPeriodCallback(DecodeCallback callback); // merged, once per non-empty period
     void setWorkerCallback(DecodeCallback callback); // raw, once per non-empty worker
 
-    // Takes one "SND" frame of more than 9 bytes (layout: kiwi/sndframe.h): starts the capture if
-    // it is not started, arms it when the first boundary has come, decodes the frame's samples
-    // and keeps those that fall into a period. `nowMs` is UTC, ms since the epoch.
-    SoundOutcome takeFrame(const QByteArray &frame, const QString &receiverLabel, qint64 nowMs);
+    // Sets the first period's start; samples are kept from then on. Times are UTC, ms since the
+    // epoch. Returns an empty text, or why the capture stays not started.
+    QString start(const QString &receiverLabel, qint64 nowMs);
+
+    // Takes the samples of one sound frame, once started. They are dropped before the first
+    // period's start; the first frame that comes no earlier is kept whole.
+    SoundOutcome takeSamples(const QVector<qint16> &samples, qint64 nowMs);
 
     // Drops queued work, pending periods and the samples so far; not started, not armed.
     // Decoders already running finish, and what they report is dropped.
     void reset();
 
-    // ---- the steps of takeFrame, and what the tests look at ----
+    // Ends the decoders of all periods queued so far, which then bring nothing.
+    void abortDecoders();
 
-    // Returns an empty text, or why the capture stays not started.
-    QString start(const QString &receiverLabel, qint64 nowMs);
-    void countFrame(qint64 nowMs);
+    // ---- the steps of takeSamples, and what the tests look at ----
+
     // Returns true when this sample completed a period that was handed to the workers.
     bool appendSample(qint16 sample);
     void queueDecodeSlices(long long periodStartMs, const QByteArray &samples);
@@ -82,8 +93,6 @@ public:
     // included.
     struct PeriodCounters {
         qint64 framesSeen = 0;
-        qint64 compressedFrames = 0; // ADPCM
-        qint64 plainFrames = 0;      // 16-bit samples
         qint64 samples = 0;
         qint64 sumOfSquares = 0; // exact: that of a full period is below 2^48
         int peak = 0;            // largest magnitude of a sample, 0..32768
@@ -93,31 +102,27 @@ public:
     bool isArmed() const { return armed; }
     qint64 periodStart() const { return periodStartMs; } // UTC, ms since the epoch
     const PeriodCounters &periodCounters() const { return counters; }
-    const ImaAdpcmState &adpcmState() const { return adpcm; }
+    const QThreadPool &threadPool() const { return pool; }
 
 private:
     class DecodeTask;
-    struct PendingSlot {
-        int finishedWorkers = 0;      // 0..4
-        QVector<Ft8Decode> collected; // raw, in the order the workers reported
-    };
 
-    bool takeSample(qint16 sample) { return started && armed && appendSample(sample); }
-    bool takeAdpcm(const QByteArray &frame);
-    bool takePlain(const QByteArray &frame);
     bool closePeriod(); // false: passed over
+    void startWorker(const SlotJob &job, const QByteArray &samples);
+    void dropQueuedTasks();
     void deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result);
     void logFailure(const SlotJob &job, const Jt9Failure &failure);
-    void drainInOrder();
 
+    const CaptureOptions options;
     CaptureFolder captureFolder;
     QString receiver;
     DecodeCallback periodCallback;
     DecodeCallback workerCallback;
-    QThreadPool workerPool;
-    QList<qint64> periodOrder; // starts of the queued periods, oldest first
-    QMap<qint64, PendingSlot> pendingPeriods;
-    QMap<qint64, QVector<Ft8Decode>> finishedPeriods; // merged, waiting for their turn
+    QThreadPool ownPool;
+    QThreadPool &pool;
+    std::vector<std::shared_ptr<DecodeTask>> tasks; // not yet known to have ended
+    std::shared_ptr<std::atomic<bool>> abortion;    // of the runs queued since the last one
+    DecodeQueue queue;
     WorkerFailures failures;
     int decodeDepth = 2;
     Jt9Limits decoderLimits;
@@ -126,9 +131,6 @@ private:
     bool armed = false;
     qint64 periodStartMs = 0;
     PeriodCounters counters;
-    int spareCounter1 = 0;
-    int spareCounter2 = 0;
-    ImaAdpcmState adpcm;
     int resets = 0; // tells what was queued before a reset from what came after it
 };
 

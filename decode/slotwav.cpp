@@ -52,11 +52,11 @@ bool makeFolder(const QString &folder)
 QString workerFolderName(const SlotJob &job)
 {
     const QDateTime start = QDateTime::fromMSecsSinceEpoch(job.periodStartMs, Qt::UTC);
-    return QStringLiteral("WORKER_%1_S%2_%3_%4")
-        .arg(timeText(start, QStringLiteral("yyyyMMdd_HHmmss")))
-        .arg(job.worker + 1)
-        .arg(job.band.lowHz)
-        .arg(job.band.highHz);
+    return job.scratchPrefix + QStringLiteral("%1_S%2_%3_%4")
+                                   .arg(timeText(start, QStringLiteral("yyyyMMdd_HHmmss")))
+                                   .arg(job.worker + 1)
+                                   .arg(job.band.lowHz)
+                                   .arg(job.band.highHz);
 }
 
 QString writeSlotWav(const QString &path, const QByteArray &samples)
@@ -94,7 +94,7 @@ Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
     const QString wavPath = folder + QStringLiteral("/pelq_ft8_slot.wav");
     const QString wavError = writeSlotWav(wavPath, samples);
     Jt9Result result = wavError.isEmpty() ? runJt9(wavPath, folder, job.band, job.depth, job.limits,
-                                                   job.folderIsOwn)
+                                                   job.folderIsOwn, job.control)
                                           : Jt9Result{{}, {Jt9Cause::WavNotWritten, wavError}};
     if (!removeScratchFolder(folder) && result.failure.cause == Jt9Cause::None) {
         result.failure = {Jt9Cause::FolderLeft, {}};

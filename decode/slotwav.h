@@ -2,6 +2,7 @@
 
 #include "decode/decodeband.h"
 #include "decode/jt9runner.h"
+#include "decode/scratchfolder.h"
 
 #include <QByteArray>
 #include <QString>
@@ -18,11 +19,13 @@ struct SlotJob {
     QString captureFolder;    // root of the workers' scratch folders
     bool folderIsOwn = false; // no other copy of the program works in it
     Jt9Limits limits = {};
+    QString scratchPrefix = QLatin1String(usualScratchPrefix);
+    Jt9Control control = {};
 };
 
 constexpr int slotPcmBytes = 360000; // 15 s of signed 16-bit mono at 12000 Hz
 
-// "WORKER_<UTC start as yyyyMMdd_HHmmss>_S<worker, 1..4>_<low Hz>_<high Hz>".
+// "<prefix><UTC start as yyyyMMdd_HHmmss>_S<worker, 1..4>_<low Hz>_<high Hz>".
 QString workerFolderName(const SlotJob &job);
 
 // Writes `samples` (little-endian) as a RIFF WAVE file: a 44-byte header, then the samples.

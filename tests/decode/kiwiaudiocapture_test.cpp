@@ -1,6 +1,7 @@
+#include "app/receiversound.h"
 #include "decode/decodeband.h"
 #include "decode/kiwiaudiocapture.h"
-#include "kiwi/imaadpcm.h"
+#include "kiwi/sounddecoder.h"
 #include "tests/decode/decodelines.h"
 
 #include <QDateTime>
@@ -84,6 +85,7 @@ private slots:
     {
         folder = std::make_unique<QTemporaryDir>();
         capture = std::make_unique<KiwiAudioCapture>();
+        sound.reset();
         capture->setCaptureFolder(folder->path());
         periods.clear();
         batches.clear();
@@ -193,8 +195,7 @@ private slots:
         QVERIFY(!take(plainFrame({}), boundaryMs).attempted);
         QVERIFY(!take(adpcmFrame({}), boundaryMs).attempted);
         QCOMPARE(capture->periodCounters().samples, 0);
-        QCOMPARE(capture->periodCounters().plainFrames, 2); // arming took one
-        QCOMPARE(capture->periodCounters().compressedFrames, 1);
+        QCOMPARE(capture->periodCounters().framesSeen, 3); // arming took one
     }
 
     void plainSamplesAreWholeLittleEndianPairs()
@@ -212,9 +213,9 @@ private slots:
     {
         arm();
         take(adpcmFrame("\x47"), boundaryMs);
-        const ImaAdpcmState before = capture->adpcmState();
+        const ImaAdpcmState before = sound.adpcmState();
         take(plainFrame("abcdef"), boundaryMs);
-        QVERIFY(sameState(capture->adpcmState(), before));
+        QVERIFY(sameState(sound.adpcmState(), before));
     }
 
     void adpcmTakesTheLowNibbleFirst()
@@ -224,7 +225,7 @@ private slots:
         ImaAdpcmState state;
         const int first = decodeImaNibble(state, 15);
         const int second = decodeImaNibble(state, 0);
-        QVERIFY(sameState(capture->adpcmState(), state));
+        QVERIFY(sameState(sound.adpcmState(), state));
         QCOMPARE(capture->periodCounters().samples, 2);
         QCOMPARE(capture->periodCounters().sumOfSquares, qint64(first * first + second * second));
     }
@@ -237,9 +238,10 @@ private slots:
         take(adpcmFrame(second), boundaryMs);
         KiwiAudioCapture joined;
         joined.setCaptureFolder(folder->path());
-        joined.takeFrame(plainFrame({}), receiver, boundaryMs - 3000);
-        joined.takeFrame(adpcmFrame(first + second), receiver, boundaryMs);
-        QVERIFY(sameState(capture->adpcmState(), joined.adpcmState()));
+        SoundDecoder joinedSound;
+        captureFrame(joined, joinedSound, plainFrame({}), receiver, boundaryMs - 3000);
+        captureFrame(joined, joinedSound, adpcmFrame(first + second), receiver, boundaryMs);
+        QVERIFY(sameState(sound.adpcmState(), joinedSound.adpcmState()));
         QCOMPARE(capture->periodCounters().sumOfSquares, joined.periodCounters().sumOfSquares);
         QCOMPARE(capture->periodCounters().samples, 16);
     }
@@ -252,15 +254,24 @@ private slots:
             decodeImaNibble(state, nibble);
         }
         QCOMPARE(capture->periodCounters().samples, 0);
-        QVERIFY(sameState(capture->adpcmState(), state));
+        QVERIFY(sameState(sound.adpcmState(), state));
     }
 
-    void startingZeroesTheDecoderAndTheCounters()
+    void nothingIsDecodedBeforeItHasStarted()
+    {
+        capture->setCaptureFolder({});
+        take(adpcmFrame("\x47\x13"), boundaryMs - 3000);
+        QVERIFY(sameState(sound.adpcmState(), ImaAdpcmState()));
+        QVERIFY(!capture->takeSamples({1, 2, 3}, boundaryMs).attempted);
+        QCOMPARE(capture->periodCounters().framesSeen, 0);
+        QCOMPARE(capture->periodCounters().samples, 0);
+    }
+
+    void startingZeroesTheCounters()
     {
         arm();
         take(adpcmFrame("\x47\x13"), boundaryMs);
         QCOMPARE(capture->start(receiver, boundaryMs), QString());
-        QVERIFY(sameState(capture->adpcmState(), ImaAdpcmState()));
         QCOMPARE(capture->periodCounters().framesSeen, 0);
         QCOMPARE(capture->periodCounters().samples, 0);
         QVERIFY(!capture->isArmed());
@@ -280,7 +291,6 @@ private slots:
         QCOMPARE(capture->periodStart(), boundaryMs + 15000);
         QCOMPARE(capture->periodCounters().samples, 0);
         QCOMPARE(capture->periodCounters().framesSeen, 0);
-        QCOMPARE(capture->periodCounters().plainFrames, 0);
         QCOMPARE(capture->periodCounters().peak, 0);
         QCOMPARE(capture->periodCounters().sumOfSquares, 0);
         QVERIFY(capture->isStarted() && capture->isArmed());
@@ -304,7 +314,7 @@ private slots:
             decodeImaNibble(state, 7);
             decodeImaNibble(state, 4);
         }
-        QVERIFY(sameState(capture->adpcmState(), state)); // a period's end does not touch it
+        QVERIFY(sameState(sound.adpcmState(), state)); // a period's end does not touch it
         QVERIFY(!take(plainFrame("ab"), boundaryMs).attempted);
     }
 
@@ -320,10 +330,9 @@ private slots:
         QCOMPARE(capture->periodStart(), 0);
         QCOMPARE(capture->periodCounters().samples, 0);
         QCOMPARE(capture->periodCounters().framesSeen, 0);
-        QCOMPARE(capture->periodCounters().compressedFrames, 0);
-        QVERIFY(sameState(capture->adpcmState(), ImaAdpcmState()));
         take(plainFrame("abcd"), boundaryMs - 3000); // the next connection starts afresh
         QVERIFY(capture->isStarted());
+        QVERIFY(sameState(sound.adpcmState(), ImaAdpcmState()));
         QCOMPARE(capture->periodStart(), boundaryMs);
     }
 
@@ -663,18 +672,8 @@ private slots:
         QCOMPARE(batchesOf("first"), 2);
     }
 
-    void anIdlePoolKeepsItsThreads_data()
-    {
-        QTest::addColumn<int>("idleMs");
-        QTest::newRow("at once") << 0;
-        if (qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS")) {
-            QTest::newRow("for longer than the toolkit's usual 30 s") << 31000;
-        }
-    }
-
     void anIdlePoolKeepsItsThreads()
     {
-        QFETCH(int, idleMs);
         QTRY_COMPARE(pooledThreads(), 0); // those of the captures before this one have gone
         const ScriptedDecoder decoder(
             QStringLiteral("echo + >> $here/log; flock -s $here/gate true; echo '~ x'"));
@@ -683,8 +682,93 @@ private slots:
         QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")), QByteArray("+\n+\n+\n+\n"));
         gate.open();
         QTRY_COMPARE(periods.size(), 1);
-        QTest::qWait(idleMs);
         QCOMPARE(pooledThreads(), 4);
+        QCOMPARE(capture->threadPool().expiryTimeout(), -1);
+        QCOMPARE(capture->threadPool().maxThreadCount(), 4);
+    }
+
+    // ---- options ----
+
+    void decodesTheBandsOfItsOptionsInFoldersOfTheirPrefix()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo \"~ $slot $5 $7\""));
+        CaptureOptions options;
+        options.bands = {{100, 900}, {800, 1700}};
+        options.scratchPrefix = QStringLiteral("HERE_");
+        make(options);
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QStringList lines = periods.first().lines;
+        lines.sort();
+        const QStringList expected = {
+            QStringLiteral("~ HERE_20260116_142315_S1_100_900 100 900"),
+            QStringLiteral("~ HERE_20260116_142315_S2_800_1700 800 1700")};
+        QCOMPARE(lines, expected);
+    }
+
+    void asksForTheDecodersPathAtEachRun()
+    {
+        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        qunsetenv("PELQ_JT9_PATH");
+        CaptureOptions options;
+        std::atomic<int> asked{0};
+        options.decoderPath = [&] {
+            ++asked;
+            return decoder.path();
+        };
+        make(options);
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(periods.size(), 1);
+        QCOMPARE(asked.load(), 4);
+        capture.reset();
+    }
+
+    void capturesShareAPoolAndItsLimit()
+    {
+        const ScriptedDecoder decoder(QStringLiteral(
+            "echo + >> $here/log; flock -s $here/gate true; echo - >> $here/log; echo '~ x'"));
+        QThreadPool pool;
+        pool.setMaxThreadCount(2);
+        CaptureOptions options;
+        options.sharedPool = &pool;
+        make(options);
+        KiwiAudioCapture other(options);
+        other.setCaptureFolder(folder->filePath(QStringLiteral("other")));
+        QList<Delivery> others;
+        other.setPeriodCallback([&](const QString &label, const QVector<Ft8Decode> &decodes) {
+            others.append({label, linesOf(decodes)});
+        });
+        {
+            const Gate gate(decoder.left(QStringLiteral("gate")));
+            other.queueDecodeSlices(boundaryMs, silence);
+            capture->queueDecodeSlices(boundaryMs, silence);
+            QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")), QByteArray("+\n+\n"));
+            capture.reset(); // what it had queued never runs, and the other's stays
+        }
+        QTRY_COMPARE(others.size(), 1);
+        const QByteArray log = decoder.readLeft(QStringLiteral("log"));
+        QCOMPARE(log.count('+'), 4);
+        int running = 0;
+        for (const char mark : log) {
+            running += mark == '+' ? 1 : mark == '-' ? -1 : 0;
+            QVERIFY(running <= 2);
+        }
+        QVERIFY(periods.isEmpty());
+    }
+
+    void abortedDecodersEndAndBringNothing()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("echo $$ >> $here/log; case $slot in *_142330_*) ;;\n"
+                           "*) echo '~ x'; exec sleep 1000;; esac; echo \"~ $slot\""));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")).count('\n'), 4);
+        capture->abortDecoders();
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE_WITH_TIMEOUT(periods.size(), 1, 30000);
+        QCOMPARE(periods.first().label, QStringLiteral("14:23:30"));
+        QCOMPARE(batches.size(), 4);
+        QVERIFY(QDir(folder->path()).isEmpty());
     }
 
     // ---- reset and destruction, with decoders ----
@@ -806,9 +890,18 @@ private slots:
 #endif
 
 private:
+#ifndef Q_OS_WIN
+    void make(const CaptureOptions &options)
+    {
+        capture = std::make_unique<KiwiAudioCapture>(options);
+        capture->setCaptureFolder(folder->path());
+        record(*capture);
+    }
+#endif
+
     SoundOutcome take(const QByteArray &bytes, qint64 nowMs)
     {
-        return capture->takeFrame(bytes, receiver, nowMs);
+        return captureFrame(*capture, sound, bytes, receiver, nowMs);
     }
 
     // Started 3 s before the boundary and armed at it, with no samples yet.
@@ -888,6 +981,7 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> folder;
+    SoundDecoder sound;
     std::unique_ptr<KiwiAudioCapture> capture;
     QList<Delivery> periods;
     QList<Delivery> batches;

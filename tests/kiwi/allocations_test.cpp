@@ -1,6 +1,8 @@
 // What sound costs in memory: nothing, between one period's end and the next.
 
+#include "app/receiversound.h"
 #include "decode/kiwiaudiocapture.h"
+#include "kiwi/sounddecoder.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -80,11 +82,12 @@ void AllocationsTest::soundWithinAPeriodAllocatesNothing()
     const QString endpoint = QStringLiteral("/kiwi/0/SND");
     const QByteArray frame = QByteArray("SND") + flags + QByteArray(6, '\0') + QByteArray(1024, 7);
     KiwiAudioCapture capture;
+    SoundDecoder sound;
     capture.setCaptureFolder(folder.path());
-    capture.takeFrame(frame, endpoint, boundaryMs - 5000);
+    captureFrame(capture, sound, frame, endpoint, boundaryMs - 5000);
     const int before = allocations;
     for (int i = 0; i < 80; ++i) {
-        capture.takeFrame(frame, endpoint, boundaryMs);
+        captureFrame(capture, sound, frame, endpoint, boundaryMs);
     }
     const int after = allocations;
     QVERIFY(capture.periodCounters().samples >= 80 * 512);

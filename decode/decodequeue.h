@@ -1,0 +1,48 @@
+#pragma once
+
+#include "decode/ft8decode.h"
+
+#include <QList>
+#include <QMap>
+
+namespace outpost
+{
+
+// A period whose turn has come.
+struct FinishedPeriod {
+    qint64 startMs = 0;         // UTC, ms since the epoch
+    QVector<Ft8Decode> decodes; // merged
+};
+
+// The periods that are being decoded, each by some workers: gathers what these report and gives
+// the periods out in the order in which they were queued.
+class DecodeQueue
+{
+public:
+    explicit DecodeQueue(int workersOfAPeriod) : workersPerPeriod(workersOfAPeriod) {}
+
+    // Queues a period; one that is known already is gathered anew.
+    void add(qint64 startMs);
+
+    // Takes what one worker brought. Returns the periods whose turn has come, oldest first: one
+    // that is still being decoded holds the later ones back. Of a period that is not pending
+    // nothing is taken.
+    QVector<FinishedPeriod> report(qint64 startMs, const QVector<Ft8Decode> &decodes);
+
+    bool isPending(qint64 startMs) const { return pending.contains(startMs); }
+    int pendingCount() const { return pending.size(); } // not all of whose workers have reported
+    void clear();
+
+private:
+    struct Pending {
+        int finishedWorkers = 0;
+        QVector<Ft8Decode> collected; // raw, in the order in which the workers reported
+    };
+
+    int workersPerPeriod;
+    QList<qint64> order; // starts of the queued periods, oldest first
+    QMap<qint64, Pending> pending;
+    QMap<qint64, QVector<Ft8Decode>> finished; // merged, waiting for their turn
+};
+
+} // namespace outpost

@@ -1,0 +1,151 @@
+#include "decode/decodequeue.h"
+#include "tests/decode/decodelines.h"
+
+#include <QtTest>
+#include <algorithm>
+#include <vector>
+
+namespace outpost
+{
+
+namespace
+{
+constexpr int workers = 4;
+
+QVector<Ft8Decode> one(const QString &line)
+{
+    return parseDecodeLines({line});
+}
+
+QString lineOf(qint64 startMs, int worker)
+{
+    return QStringLiteral("~ %1 %2").arg(startMs).arg(worker);
+}
+} // namespace
+
+class DecodeQueueTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Every order in which the workers of three periods can report, which one of a period it is
+    // left aside: 12! / (4!)^3 = 34650.
+    void periodsComeOnceAndInOrderHoweverTheWorkersReport()
+    {
+        std::vector<int> reports = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2}; // of which period
+        int orders = 0;
+        do {
+            DecodeQueue queue(workers);
+            for (int period = 0; period < 3; ++period) {
+                queue.add(period);
+            }
+            int reported[3] = {};
+            int given = 0;
+            for (const int period : reports) {
+                const QString line = lineOf(period, reported[period]++);
+                const QVector<FinishedPeriod> due = queue.report(period, one(line));
+                for (const FinishedPeriod &finished : due) {
+                    QCOMPARE(finished.startMs, qint64(given));
+                    QCOMPARE(finished.decodes.size(), workers);
+                    QCOMPARE(finished.decodes.last().line, lineOf(given, workers - 1));
+                    ++given;
+                }
+                // As many as possible: the next one has a worker to report.
+                QVERIFY(given == 3 || reported[given] < workers);
+                QCOMPARE(queue.pendingCount(),
+                         int(std::count_if(reported, reported + 3,
+                                           [](int count) { return count < workers; })));
+            }
+            QCOMPARE(given, 3);
+            ++orders;
+        } while (std::next_permutation(reports.begin(), reports.end()));
+        QCOMPARE(orders, 34650);
+    }
+
+    // The 24 orders of one period's workers: lines that are no decodes keep the order of arrival.
+    void whatWorkersReportIsMergedInTheOrderOfArrival()
+    {
+        std::vector<int> arrival = {0, 1, 2, 3};
+        do {
+            DecodeQueue queue(workers);
+            queue.add(1);
+            QStringList expected;
+            QVector<FinishedPeriod> due;
+            for (const int worker : arrival) {
+                QVERIFY(due.isEmpty());
+                expected.append(lineOf(1, worker));
+                due = queue.report(1, one(expected.last()));
+            }
+            QCOMPARE(due.size(), 1);
+            QCOMPARE(linesOf(due.first().decodes), expected);
+        } while (std::next_permutation(arrival.begin(), arrival.end()));
+    }
+
+    void doublesOfTwoWorkersAreOneDecode()
+    {
+        DecodeQueue queue(2);
+        queue.add(1);
+        queue.report(1, one(QStringLiteral("000001 -10 0.1 1012 ~ CQ A")));
+        const QVector<FinishedPeriod> due =
+            queue.report(1, one(QStringLiteral("000001 -8 0.1 1015 ~ CQ A")));
+        QCOMPARE(linesOf(due.first().decodes),
+                 QStringList(QStringLiteral("000001 -8 0.1 1015 ~ CQ A")));
+    }
+
+    void aPeriodWithoutDecodesHasItsTurnToo()
+    {
+        DecodeQueue queue(1);
+        queue.add(1);
+        queue.add(2);
+        QVERIFY(queue.report(2, one(QStringLiteral("~"))).isEmpty());
+        const QVector<FinishedPeriod> due = queue.report(1, {});
+        QCOMPARE(due.size(), 2);
+        QVERIFY(due.first().decodes.isEmpty());
+    }
+
+    void nothingIsTakenForAPeriodThatIsNotPending()
+    {
+        DecodeQueue queue(1);
+        QVERIFY(queue.report(1, one(QStringLiteral("~"))).isEmpty());
+        queue.add(1);
+        QCOMPARE(queue.report(1, {}).size(), 1);
+        QVERIFY(!queue.isPending(1));
+        QVERIFY(queue.report(1, {}).isEmpty());
+    }
+
+    void aPeriodQueuedAgainIsGatheredAnewAndGivenOnce()
+    {
+        DecodeQueue queue(2);
+        queue.add(1);
+        queue.add(2);
+        queue.report(1, one(QStringLiteral("~ old")));
+        queue.report(2, {});
+        queue.report(2, one(QStringLiteral("~ old"))); // finished, and waits for the first
+        queue.add(1);
+        queue.add(2);
+        QVERIFY(queue.report(1, one(QStringLiteral("~ new"))).isEmpty());
+        QCOMPARE(queue.report(1, {}).size(), 1);
+        QVERIFY(queue.report(2, {}).isEmpty());
+        const QVector<FinishedPeriod> due = queue.report(2, one(QStringLiteral("~ new")));
+        QCOMPARE(due.size(), 1);
+        QCOMPARE(linesOf(due.first().decodes), QStringList(QStringLiteral("~ new")));
+    }
+
+    void nothingIsKnownAfterClear()
+    {
+        DecodeQueue queue(1);
+        queue.add(1);
+        queue.add(2);
+        queue.report(2, {});
+        queue.clear();
+        QCOMPARE(queue.pendingCount(), 0);
+        QVERIFY(queue.report(1, {}).isEmpty());
+        queue.add(3);
+        QCOMPARE(queue.report(3, {}).size(), 1);
+    }
+};
+
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::DecodeQueueTest)
+#include "decodequeue_test.moc"
