@@ -6,12 +6,14 @@
 #include "base/logline.h"
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"
+#include "display/bridgestatusdialog.h"
 #include "display/bridgetexts.h"
 #include "display/decodetable.h"
 #include "display/highlightcalls.h"
 #include "display/highlighteditor.h"
 #include "display/stationdisplay.h"
 #include "display/statussummary.h"
+#include "display/wsjtbridge.h"
 #include "kiwi/kiwilink.h"
 #include "store/profilemenu.h"
 #include "store/receiverdialog.h"
@@ -24,7 +26,6 @@
 #include <QProcessEnvironment>
 #include <QPushButton>
 #include <QStatusBar>
-#include <QTcpServer>
 #include <QTimer>
 #include <utility>
 
@@ -32,7 +33,7 @@ namespace outpost
 {
 
 MainWindow::MainWindow(StationOptions stationOptions)
-    : options(std::move(stationOptions)), profiles(options.dataFolder),
+    : options(std::move(stationOptions)), bridge(newBridge()), profiles(options.dataFolder),
       goodReceivers(options.dataFolder, options.settings),
       sessionLog(options.dataFolder, options.clock, [this] { refreshSession(); })
 {
@@ -55,13 +56,13 @@ MainWindow::MainWindow(StationOptions stationOptions)
     if (options.start.connects) {
         QTimer::singleShot(0, this, [this] { connectAtStart(); });
     }
-    startBridge();
+    bridge->start();
     prepareForLogOff();
 }
 
 MainWindow::~MainWindow()
 {
-    stopBridge();
+    bridge->stop();
     disconnectKiwi(false);
 }
 
@@ -104,7 +105,7 @@ MenuChoices MainWindow::menuChoices()
     choices.selectJt9 = [this] { selectJt9(); };
     choices.startBridge = [this] { startBridgeFromMenu(); };
     choices.stopBridge = [this] { stopBridgeFromMenu(); };
-    choices.showBridgeAttachment = [this] { showBridgeAttachment(); };
+    choices.showBridgeAttachment = [this] { showBridgeAttachment(this, bridge->state()); };
     choices.showStatusLog = [this] { showStatusLogWindow(); };
     choices.showStationDisplay = [this] { showStationDisplay(); };
     choices.showBridgeStatus = [this] { showBridgeStatusDialog(); };
@@ -224,6 +225,15 @@ void MainWindow::buildClearButton()
     menuBar()->setCornerWidget(clear, Qt::TopRightCorner);
 }
 
+// It asks for the port only when it is started or looked at, so the profile may be read later.
+WsjtBridge *MainWindow::newBridge()
+{
+    return new WsjtBridge(
+        [this] { return profiles.profile().bridgePort; },
+        {[this](int port) { profiles.setBridgePort(port); }, [this] { refreshStatusBar(); }},
+        options.clock, this);
+}
+
 void MainWindow::buildCapture()
 {
     capture = std::make_unique<KiwiAudioCapture>();
@@ -273,7 +283,7 @@ void MainWindow::editHighlightCalls()
 void MainWindow::refreshStatusBar()
 {
     if (statusSummary) {
-        statusSummary->refresh(link->state().phase == LinkPhase::Connected, bridgeClients.size(),
+        statusSummary->refresh(link->state().phase == LinkPhase::Connected, bridge->state().clients,
                                sessionLog.session().decodes);
     }
 }
@@ -291,7 +301,41 @@ void MainWindow::refreshStationDisplay()
 {
     if (stationDisplay) {
         stationDisplay->refresh(
-            {sessionLog.session(), nowMs(), bridgeState(), decodeTable->rows()});
+            {sessionLog.session(), nowMs(), bridge->state(), decodeTable->rows()});
+    }
+}
+
+void MainWindow::onDecodesDelivered(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
+{
+    recordGoodReceiver(decodes.size());
+    bridge->broadcast(periodLabel, decodes);
+}
+
+void MainWindow::startBridgeFromMenu()
+{
+    bridge->startOnRequest();
+    refreshBridgeStatus();
+}
+
+void MainWindow::stopBridgeFromMenu()
+{
+    bridge->stop();
+    refreshBridgeStatus();
+}
+
+void MainWindow::showBridgeStatusDialog()
+{
+    if (!bridgeStatusDialog) {
+        bridgeStatusDialog = new BridgeStatusDialog(this, [this] { refreshBridgeStatus(); });
+    }
+    refreshBridgeStatus();
+    bridgeStatusDialog->present();
+}
+
+void MainWindow::refreshBridgeStatus()
+{
+    if (bridgeStatusDialog) {
+        bridgeStatusDialog->refresh(bridge->state());
     }
 }
 

@@ -7,8 +7,6 @@
 #include "store/profilestore.h"
 #include "store/sessionlog.h"
 
-#include <QHash>
-#include <QList>
 #include <QMainWindow>
 #include <QPointer>
 #include <QStringList>
@@ -18,8 +16,6 @@
 
 class QDialog;
 class QLabel;
-class QTcpServer;
-class QTcpSocket;
 class QTimer;
 
 namespace outpost
@@ -33,7 +29,7 @@ class ReceiverDialog;
 class StationDisplay;
 class StatusLogWindow;
 class StatusSummary;
-struct BridgeState;
+class WsjtBridge;
 struct Ft8Decode;
 struct Jt9Places;
 struct ReceiverInput;
@@ -65,16 +61,10 @@ public:
     void showStationDisplay();
     void refreshStationDisplay();
 
-    // ---- display/bridge.cpp ----
-    void startBridge();
-    void stopBridge();
-    void broadcastDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
+    // ---- app/mainwindow.cpp: the bridge ----
     void onDecodesDelivered(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
-
-    // ---- display/bridgestatus.cpp ----
     void startBridgeFromMenu();
     void stopBridgeFromMenu();
-    void showBridgeAttachment();
     void showBridgeStatusDialog();
     void refreshBridgeStatus();
 
@@ -94,6 +84,7 @@ private:
     void fitToDecodes(int tableWidth);
     void buildClearButton();
     void buildCapture();
+    WsjtBridge *newBridge();
     void prepareForLogOff();
     void connectAtStart();
     qint64 nowMs() const { return options.clock(); }
@@ -104,16 +95,6 @@ private:
 
     // ---- decode/choosedecoder.cpp ----
     void useJt9(const QString &path); // publishes it to the decode workers
-
-    // ---- display/bridge.cpp ----
-    bool bridgeListening() const;
-    void discardBridgeServer();
-    void onBridgeConnection();
-    void welcomeBridgeClient(QTcpSocket *socket);
-    void onBridgeClientGone(QTcpSocket *socket);
-
-    // ---- display/bridgestatus.cpp ----
-    BridgeState bridgeState() const;
 
     // ---- store ----
     void loadStartupProfile();
@@ -134,11 +115,7 @@ private:
     StatusSummary *statusSummary = nullptr;
 
     // Display: bridge
-    QTcpServer *bridgeServer = nullptr; // null while stopped
-    QList<QTcpSocket *> bridgeClients;  // in order of acceptance
-    QString bridgeLastError;            // empty after a good start
-    qint64 bridgeLastOutputMs = 0;      // UTC, ms since the epoch; 0 = never
-    int bridgeLastOutputCount = 0;
+    WsjtBridge *const bridge;                        // child of the window
     QPointer<BridgeStatusDialog> bridgeStatusDialog; // null while closed
 
     // Display: Station Display

@@ -1,13 +1,12 @@
 // 100 decodes to the clients of the bridge, beside bare writes of the same bytes to their sockets.
 
-#include "app/mainwindow.h"
 #include "bench/compare.h"
 #include "bench/windowbenches.h"
 #include "decode/ft8decode.h"
-#include "display/bridgeprotocol.h"
-#include "fixture/home.h"
+#include "display/wsjtbridge.h"
+#include "fixture/freeport.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QTcpSocket>
 #include <arpa/inet.h>
 #include <sys/socket.h>
@@ -61,7 +60,7 @@ QVector<QByteArray> bridgeLines(const QStringList &lines)
 class Clients
 {
 public:
-    Clients(const MainWindow &window, int port, int count);
+    Clients(const WsjtBridge &bridge, int port, int count);
     ~Clients();
     void takeAll(qint64 bytesEach) const;
     QVector<int> serverSide; // descriptors
@@ -70,15 +69,15 @@ private:
     QVector<int> clients;
 };
 
-Clients::Clients(const MainWindow &window, int port, int count)
+Clients::Clients(const WsjtBridge &bridge, int port, int count)
 {
     while (clients.size() < count) {
         clients.append(connectTo(port));
-        while (window.findChildren<QTcpSocket *>().size() < clients.size()) {
+        while (bridge.findChildren<QTcpSocket *>().size() < clients.size()) {
             QCoreApplication::processEvents();
         }
     }
-    for (const QTcpSocket *socket : window.findChildren<QTcpSocket *>()) {
+    for (const QTcpSocket *socket : bridge.findChildren<QTcpSocket *>()) {
         serverSide.append(static_cast<int>(socket->socketDescriptor()));
     }
     takeAll(bridgeReadyLine().size());
@@ -101,10 +100,10 @@ void Clients::takeAll(qint64 bytesEach) const
 void broadcast(benchmark::State &state)
 {
     const int port = freePort();
-    testHome().writeProfile({{QStringLiteral("BridgePort"), port}});
-    static qint64 nowMs = 0; // what was sent lately is remembered from window to window
-    MainWindow window(StationOptions{[] { return nowMs; }});
-    const Clients clients(window, port, static_cast<int>(state.range(0)));
+    qint64 nowMs = 0;
+    WsjtBridge bridge([port] { return port; }, {[](int) {}, [] {}}, [&nowMs] { return nowMs; });
+    bridge.start();
+    const Clients clients(bridge, port, static_cast<int>(state.range(0)));
     const QStringList lines = benchLines(decodes);
     const QVector<QByteArray> bytes = bridgeLines(lines);
     qint64 bytesEach = 0;
@@ -121,7 +120,7 @@ void broadcast(benchmark::State &state)
         nowMs += 2 * RecentDecodeKeys::keepMs;
         QCoreApplication::processEvents();
     };
-    const auto own = [&] { window.broadcastDecodes(periodLabel, parseDecodeLines(lines)); };
+    const auto own = [&] { bridge.broadcast(periodLabel, parseDecodeLines(lines)); };
     const auto reference = [&] {
         for (const QByteArray &line : bytes) {
             for (const int client : clients.serverSide) {

@@ -1,5 +1,6 @@
 #include "display/bridgestatusdialog.h"
 
+#include "base/dialogs.h"
 #include "display/bridgetexts.h"
 
 #include <QLabel>
@@ -22,6 +23,11 @@ void BridgeStatusDialog::refresh(const BridgeState &bridge)
 {
     text->setText(bridgeStatusText(bridge));
     adjustSize();
+}
+
+void showBridgeAttachment(QWidget *parent, const BridgeState &bridge)
+{
+    showInformation(parent, QStringLiteral("WSJT Bridge Status"), bridgeAttachmentText(bridge));
 }
 
 } // namespace outpost

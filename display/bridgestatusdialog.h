@@ -19,4 +19,7 @@ private:
     QLabel *const text;
 };
 
+// The box of "Test WSJT Attachment".
+void showBridgeAttachment(QWidget *parent, const BridgeState &bridge);
+
 } // namespace outpost

@@ -153,7 +153,7 @@ void MainWindowTest::theClearButtonClearsTheTableAndNothingElse()
     TestStation station;
     station.hear(receiver);
     station.window->appendDecodes(QStringLiteral("14:23:15"), parseDecodeLines({cqLine, cqLine}));
-    station.window->broadcastDecodes(QStringLiteral("14:23:15"), parseDecodeLines({cqLine}));
+    station.window->onDecodesDelivered(QStringLiteral("14:23:15"), parseDecodeLines({cqLine}));
     const QTableWidget *table = decodeTableOf(*station.window);
     QCOMPARE(table->rowCount(), 2);
     QCOMPARE(table->horizontalHeaderItem(4)->text(), QStringLiteral("Message (2)"));

@@ -3,6 +3,7 @@
 #include "bridgeclient.h"
 #include "decode/ft8decode.h"
 #include "displaystation.h"
+#include "tests/fixture/logtrace.h"
 #include "tests/fixture/operator.h"
 
 #include <QtNetwork>
@@ -43,6 +44,7 @@ private slots:
     void manyClients();
     void whatWasSentIsRememberedOverAStop();
     void theReceiverIsRecordedWithAllLines();
+    void theReceiverIsRecordedBeforeAnyClientIsDropped();
 
 private:
     std::unique_ptr<DisplayStation> station;
@@ -375,6 +377,30 @@ void BridgeTest::theReceiverIsRecordedWithAllLines()
     QCOMPARE(receivers.first().toObject().value(QStringLiteral("LastDecodeCount")).toInt(), 3);
     deliver({example}, QStringLiteral("10:15:45"));
     QCOMPARE(QJsonDocument::fromJson(fileBytes(file)).array(), receivers);
+}
+
+void BridgeTest::theReceiverIsRecordedBeforeAnyClientIsDropped()
+{
+    const QString file = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QString noneRemains =
+        QStringLiteral("WSJT bridge client disconnected; 0 client(s) remain.");
+    client->socket.close();
+    QTRY_VERIFY(summaryLine(**station).contains(QStringLiteral("Bridge Disconnected")));
+    const LazyClient lazy(station->bridgePort);
+    QTRY_VERIFY(summaryLine(**station).contains(QStringLiteral("Bridge Connected")));
+    LogTrace trace;
+    for (int i = 0; i < 400 && trace.count(noneRemains) == 0; ++i) {
+        QFile::remove(file); // so that every batch records the receiver
+        trace.clear();
+        QStringList lines; // about 60 kB on the wire
+        for (int audioHz = 0; audioHz < 20; ++audioHz) {
+            lines.append(jt9Line(QString(2200, QLatin1Char('A')), 20 * i + audioHz));
+        }
+        deliver(lines);
+    }
+    QCOMPARE(
+        trace.lines(),
+        (QStringList{QStringLiteral("Good receiver recorded: receiver.test:8073"), noneRemains}));
 }
 
 } // namespace outpost

@@ -27,6 +27,21 @@ public:
     QByteArray heard;
 };
 
+// A client that takes one byte and then nothing more.
+class LazyClient
+{
+public:
+    explicit LazyClient(int port)
+    {
+        socket.setReadBufferSize(1);
+        socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));
+        isConnected = socket.waitForConnected();
+    }
+
+    QTcpSocket socket;
+    bool isConnected = false;
+};
+
 // The bridge's line for these fields, made without the program's help.
 inline QByteArray decodeLine(const QByteArrayList &fields)
 {

@@ -1,16 +1,14 @@
-// Clients that misbehave, and a station that runs out of descriptors.
+// Clients that misbehave, and a bridge that runs out of descriptors.
 
 #include "bridgeclient.h"
-#include "decode/ft8decode.h"
 #include "display/acceptretry.h"
-#include "displaystation.h"
+#include "jt9lines.h"
+#include "lonebridge.h"
 #include "sim/tcpreset.h"
 #include "tests/fixture/logtrace.h"
-#include "tests/fixture/operator.h"
 
 #include <QtNetwork>
 #include <QtTest>
-#include <QtWidgets>
 
 #ifndef Q_OS_WIN
 #include <poll.h>
@@ -20,21 +18,6 @@
 
 namespace outpost
 {
-
-// A client that takes one byte and then nothing more.
-class LazyClient
-{
-public:
-    explicit LazyClient(int port)
-    {
-        socket.setReadBufferSize(1);
-        socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(port));
-        isConnected = socket.waitForConnected();
-    }
-
-    QTcpSocket socket;
-    bool isConnected = false;
-};
 
 #ifndef Q_OS_WIN
 // While it lives, this process can open no further descriptor.
@@ -99,7 +82,6 @@ private slots:
     void cleanup();
     void theStationSendsWithoutDelay();
     void aClientThatNeverReadsIsDroppedAtABound();
-    void theReceiverIsRecordedBeforeAnyClientIsDropped();
     void whatDroppedTheOnlyClientIsTriedAgain();
     void aClientThatReadsSlowlyIsKept();
     void whatClientsSendIsThrownAway();
@@ -120,14 +102,10 @@ private slots:
 
 private:
     std::unique_ptr<LogTrace> trace;
-    std::unique_ptr<DisplayStation> station;
+    std::unique_ptr<LoneBridge> bridge;
     std::unique_ptr<BridgeClient> client; // an ordinary one, besides the other
     int delivered = 0;
 
-    QList<QTcpSocket *> atTheStation() const
-    {
-        return (*station)->findChild<QTcpServer *>()->findChildren<QTcpSocket *>();
-    }
     // About 60 kB on the wire.
     void deliverMuch()
     {
@@ -135,29 +113,23 @@ private:
         for (int i = 0; i < 20; ++i) {
             lines.append(jt9Line(QString(2200, QLatin1Char('A')), ++delivered));
         }
-        (*station)->onDecodesDelivered(QStringLiteral("10:15:30"), parseDecodeLines(lines));
-    }
-    QString shownLastOutput()
-    {
-        (*station)->showBridgeStatusDialog();
-        auto *dialog = openDialog(QStringLiteral("PELQ Kiwi Outpost Bridge Status"));
-        return dialog->findChild<QLabel *>()->text().section(QLatin1Char('\n'), 1);
+        bridge->deliver(lines);
     }
 #ifndef Q_OS_WIN
     // The bridge's first client comes while there is no descriptor for it.
     void startInAShortage(QTcpSocket &waiting)
     {
-        (*station)->stopBridge();
+        (*bridge)->stop();
         QTRY_COMPARE(client->socket.state(), QAbstractSocket::UnconnectedState);
-        QTRY_VERIFY((*station)->findChildren<QTcpServer *>().isEmpty());
-        (*station)->startBridge();
-        waiting.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
+        QTRY_VERIFY(!bridge->listener());
+        (*bridge)->start();
+        waiting.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(bridge->port));
         {
             const DescriptorShortage shortage;
             QTRY_VERIFY(trace->contains(QStringLiteral("WSJT bridge client not accepted: ")));
-            QVERIFY(atTheStation().isEmpty());
+            QVERIFY(bridge->sockets().isEmpty());
         }
-        QTRY_COMPARE(atTheStation().size(), 1);
+        QTRY_COMPARE(bridge->sockets().size(), 1);
         QTRY_COMPARE(waiting.bytesAvailable(), 18);
         QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
     }
@@ -166,8 +138,7 @@ private:
     bool isHeard()
     {
         const QByteArray line = "CQ " + QByteArray::number(++delivered);
-        (*station)->onDecodesDelivered(QStringLiteral("10:15:30"),
-                                       parseDecodeLines({jt9Line(QString::fromLatin1(line))}));
+        bridge->deliver({jt9Line(QString::fromLatin1(line))});
         const QByteArray sent = decodeLine({"101530", "-12", "0.3", "1234", line});
         return QTest::qWaitFor([&] { return client->heard.endsWith(sent); });
     }
@@ -176,35 +147,36 @@ private:
 void BridgeClientsTest::init()
 {
     trace = std::make_unique<LogTrace>();
-    station = std::make_unique<DisplayStation>();
-    client = std::make_unique<BridgeClient>(station->bridgePort);
+    bridge = std::make_unique<LoneBridge>();
+    (*bridge)->start();
+    client = std::make_unique<BridgeClient>(bridge->port);
     QVERIFY(client->waitForGreeting());
 }
 
 void BridgeClientsTest::cleanup()
 {
     client.reset();
-    station.reset();
+    bridge.reset();
     trace.reset();
 }
 
 void BridgeClientsTest::theStationSendsWithoutDelay()
 {
-    QVERIFY(atTheStation().first()->socketOption(QAbstractSocket::LowDelayOption).toBool());
+    QVERIFY(bridge->sockets().first()->socketOption(QAbstractSocket::LowDelayOption).toBool());
 }
 
 void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
 {
-    const LazyClient lazy(station->bridgePort);
+    const LazyClient lazy(bridge->port);
     QVERIFY(lazy.isConnected);
-    QTRY_COMPARE(atTheStation().size(), 2);
-    const BridgeClient third(station->bridgePort); // behind it in the list
+    QTRY_COMPARE(bridge->sockets().size(), 2);
+    const BridgeClient third(bridge->port); // behind it in the list
     QVERIFY(third.waitForGreeting());
     qint64 maxWaiting = 0;
     const QString remain = QStringLiteral("WSJT bridge client disconnected; 2 client(s) remain.");
     for (int i = 0; i < 400 && trace->count(remain) == 0; ++i) {
         deliverMuch();
-        for (const QTcpSocket *socket : atTheStation()) {
+        for (const QTcpSocket *socket : bridge->sockets()) {
             maxWaiting = qMax(maxWaiting, socket->bytesToWrite());
         }
         QCoreApplication::processEvents();
@@ -217,43 +189,23 @@ void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
     QTRY_COMPARE(third.heard.size(), client->heard.size());
 }
 
-void BridgeClientsTest::theReceiverIsRecordedBeforeAnyClientIsDropped()
-{
-    const QString file = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
-    const QString noneRemains =
-        QStringLiteral("WSJT bridge client disconnected; 0 client(s) remain.");
-    client->socket.close();
-    QTRY_VERIFY(atTheStation().isEmpty());
-    const LazyClient lazy(station->bridgePort);
-    QTRY_COMPARE(atTheStation().size(), 1);
-    trace->clear();
-    for (int i = 0; i < 400 && trace->count(noneRemains) == 0; ++i) {
-        QFile::remove(file); // so that every batch records the receiver
-        trace->clear();
-        deliverMuch();
-    }
-    QCOMPARE(
-        trace->lines(),
-        (QStringList{QStringLiteral("Good receiver recorded: receiver.test:8073"), noneRemains}));
-}
-
 void BridgeClientsTest::whatDroppedTheOnlyClientIsTriedAgain()
 {
     client->socket.close();
-    QTRY_VERIFY(atTheStation().isEmpty());
-    const LazyClient lazy(station->bridgePort);
-    QTRY_VERIFY(summaryLine(**station).contains(QStringLiteral("Bridge Connected")));
-    const QString attached = QStringLiteral("Bridge Connected");
-    QString lastOutput;
-    for (int i = 0; i < 400 && summaryLine(**station).contains(attached); ++i) {
-        lastOutput = shownLastOutput();
-        station->nowMs += 1000;
+    QTRY_VERIFY(bridge->sockets().isEmpty());
+    const LazyClient lazy(bridge->port);
+    QTRY_COMPARE((*bridge)->state().clients, 1);
+    qint64 lastOutputMs = 0;
+    for (int i = 0; i < 400 && (*bridge)->state().clients == 1; ++i) {
+        lastOutputMs = (*bridge)->state().lastOutputMs;
+        bridge->nowMs += 1000;
         deliverMuch();
     }
-    QVERIFY(!summaryLine(**station).contains(attached));
-    QVERIFY(lastOutput.contains(QStringLiteral("20 FT8 decodes sent")));
-    QCOMPARE(shownLastOutput(), lastOutput);
-    client = std::make_unique<BridgeClient>(station->bridgePort);
+    QCOMPARE((*bridge)->state().clients, 0);
+    QCOMPARE(lastOutputMs, bridge->nowMs - 1000);
+    QCOMPARE((*bridge)->state().lastOutputMs, lastOutputMs);
+    QCOMPARE((*bridge)->state().lastOutputCount, 20);
+    client = std::make_unique<BridgeClient>(bridge->port);
     QVERIFY(client->waitForGreeting());
     delivered -= 20; // the same batch as the last
     deliverMuch();
@@ -263,7 +215,7 @@ void BridgeClientsTest::whatDroppedTheOnlyClientIsTriedAgain()
 
 void BridgeClientsTest::aClientThatReadsSlowlyIsKept()
 {
-    BridgeClient slow(station->bridgePort);
+    BridgeClient slow(bridge->port);
     QVERIFY(slow.waitForGreeting());
     slow.socket.setReadBufferSize(1);
     slow.socket.blockSignals(true); // reads nothing for a while
@@ -285,40 +237,40 @@ void BridgeClientsTest::whatClientsSendIsThrownAway()
         client->socket.write(megabyte);
         QTRY_VERIFY(client->socket.bytesToWrite() < megabyte.size());
     }
-    QVERIFY(atTheStation().first()->readBufferSize() > 0); // 0 would be without bound
+    QVERIFY(bridge->sockets().first()->readBufferSize() > 0); // 0 would be without bound
     QTRY_COMPARE(client->socket.bytesToWrite(), 0);
-    QTRY_COMPARE(atTheStation().first()->bytesAvailable(), 0);
+    QTRY_COMPARE(bridge->sockets().first()->bytesAvailable(), 0);
     QVERIFY(isHeard());
     client->socket.abort();
-    QTRY_VERIFY(atTheStation().isEmpty());
+    QTRY_VERIFY(bridge->sockets().isEmpty());
 }
 
 void BridgeClientsTest::aClientThatVanishesIsGone()
 {
-    BridgeClient other(station->bridgePort);
+    BridgeClient other(bridge->port);
     QVERIFY(other.waitForGreeting());
     sim::resetOnClose(other.socket.socketDescriptor());
     other.socket.write(QByteArray(100000, 'x'));
     other.socket.abort();
     QTRY_COMPARE(trace->count(oneRemains), 1);
-    QTRY_COMPARE(atTheStation().size(), 1);
+    QTRY_COMPARE(bridge->sockets().size(), 1);
     QVERIFY(isHeard());
 }
 
 void BridgeClientsTest::aClientThatClosesIsGone()
 {
-    BridgeClient other(station->bridgePort);
+    BridgeClient other(bridge->port);
     QVERIFY(other.waitForGreeting());
     other.socket.disconnectFromHost();
     QTRY_COMPARE(trace->count(oneRemains), 1);
-    QTRY_COMPARE(atTheStation().size(), 1);
+    QTRY_COMPARE(bridge->sockets().size(), 1);
     QVERIFY(isHeard());
 }
 
 void BridgeClientsTest::aClientThatIsGoneBeforeItIsGreeted()
 {
     {
-        const LazyClient hasty(station->bridgePort);
+        const LazyClient hasty(bridge->port);
         QVERIFY(hasty.isConnected);
     }
 #ifdef Q_OS_WIN
@@ -333,7 +285,7 @@ void BridgeClientsTest::aClientThatResetsBeforeItIsAccepted()
 {
     trace->clear();
     {
-        const LazyClient hasty(station->bridgePort);
+        const LazyClient hasty(bridge->port);
         QVERIFY(hasty.isConnected);
         sim::resetOnClose(hasty.socket.socketDescriptor());
     }
@@ -342,18 +294,18 @@ void BridgeClientsTest::aClientThatResetsBeforeItIsAccepted()
     for (const QString &line : trace->lines().filter(QStringLiteral("client connected"))) {
         QVERIFY2(line.contains(QStringLiteral(": 127.0.0.1:")), qPrintable(line));
     }
-    QTRY_COMPARE(atTheStation().size(), 1);
+    QTRY_COMPARE(bridge->sockets().size(), 1);
     QVERIFY(isHeard());
 }
 
-// The station learns of it in the middle of a broadcast.
+// The bridge learns of it in the middle of a broadcast.
 void BridgeClientsTest::aClientThatIsFoundGoneCostsTheOthersNothing()
 {
-    LazyClient gone(station->bridgePort);
-    QTRY_COMPARE(atTheStation().size(), 2);
-    const BridgeClient third(station->bridgePort);
+    LazyClient gone(bridge->port);
+    QTRY_COMPARE(bridge->sockets().size(), 2);
+    const BridgeClient third(bridge->port);
     QVERIFY(third.waitForGreeting());
-    const BridgeClient fourth(station->bridgePort);
+    const BridgeClient fourth(bridge->port);
     QVERIFY(fourth.waitForGreeting());
     sim::resetOnClose(gone.socket.socketDescriptor());
     gone.socket.abort();
@@ -368,17 +320,16 @@ void BridgeClientsTest::aClientThatIsFoundGoneCostsTheOthersNothing()
 void BridgeClientsTest::theGreetingLeavesAtOnce()
 {
     QTcpSocket hasty;
-    hasty.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
+    hasty.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(bridge->port));
     QVERIFY(hasty.waitForConnected());
-    QVERIFY((*station)->findChild<QTcpServer *>()->waitForNewConnection(5000));
+    QVERIFY(bridge->listener()->waitForNewConnection(5000));
     QVERIFY(hasty.waitForReadyRead(5000));
     QCOMPARE(hasty.readAll(), BridgeClient::readyLine());
 }
 
 void BridgeClientsTest::aDecodeLeavesAtOnce()
 {
-    (*station)->onDecodesDelivered(QStringLiteral("10:15:30"),
-                                   parseDecodeLines({jt9Line(QStringLiteral("CQ"))}));
+    bridge->deliver({jt9Line(QStringLiteral("CQ"))});
     QVERIFY(client->socket.waitForReadyRead(5000));
     QCOMPARE(client->heard,
              BridgeClient::readyLine() + decodeLine({"101530", "-12", "0.3", "1234", "CQ"}));
@@ -387,20 +338,19 @@ void BridgeClientsTest::aDecodeLeavesAtOnce()
 void BridgeClientsTest::stoppingEndsTheConnectionThenClosesTheSocket()
 {
     QByteArrayList ends;
-    const QTcpSocket *socket = atTheStation().first();
+    const QTcpSocket *socket = bridge->sockets().first();
     connect(socket, &QTcpSocket::disconnected, &client->socket, [&] { ends += "disconnected"; });
     connect(socket, &QTcpSocket::aboutToClose, &client->socket, [&] { ends += "aboutToClose"; });
-    (*station)->stopBridge();
+    (*bridge)->stop();
     QCOMPARE(ends, (QByteArrayList{"disconnected", "aboutToClose"}));
 }
 
 #ifndef Q_OS_WIN
 void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
 {
-    const auto listener =
-        static_cast<int>((*station)->findChild<QTcpServer *>()->socketDescriptor());
+    const auto listener = static_cast<int>(bridge->listener()->socketDescriptor());
     QTcpSocket waiting;
-    waiting.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
+    waiting.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(bridge->port));
     {
         const DescriptorShortage shortage;
         QVERIFY(waiting.waitForConnected());
@@ -409,9 +359,9 @@ void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
         }
         QVERIFY(isHeard()); // the other client does not suffer
         QVERIFY(somebodyWaits(listener));
-        QCOMPARE(atTheStation().size(), 1);
+        QCOMPARE(bridge->sockets().size(), 1);
     }
-    QTRY_COMPARE(atTheStation().size(), 2);
+    QTRY_COMPARE(bridge->sockets().size(), 2);
     QTRY_COMPARE(waiting.bytesAvailable(), 18);
     QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
 }
@@ -421,9 +371,9 @@ void BridgeClientsTest::clientsComeInAfterAShortageFromTheStart()
     QTcpSocket waiting;
     startInAShortage(waiting);
     // From now on it is an ordinary listener again, which neither complains nor waits.
-    const auto *pause = (*station)->findChild<QTcpServer *>()->findChild<QTimer *>();
+    const auto *pause = bridge->listener()->findChild<QTimer *>();
     for (int i = 0; i < 5; ++i) {
-        const BridgeClient another(station->bridgePort);
+        const BridgeClient another(bridge->port);
         QVERIFY(another.waitForGreeting());
         QVERIFY(!pause->isActive());
     }
@@ -436,14 +386,14 @@ void BridgeClientsTest::anEmptyQueueIsNoErrorAfterAShortage()
     QTcpSocket waiting;
     startInAShortage(waiting);
     trace->clear();
-    auto *server = (*station)->findChild<QTcpServer *>();
+    auto *server = bridge->listener();
     for (int i = 0; i < 3; ++i) {
         QEvent wakeUp(QEvent::SockAct);
         QCoreApplication::sendEvent(server->findChild<QSocketNotifier *>(), &wakeUp);
         QVERIFY(!server->findChild<QTimer *>()->isActive());
     }
     QCOMPARE(trace->lines(), QStringList());
-    const BridgeClient another(station->bridgePort);
+    const BridgeClient another(bridge->port);
     QVERIFY(another.waitForGreeting());
 }
 
@@ -483,5 +433,5 @@ void BridgeClientsTest::aClientThatComesAfterTheLookAtTheQueueIsNoError()
 
 } // namespace outpost
 
-OUTPOST_WINDOW_TEST_MAIN(outpost::BridgeClientsTest)
+QTEST_GUILESS_MAIN(outpost::BridgeClientsTest)
 #include "bridgeclients_test.moc"

@@ -7,7 +7,6 @@
 #include "tests/fixture/scripteddecoder.h"
 #include "tests/fixture/testoptions.h"
 
-#include <QDateTime>
 #include <QJsonObject>
 
 namespace outpost
@@ -45,19 +44,11 @@ public:
     }
 
     int bridgePort = freePort();
-    qint64 nowMs = anotherDayMs(); // UTC, at 10:15:44
-    qint64 tickMs = 0;             // by which the time goes on whenever it is asked for
+    qint64 nowMs = 1769768144000; // 10:15:44 UTC on 30 January 2026
+    qint64 tickMs = 0;            // by which the time goes on whenever it is asked for
     std::unique_ptr<MainWindow> window;
 
 private:
-    // What the bridge sent for one station is old for the next one.
-    static qint64 anotherDayMs()
-    {
-        static QDateTime time(QDate(2026, 1, 30), QTime(10, 15, 44), Qt::UTC);
-        time = time.addDays(1);
-        return time.toMSecsSinceEpoch();
-    }
-
     ScriptedDecoder decoder{"exit 0"};
 };
 

@@ -44,7 +44,7 @@ MAX_WINDOW_HEADER_LINES = 119
 LINKED = {
     "outpost_core": {"outpost_flags", "Qt5::Core"},
     "outpost_station": {"outpost_flags", "outpost_core", "Qt5::Core", "Qt5::Network",
-                        "Qt5::WebSockets"},
+                        "Qt5::WebSockets", "ws2_32"},
 }
 
 OTHER_DECLARATIONS = re.compile(r"(using|typedef|friend|static_assert)\b")
