@@ -26,7 +26,8 @@ bool isPlainText(const QString &text)
 }
 
 PlainWidths::PlainWidths(const QFont &font)
-    : metrics(font), advances(characters * characters, std::numeric_limits<double>::quiet_NaN())
+    : metrics(font),
+      advances(size_t{characters} * characters, std::numeric_limits<double>::quiet_NaN())
 {
 }
 

@@ -22,8 +22,8 @@ private:
     double measured(const QString &pair) const;
 
     QFontMetricsF metrics;
-    std::vector<double>
-        advances; // by pair: from the first character to the second; NaN until needed
+    // By pair: from the first character to the second; NaN until needed.
+    std::vector<double> advances;
 };
 
 } // namespace outpost
