@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+Q_DECLARE_METATYPE(outpost::SampleOrder)
+
 namespace outpost
 {
 
@@ -122,8 +124,6 @@ void SoundDecoderTest::aShortFrameAfterALongOneHasOnlyItsOwnSamples()
 }
 
 } // namespace outpost
-
-Q_DECLARE_METATYPE(outpost::SampleOrder)
 
 QTEST_APPLESS_MAIN(outpost::SoundDecoderTest)
 #include "sounddecoder_test.moc"
