@@ -37,9 +37,12 @@ QString hostOf(const QString &copy, int round)
     return QStringLiteral("%1-%2.example").arg(copy).arg(round);
 }
 
+// The profile's file is this copy's own: the other one must not find it half written.
 void hearOf(MainWindow &window, const QString &host)
 {
-    const QString path = QDir::homePath() + QStringLiteral("/profiles/%1.json").arg(host);
+    const QString path =
+        QDir::homePath() +
+        QStringLiteral("/profiles/%1-%2.json").arg(host).arg(QCoreApplication::applicationPid());
     putFile(path, QJsonDocument(QJsonObject{{QStringLiteral("Host"), host}}).toJson());
     window.profileStore().loadProfile(path);
     window.recordGoodReceiver(1);
