@@ -14,6 +14,8 @@ endif()
 if(OUTPOST_SANITIZE)
     set(sanitize -fsanitize=${OUTPOST_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(outpost_flags INTERFACE ${sanitize})
+    # With sanitizers GCC takes values in a std::optional for uninitialized; its manual says so.
+    target_compile_options(outpost_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(outpost_flags INTERFACE ${sanitize})
 endif()
 
