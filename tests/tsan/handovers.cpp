@@ -1,7 +1,9 @@
+#include <QHash>
 #include <QMetaObject>
 #include <QObject>
 #include <QRunnable>
 #include <QThreadPool>
+#include <mutex>
 #include <sanitizer/tsan_interface.h>
 
 namespace outpost
@@ -20,32 +22,61 @@ namespace
 class HandedTask : public QRunnable
 {
 public:
-    HandedTask(QThreadPool *taskPool, QRunnable *handedTask) : pool(taskPool), task(handedTask)
+    HandedTask(QThreadPool *taskPool, QRunnable *handedTask)
+        : pool(taskPool), task(handedTask), isDeleted(handedTask->autoDelete())
     {
+        const std::lock_guard<std::mutex> locker(handedMutex);
+        handed.insert(task, this);
         __tsan_release(this);
     }
     ~HandedTask() override { finish(); }
     Q_DISABLE_COPY(HandedTask)
 
+    // The one in whose place this is queued; null once it runs.
+    static HandedTask *of(QRunnable *task)
+    {
+        const std::lock_guard<std::mutex> locker(handedMutex);
+        return handed.value(task);
+    }
+    void giveBack() // the task is its owner's again
+    {
+        forget();
+        task = nullptr;
+    }
+
     void run() override
     {
         __tsan_acquire(this);
+        forget();
         task->run();
         finish();
         __tsan_release(pool);
     }
 
 private:
+    void forget()
+    {
+        const std::lock_guard<std::mutex> locker(handedMutex);
+        handed.remove(task);
+    }
+    // A task that has run may be gone, unless it is the pool's to delete.
     void finish()
     {
-        if (task != nullptr && task->autoDelete()) {
+        if (task != nullptr) {
+            forget();
+        }
+        if (task != nullptr && isDeleted) {
             delete task;
         }
         task = nullptr;
     }
 
+    inline static std::mutex handedMutex; // one that the sanitizer sees
+    inline static QHash<QRunnable *, HandedTask *> handed;
+
     QThreadPool *const pool;
     QRunnable *task;
+    const bool isDeleted;
 };
 
 class HandedCall : public QSlotObjectBase
@@ -81,11 +112,14 @@ private:
 
 // The toolkit's functions and the ones in their place; the names are those that the linker knows.
 #define START "_ZN11QThreadPool5startEP9QRunnablei"
+#define TRY_TAKE "_ZN11QThreadPool7tryTakeEP9QRunnable"
 #define WAIT "_ZN11QThreadPool11waitForDoneEi"
 #define INVOKE                                                                                     \
     "_ZN11QMetaObject16invokeMethodImplEP7QObjectPN9QtPrivate15QSlotObjectBaseEN2Qt14"             \
     "ConnectionTypeEPv"
 void toolkitStart(QThreadPool *pool, QRunnable *task, int priority) asm("__real_" START);
+bool toolkitTryTake(QThreadPool *pool, QRunnable *task) asm("__real_" TRY_TAKE);
+bool handedTryTake(QThreadPool *pool, QRunnable *task) asm("__wrap_" TRY_TAKE);
 bool toolkitWait(QThreadPool *pool, int timeoutMs) asm("__real_" WAIT);
 bool toolkitInvoke(QObject *, QSlotObjectBase *, Qt::ConnectionType, void *) asm("__real_" INVOKE);
 void handedStart(QThreadPool *pool, QRunnable *task, int priority) asm("__wrap_" START);
@@ -95,6 +129,17 @@ bool handedInvoke(QObject *, QSlotObjectBase *, Qt::ConnectionType, void *) asm(
 void handedStart(QThreadPool *pool, QRunnable *task, int priority)
 {
     toolkitStart(pool, new HandedTask(pool, task), priority);
+}
+
+bool handedTryTake(QThreadPool *pool, QRunnable *task)
+{
+    HandedTask *handed = HandedTask::of(task);
+    if (handed == nullptr || !toolkitTryTake(pool, handed)) {
+        return false;
+    }
+    handed->giveBack();
+    delete handed;
+    return true;
 }
 
 bool handedWait(QThreadPool *pool, int timeoutMs)
