@@ -10,22 +10,22 @@ namespace outpost
 namespace
 {
 
-// On a full disk QSaveFile's write() and commit() both report success, and the old file is lost
-// to an empty or short one. What was wrong shows only after a flush.
+// On a full disk QSaveFile's write() and commit() both report success and replace the old file with
+// an empty or truncated one. The error shows only after flush().
 bool reachesDisk(QSaveFile &file, const QByteArray &content)
 {
     return file.write(content) == content.size() && file.flush() &&
            file.error() == QFileDevice::NoError;
 }
 
-// A failed commit takes the new content away, so every attempt writes it anew.
+// A failed commit() discards the content, so each attempt writes it again.
 SaveResult saveOnce(QSaveFile &file, const QByteArray &content, QIODevice::OpenMode textFlag)
 {
     if (!file.open(QIODevice::WriteOnly | textFlag)) {
         return {SaveResult::NotOpened, file.errorString()};
     }
     if (!reachesDisk(file, content)) {
-        const QString error = file.errorString(); // cancelling replaces it
+        const QString error = file.errorString(); // cancelWriting() replaces it
         file.cancelWriting();
         file.commit();
         return {SaveResult::NotCommitted, error};

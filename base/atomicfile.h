@@ -9,20 +9,20 @@
 namespace outpost
 {
 
-// What became of a save. Unless it was saved, the old file stays as it was, or stays missing.
+// The result of a save. If the save failed, the old file is unchanged, or still missing.
 struct SaveResult {
     enum Outcome { Saved, NotOpened, NotCommitted };
 
     Outcome outcome = Saved;
-    QString error; // the save file's error string; empty when saved
+    QString error; // QSaveFile's error string; empty when saved
 
     explicit operator bool() const { return outcome == Saved; }
 };
 
-// Replaces the file at `path` by `content`, whole or not at all. The folder must exist. Content
-// that does not all reach the disk counts as not committed, and so does a file that another
-// program keeps from being replaced for longer than `waitMs` (see base/lockedfile.h). `textFlag`
-// is QIODevice::Text for files with the platform's line ends, else nothing.
+// Replaces the file at `path` with `content`, completely or not at all. The folder must exist. The
+// result is NotCommitted if the content does not reach the disk completely, or if another program
+// blocks the replacement for longer than `waitMs` (see base/lockedfile.h). Pass QIODevice::Text as
+// `textFlag` for the platform's line endings.
 SaveResult saveAtomically(const QString &path, const QByteArray &content,
                           QIODevice::OpenMode textFlag = {}, int waitMs = lockedFileMs);
 

@@ -5,16 +5,17 @@
 namespace outpost
 {
 
-// What a program does before it has an application object, and without a display.
+// Functions that need neither an application object nor a display.
 
-// The arguments of main: off Windows in the user's encoding, on Windows as they were written.
+// The arguments of main(): decoded from the user's encoding off Windows; on Windows, the wide
+// command line.
 QStringList argumentList(int argc, char **argv);
 
-// Whether Qt can open windows, unless it is told where. Always on Windows.
+// Whether Qt finds a display by default. Always true on Windows.
 bool hasDisplay();
 
-// To standard output, or to standard error when the program could not do what was asked for. On
-// Windows to the console that the program was started from, or else in a box.
+// Writes the text to standard output, or to standard error if the exit code is not 0. On Windows it
+// goes to the standard handle, else to the parent's console, else to a message box.
 void showEnding(const Ending &ending);
 
 } // namespace outpost

@@ -9,7 +9,7 @@ namespace outpost
 
 QStringList argumentList(int argc, char **argv)
 {
-    std::setlocale(LC_ALL, ""); // the encoding, which Qt looks up once
+    std::setlocale(LC_ALL, ""); // Qt looks up the encoding once
     QStringList arguments;
     for (int i = 0; i < argc; ++i) {
         arguments.append(QString::fromLocal8Bit(argv[i]));

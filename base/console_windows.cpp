@@ -15,7 +15,7 @@ bool writeToConsole(HANDLE console, const QString &text)
                          nullptr) != 0;
 }
 
-// Whoever started the program may read what it says through a pipe or a file.
+// Standard output may be redirected to a pipe or a file.
 bool writeToFile(HANDLE file, const QByteArray &bytes)
 {
     DWORD written = 0;
@@ -59,7 +59,7 @@ void showBox(const Ending &ending)
 }
 } // namespace
 
-// main's own arguments have lost what the code page cannot write.
+// main()'s own arguments have lost the characters that the code page cannot represent.
 QStringList argumentList(int /*argc*/, char ** /*argv*/)
 {
     int count = 0;

@@ -30,7 +30,7 @@ bool canHold(const QString &folder)
     return QFileInfo(existing.path()).isWritable();
 }
 
-// Installed programs share their place among users, and may not write there.
+// Installed programs share their folder among all users, who may not be allowed to write there.
 bool belongsElsewhere(const QString &applicationDir, const QString &beside)
 {
     return underSystemPrefix(QDir::cleanPath(applicationDir) + QLatin1Char('/')) ||

@@ -5,19 +5,20 @@
 namespace outpost
 {
 
-// The folder of the operator's data files on this platform. It follows the organisation and
-// application names and need not exist. Each call asks the platform anew.
+// The folder of the operator's data files. It depends on the organisation and application names and
+// need not exist. Not cached.
 QString dataFolder();
 
 QString defaultProfilePath(const QString &folder = dataFolder());
-QString suggestedProfilePath(const QString &folder = dataFolder()); // Save Profile As starts here
+// initial path of Save Profile As
+QString suggestedProfilePath(const QString &folder = dataFolder());
 QString frequencyFilePath(const QString &folder = dataFolder());
 QString goodReceiversPath(const QString &folder = dataFolder());
 QString statusLogPath(const QString &folder = dataFolder());
 
-// The decode workers' scratch root: "capture" beside the program's folder. Off Windows a program
-// below /usr or /opt, or one beside which nothing can be written, uses "capture" in the user's
-// cache location instead.
+// The root of the decode workers' scratch folders: "capture" beside the program's folder. Off
+// Windows, a program under /usr or /opt, or in a place that is not writable, uses "capture" in the
+// user's cache location instead.
 QString captureFolder(const QString &applicationDir, const QString &cacheLocation);
 
 } // namespace outpost

@@ -8,16 +8,16 @@ class QWidget;
 namespace outpost
 {
 
-// Message boxes with OK alone. They show the text as it stands: a path, an entry or an error of the
-// system may look like markup.
+// Message boxes with only an OK button. The text is always plain, since a path, an entry or a
+// system error may look like markup.
 void showWarning(QWidget *parent, const QString &title, const QString &text);
 void showInformation(QWidget *parent, const QString &title, const QString &text);
 
-// Holds one Close button, which Enter presses.
+// A box with one Close button, which is the default.
 QDialogButtonBox *newCloseBox(QDialog *dialog);
 
-// To be called for a box of several buttons. Qt tabs through the buttons in the order of their
-// creation; this makes it the visible order.
+// Sets the Tab order of a box with several buttons to their visible order. Qt uses the order in
+// which they were created.
 void tabInShownOrder(const QDialogButtonBox &box);
 
 } // namespace outpost

@@ -15,7 +15,7 @@ std::optional<double> parseFrequency(const QString &text)
 {
     bool converted = false;
     const double mhz = text.trimmed().toDouble(&converted);
-    // "nan" and "inf" convert, and fall out of the range.
+    // "nan" and "inf" are valid doubles, but out of range.
     if (!converted || !(mhz >= lowestFrequencyMhz && mhz <= highestFrequencyMhz)) {
         return std::nullopt;
     }

@@ -8,32 +8,32 @@
 namespace outpost
 {
 
-// Dial frequencies, in MHz throughout.
+// Dial frequencies, all in MHz.
 
 constexpr double lowestFrequencyMhz = 0.001;
 constexpr double highestFrequencyMhz = 3000.0;
 
-// Six decimals: "14.074000". What the frequency file holds and every view shows.
+// Six decimals, as in "14.074000". Used in the frequency file and in every view.
 QString frequencyText(double mhz);
 
-// A decimal number within the range above, both ends included; white space around it is ignored.
+// A decimal number within the range above, limits included; surrounding white space is ignored.
 std::optional<double> parseFrequency(const QString &text);
 
-// The same from the frequency file: UTF-8, up to the first NUL byte if there is one.
+// Parses the frequency file: UTF-8, up to the first NUL byte.
 std::optional<double> parseFrequencyFile(const QByteArray &content);
 
-// Less than half a hertz apart.
+// Whether they differ by less than 0.5 Hz.
 bool sameFrequency(double leftMhz, double rightMhz);
 
 struct BandPreset {
-    QString text; // as the band combo shows it
+    QString text; // shown in the band combo box
     double mhz;
 };
 
-// From 160 m to 2 m; no two are the same frequency.
+// From 160 m to 2 m, each with a different frequency.
 const std::array<BandPreset, 12> &bandPresets();
 
-// Index of the preset of that frequency, or -1.
+// Index of the preset with that frequency, or -1.
 int bandPresetIndex(double mhz);
 
 } // namespace outpost

@@ -38,7 +38,7 @@ QLabel *LiveDialog::addText()
     layout->setContentsMargins(8, 8, 8, 8);
     layout->setSpacing(6);
     auto *label = new QLabel(this);
-    label->setTextFormat(Qt::PlainText); // host names and errors come from elsewhere
+    label->setTextFormat(Qt::PlainText); // host names and errors are foreign text
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(label);
     return label;

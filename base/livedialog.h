@@ -10,22 +10,22 @@ class QVBoxLayout;
 namespace outpost
 {
 
-// The base of the modeless windows that keep showing the station's state. Such a window tells its
-// owner when it is time to refresh it, and deletes itself when closed: hold it by a QPointer.
+// Base class of the modeless windows that show live station data. A timer asks the owner to refresh
+// the window. The window deletes itself when closed, so hold it in a QPointer.
 class LiveDialog : public QDialog
 {
 public:
-    // Shows it and starts its timer; a window that is already there comes before the others.
+    // Shows the window and starts its timer; raises it if it is already visible.
     void present();
 
 protected:
     LiveDialog(QWidget *parent, const QString &title, int refreshMs,
                std::function<void()> onRefreshDue);
 
-    // For the constructor of the dialog: its contents in the order of the Tab key, with the Close
-    // button below all of them.
+    // For subclass constructors: the layout of the contents, in Tab order. The Close button is
+    // always below.
     QVBoxLayout *contents() const { return layout; }
-    QLabel *addText(); // plain and selectable, with little room around it
+    QLabel *addText(); // plain, selectable text with narrow margins
     void addCloseBox();
 
 private:

@@ -5,23 +5,23 @@
 namespace outpost
 {
 
-// Windows refuses to open or to replace a file that another program (a virus scanner, a backup)
-// keeps open without sharing it. Such programs are soon done, so what they prevent is tried again
-// for up to lockedFileMs. Elsewhere nothing is locked that way, and one attempt tells all.
+// Windows refuses to open or replace a file that another program (a virus scanner, a backup) holds
+// open without sharing. Such locks are short, so the operation is retried for up to lockedFileMs.
+// Other systems have no such locks, and one attempt is enough.
 #ifdef Q_OS_WIN
 constexpr int lockedFileMs = 1000;
 #else
 constexpr int lockedFileMs = 0;
 #endif
 
-// How long to wait for a file that has to be replaced after it was read, or was not. The one that
-// stayed locked while it was read must not give way a moment later to content without its own.
+// How long a save that follows a read may wait. If the read failed because the file was locked, the
+// save does not wait: a moment later it would replace the file without keeping its content.
 constexpr int waitToReplaceMs(bool wasRead)
 {
     return wasRead ? lockedFileMs : 0;
 }
 
-// Calls `attempt`, which returns whether it is done, until it is or the time is over.
+// Calls `attempt` until it returns true or `waitMs` have passed.
 template <typename Attempt>
 bool whileLocked(int waitMs, Attempt attempt)
 {

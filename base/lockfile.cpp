@@ -10,13 +10,13 @@ namespace outpost
 
 namespace
 {
-// Qt takes over a lock whose process is gone. The age (ms) is for two other cases: a lock file
-// without a process id, and a reused process id. A live lock is never taken over, because the file
-// itself is locked.
+// Qt takes over a lock whose process no longer exists. The age (ms) covers two other cases: a lock
+// file without a process id, and a reused process id. A live lock is never taken over, because the
+// file itself is locked.
 constexpr int staleMs = 500;
 
-// Qt removes a stale lock under another lock, and would wait 30 s for that of a copy that was
-// killed as it took it.
+// Qt removes a stale lock under a second lock. If a copy was killed while holding that one, Qt
+// would wait 30 s for it.
 void freeRemovalLock(const QString &path)
 {
     if (QFile::exists(path)) {
@@ -27,7 +27,7 @@ void freeRemovalLock(const QString &path)
 }
 } // namespace
 
-// Qt's own waiting sleeps longer and longer, while a lock is usually held for a few ms.
+// Qt's own wait uses growing intervals, but a lock is usually held for only a few ms.
 std::unique_ptr<QLockFile> takeLock(const QString &path, int waitMs)
 {
     constexpr int pauseMs = 10;

@@ -5,12 +5,12 @@ class QString;
 namespace outpost
 {
 
-// The program's one diagnostic trace: an information-level message in the category "default",
-// the local time "HH:mm:ss", a blank, the text. Nothing of it reaches the window.
+// The program's only diagnostic log: an information-level message in the category "default" with
+// the local time "HH:mm:ss", a space and the text. The window does not show it.
 void logLine(const QString &text);
 
-// A peer's or a file's text for a log line: what would break the line, steer a terminal or turn
-// the reading direction is written as "\u001b".
+// Makes text from a peer or a file safe for a log line: line breaks, terminal control characters
+// and characters that change the reading direction become "\u001b" and the like.
 QString escapedControls(const QString &foreign);
 
 } // namespace outpost

@@ -14,7 +14,7 @@ namespace
 {
 constexpr int wrongUseExitCode = 2;
 
-// Those of the application classes and of the X11 platform.
+// Options of QGuiApplication, QApplication and the X11 platform plugin.
 const QStringList &qtFlags()
 {
     static const QStringList flags{QStringLiteral("dograb"),     QStringLiteral("nograb"),
@@ -24,7 +24,7 @@ const QStringList &qtFlags()
     return flags;
 }
 
-// The value is the next argument.
+// Options whose value is the next argument.
 const QStringList &qtOptionsWithValue()
 {
     static const QStringList options{
@@ -48,7 +48,7 @@ bool holdsItsQtValue(const QString &name)
                        [&name](const QString &begin) { return name.startsWith(begin); });
 }
 
-// Without its hyphen or two; empty for what is no option.
+// The name without its one or two hyphens; empty if the argument is not an option.
 QString optionName(const QString &argument)
 {
     if (!argument.startsWith(QLatin1Char('-'))) {
@@ -57,7 +57,7 @@ QString optionName(const QString &argument)
     return argument.mid(argument.startsWith(QLatin1String("--")) ? 2 : 1);
 }
 
-// The parser takes the program's name from an application object, and cannot do without one.
+// QCommandLineParser takes the program's name from the application object and needs one to exist.
 QString helpText(const QCommandLineParser &parser, const QString &program)
 {
     QByteArray name = program.toLocal8Bit();

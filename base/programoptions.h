@@ -8,25 +8,25 @@ class QCommandLineParser;
 namespace outpost
 {
 
-// What a program shows and ends with instead of starting.
+// What a program prints and returns instead of starting.
 struct Ending {
     QString text;
-    int exitCode = 0; // 0: what was asked for; 1: cannot run; 2: cannot use the options
+    int exitCode = 0; // 0: success; 1: cannot run; 2: invalid options
 };
 
-// Without the options that Qt itself takes from the command line, and their values. As with Qt,
-// each begins with one hyphen or two.
+// The arguments without the options that Qt itself understands, and without their values. Like Qt,
+// accepts one or two hyphens.
 QStringList withoutQtOptions(const QStringList &arguments);
 
-// Whether they tell Qt where to open windows.
+// Whether the arguments select a platform or a display for Qt.
 bool chooseDisplay(const QStringList &arguments);
 
-// Reads the arguments, of which the first is skipped, into the parser. What all programs answer
-// alike is answered here: --help, --version, and options that the program does not have.
+// Parses the arguments; the first one is skipped. Handles what all programs have in common: --help,
+// --version and unknown options. Returns an Ending if the program must not start.
 std::optional<Ending> parseArguments(QCommandLineParser *parser, const QString &program,
                                      const QStringList &arguments);
 
-// For a program that takes options only: refuses the first other argument.
+// For programs that take only options: refuses the first positional argument.
 std::optional<Ending> refuseOtherArguments(const QCommandLineParser &parser,
                                            const QString &program);
 

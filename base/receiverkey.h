@@ -10,25 +10,25 @@ class QSettings;
 namespace outpost
 {
 
-// The text identity of a receiver: "<host>:<port>", the host trimmed and in lower case. Used in
-// the list of receivers that the operator removed.
+// Identifies a receiver: "<host>:<port>", the host trimmed and in lower case. Used in the list of
+// receivers that the operator removed.
 using ReceiverKey = QString;
 ReceiverKey receiverKey(const QString &host, int port);
 
-// Does an entry of a data file mean this receiver? Its "Host" is compared without regard to
-// case; `portFallback` stands for a missing "Port".
+// Whether an entry of a data file means this receiver. "Host" is compared case-insensitively;
+// `portFallback` replaces a missing "Port".
 bool isReceiver(const QJsonObject &entry, const QString &host, int port, int portFallback);
 
-// The removed keys. A key in any case counts as the same key.
+// Lists of removed keys. Keys are compared case-insensitively.
 bool containsKey(const QStringList &keys, const ReceiverKey &key);
 QStringList withKey(QStringList keys, const ReceiverKey &key);
-QStringList withoutKey(QStringList keys, const ReceiverKey &key); // every element that equals it
+QStringList withoutKey(QStringList keys, const ReceiverKey &key); // removes every match
 
-// By key: removed, or applied again (false).
+// Maps a key to true if the receiver was removed, or to false if it was applied again.
 using RemovedKeyChanges = QMap<ReceiverKey, bool>;
 QStringList withChanges(QStringList keys, const RemovedKeyChanges &changes);
 
-// The setting "receivers/removedKeys", and the keys that a store has in it.
+// The name of the setting, "receivers/removedKeys", and the keys stored in it.
 QString removedKeysSetting();
 QStringList removedKeys(const QSettings &settings);
 

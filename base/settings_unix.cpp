@@ -14,7 +14,7 @@ namespace outpost
 
 namespace
 {
-// The file needs a name that Qt's cache does not know, so that it is really read.
+// `path` must be a name that is not in Qt's cache, so that the file is really read.
 bool holds(const QString &path, const QSettings &settings)
 {
     const QSettings found(path, QSettings::IniFormat);
@@ -24,8 +24,8 @@ bool holds(const QString &path, const QSettings &settings)
                        [&](const QString &key) { return found.value(key) == settings.value(key); });
 }
 
-// A draft is made under the lock of the settings, so whoever has that finds only what copies of the
-// program have left that were killed in a save.
+// Drafts are made while the settings are locked. Whoever holds the lock therefore finds only drafts
+// of copies that were killed while saving.
 void removeOldDrafts(const QString &path)
 {
     QDir settings = QFileInfo(path).dir();
@@ -40,24 +40,24 @@ void removeOldDrafts(const QString &path)
                              QDir::Files | QDir::Hidden)) {
             draft.remove(file);
         }
-        settings.rmdir(left); // unless something else is in it
+        settings.rmdir(left); // fails if other files are in it
     }
 }
 
-// An empty list reads back as nothing.
+// An empty list reads back as an invalid value.
 QVariant storable(const QVariant &value)
 {
     return value == QVariant(QStringList()) ? QVariant() : value;
 }
 } // namespace
 
-// On a full disk Qt puts an empty or short file in the old one's place and reports success. So it
-// writes a draft, which replaces the settings once it has been read again.
+// On a full disk Qt replaces the old file with an empty or truncated one and reports success. So
+// the settings are written to a draft, read back, and only then replaced.
 bool SettingsStore::store(const QString &key, const Change &change) const
 {
     const QString path = fileName();
     QDir().mkpath(QFileInfo(path).path());
-    const auto lock = takeLock(path, changeWaitMs); // the one that Qt takes
+    const auto lock = takeLock(path, changeWaitMs); // the same lock that Qt takes
     if (!lock->isLocked()) {
         return false;
     }

@@ -8,11 +8,11 @@
 namespace outpost
 {
 
-// The registry replaces each value as a whole. Without the lock, what another copy stores between
-// reading and writing would be lost.
+// The registry replaces whole values. Without the lock, a change that another copy makes between
+// the read and the write would be lost.
 bool SettingsStore::store(const QString &key, const Change &change) const
 {
-    QDir().mkpath(dataFolder()); // for the lock
+    QDir().mkpath(dataFolder()); // the lock file is there
     const auto lock = takeLock(dataFolder() + QStringLiteral("/settings"), changeWaitMs);
     QSettings settings = open();
     settings.setValue(key, change(settings.value(key)));

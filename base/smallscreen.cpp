@@ -36,7 +36,7 @@ QScrollArea *newScrollArea(QDialog *dialog)
 
 void scrollWhatIsAboveTheButtons(QDialog *dialog)
 {
-    const QPointer<QWidget> focused = dialog->focusWidget(); // loses it on the way
+    const QPointer<QWidget> focused = dialog->focusWidget(); // the dialog loses focus below
     QLayout *content = dialog->layout();
     auto *buttons = dialog->findChild<QDialogButtonBox *>();
     QScrollArea *area = newScrollArea(dialog);
@@ -55,7 +55,7 @@ void scrollWhatIsAboveTheButtons(QDialog *dialog)
     }
 }
 
-// The size of a dialog and of what it shows is known when it is shown and may change afterwards.
+// A dialog's size is known only when it is shown, and its contents may change later.
 class ScreenKeeper : public QObject
 {
 public:
@@ -65,17 +65,17 @@ protected:
     bool eventFilter(QObject * /*watched*/, QEvent *event) override
     {
         if (event->type() == QEvent::Show && !event->spontaneous()) {
-            // The frame is not known before a window is on the screen, but its parent's is.
+            // A window's frame is unknown until it is on screen; its parent's is known.
             keep(dialog->size().expandedTo(smallestSize(*dialog)),
                  *dialog->parentWidget()->window());
         } else if (event->type() == QEvent::LayoutRequest && dialog->isVisible()) {
-            keep(smallestSize(*dialog), *dialog); // a larger size is the operator's own
+            keep(smallestSize(*dialog), *dialog); // if larger, the operator has resized it
         }
         return false;
     }
 
 private:
-    // On the screen that `shown` is on, in a frame like its.
+    // Fits the dialog to the screen of `shown`, assuming a frame of the same size.
     void keep(const QSize &wanted, const QWidget &shown)
     {
         const QRect free = shown.screen()->availableGeometry();

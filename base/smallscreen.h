@@ -5,12 +5,12 @@ class QDialog;
 namespace outpost
 {
 
-// Keeps a dialog in reach on a screen that is too small for it: it takes the screen's free area,
-// and where it cannot be made that small, what is above its buttons scrolls. Where it fits, nothing
-// changes. For a dialog with a button box at the end of its layout.
+// Keeps a dialog usable on a screen that is too small for it: the dialog takes the available area
+// of the screen and, if it cannot be made that small, everything above its buttons scrolls. A
+// dialog that fits is unchanged. Requires a button box at the end of the dialog's layout.
 void keepOnScreen(QDialog *dialog);
 
-// Whether the content scrolls. The dialog's size is then no longer that of its contents.
+// Whether the contents scroll. If so, the dialog's size no longer depends on them.
 bool scrollsToFitScreen(const QDialog &dialog);
 
 } // namespace outpost

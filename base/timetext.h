@@ -6,8 +6,8 @@
 namespace outpost
 {
 
-// A time in ASCII digits whatever the operator's language: clients read these texts, files and
-// folders are named by them. The toolkit's own toString(format) takes the language's digits.
+// A time in ASCII digits in every language: clients read these texts, and files and folders are
+// named after them. Qt's own toString(format) uses the digits of the user's language.
 template <typename Time> // QTime or QDateTime
 QString timeText(const Time &time, const QString &format)
 {
