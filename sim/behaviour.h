@@ -7,21 +7,21 @@
 namespace outpost
 {
 
-// What the simulated receiver does on an endpoint: stream faithfully, or one of the faults met in
-// the field. The table drives parsing and help.
+// What the simulated receiver does on an endpoint: stream faithfully, or show a fault seen in the
+// field. behaviourTable() drives the parser and the help text.
 namespace sim
 {
 
 enum class Fault {
     Stream,
-    // Before the link is open
+    // Before the WebSocket is open
     Refuse,
     NoConnect,
     NoAnswer,
     HttpError,
     EndlessHeaders,
     SlowOpen,
-    // Open, never sound
+    // WebSocket open, but no sound
     OpenSilent,
     Monitor,
     MessagesOnly,
@@ -30,7 +30,7 @@ enum class Fault {
     TooBusy,
     Notice,
     OpenNotice,
-    // Sound whose delivery or content is at fault
+    // Sound with faulty timing or content
     Bursty,
     MinuteBurst,
     BigMessage,
@@ -50,7 +50,7 @@ enum class Fault {
     RandomPayload,
     Fragments,
     NoPong,
-    // Sound that ends, or is drowned, after a number of seconds
+    // Sound that stops, or is drowned in other traffic, after the given number of seconds
     Kick,
     OwnerKick,
     Inactivity,
@@ -66,36 +66,38 @@ enum class Fault {
 
 struct Behaviour {
     Fault fault = Fault::Stream;
-    double parameter = 0; // its meaning and unit stand in the table
-    QByteArray text;      // HttpError: status line; Notice, OpenNotice: what the message says
+    double parameter = 0; // meaning and unit: see the table
+    QByteArray text;      // HttpError: status line; Notice, OpenNotice: the message
 
     bool is(Fault other) const { return fault == other; }
-    bool neverSounds() const;                                         // though the link is open
-    qint64 parameterMs() const { return qRound64(parameter * 1000); } // of a parameter in seconds
+    // although the WebSocket is open
+    bool neverSounds() const;
+    qint64 parameterMs() const { return qRound64(parameter * 1000); } // for parameters in seconds
 };
 
 struct BehaviourInfo {
     const char *name;
     Behaviour behaviour;   // with the default parameter
-    const char *parameter; // name of the parameter, null if it takes none
-    double least;          // smallest parameter allowed
+    const char *parameter; // its name; null if it takes none
+    double least;          // smallest allowed parameter
     const char *help;
 };
 const QVector<BehaviourInfo> &behaviourTable();
 
-// "kick" or "kick:10". On failure returns false with a sentence in `error`.
+// Parses "kick" or "kick:10". On failure returns false and sets `error` to a sentence.
 bool parseBehaviour(const QString &text, Behaviour *behaviour, QString *error);
 
-// One line for each behaviour.
+// One line per behaviour.
 QString behaviourHelp();
 
-// Endpoints 0..3 by the number in the path; every other number gets the fallback.
+// Endpoints 0 to 3 by the number in the path; any other number gets the fallback.
 struct EndpointBehaviours {
     Behaviour fallback;
     QMap<qint64, Behaviour> byNumber;
 
     Behaviour of(qint64 number) const { return byNumber.value(number, fallback); }
-    // "2=kick:10" or "all=monitor"; "all" replaces what was set before.
+    // Applies "2=kick:10" or "all=monitor"; "all" discards earlier options. On failure returns
+    // false and sets `error`.
     bool apply(const QString &option, QString *error);
     bool areAll(Fault fault) const;
 };

@@ -1,5 +1,5 @@
-// Shows the station decoding: the receiver simulator and the real main window in one program,
-// worked through the real dialog, with data and settings of their own in a temporary folder.
+// Demonstrates the station: runs the receiver simulator and the real main window in one program,
+// operates the real dialog, and keeps data and settings in a temporary folder.
 
 #include "app/mainwindow.h"
 #include "app/startup.h"
@@ -35,7 +35,7 @@ struct DemoOptions {
     QString screenshot;
 };
 
-// A decoder may take three periods, and is then given up.
+// A decoder may take up to three periods before it is killed; the rest is margin.
 constexpr qint64 decoderTimeMs = 60000;
 
 void print(const QString &line)
@@ -87,7 +87,7 @@ Demo::Demo(const DemoOptions &demoOptions, const QString &bandCache) : options(d
 {
     config.cacheFolder = bandCache;
     config.syntheticBand = options.wavFiles.isEmpty();
-    // With more periods than recordings the recordings begin again.
+    // With more periods than recordings, the recordings repeat.
     const int files = options.wavFiles.size();
     for (int i = 0; i < qMax(options.periods, files) && files > 0; ++i) {
         config.wavFiles.append(options.wavFiles.at(i % files));
@@ -113,7 +113,7 @@ bool Demo::listen(QString *error)
     return receiver.listen(config, error);
 }
 
-// As an operator does it: Settings > Kiwi Receiver..., the address, Apply and Connect, Close.
+// As an operator would: Settings > Kiwi Receiver..., enter the address, Apply and Connect, Close.
 void Demo::connectStation()
 {
     window.show();
@@ -166,7 +166,7 @@ void Demo::enterReceiver(QWidget *dialog) const
     buttons->button(QDialogButtonBox::Close)->click();
 }
 
-// The rows of a period come in one batch; those of the last label are the new ones.
+// The table gets all rows of a period at once, so the rows with the last label are the new ones.
 void Demo::printNewRows()
 {
     const int rows = table->rowCount();
@@ -208,7 +208,7 @@ void Demo::finishWhenDone()
     }
 }
 
-// Whoever closes the window does not wait for what the decoder is still busy with.
+// If the window is closed, periods that are still being decoded do not count.
 void Demo::leaveOutUnfinished()
 {
     while (options.periods == 0 && !played.isEmpty() && decodesOf(played.last()) == 0) {
@@ -229,7 +229,7 @@ int Demo::exitStatus()
     return played.isEmpty() ? 1 : 0;
 }
 
-// Data, settings and cache of the program go to a folder that goes away with the demo.
+// Data, settings and cache go to a folder that is removed when the demonstration ends.
 void useHome(const QTemporaryDir &home)
 {
     const QByteArray root = QFile::encodeName(home.path());
@@ -268,7 +268,7 @@ struct DemoCommandLine {
     std::optional<Ending> ending;
 };
 
-// Without a display there is no window to close, and the demonstration ends by itself.
+// Without a display there is no window to close, so the demonstration ends by itself.
 DemoCommandLine readDemoCommandLine(const QStringList &arguments, bool display)
 {
     QCommandLineParser parser;
@@ -320,7 +320,7 @@ int main(int argc, char *argv[])
     useHome(home);
 
     const auto application = startApplication(argc, argv);
-    // The decodes are to be read; QT_LOGGING_RULES="default.info=true" brings the trace back.
+    // Keep the output readable; QT_LOGGING_RULES="default.info=true" shows the log again.
     QLoggingCategory::setFilterRules(QStringLiteral("default.info=false"));
     Demo demo(commandLine.options, bandCache);
     QString error;

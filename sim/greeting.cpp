@@ -18,8 +18,8 @@ QJsonObject jsonObject(const char *json)
     return QJsonDocument::fromJson(json).object();
 }
 
-// What a receiver tells of itself, in the keys that clients read. The position is a string, which
-// they parse.
+// The receiver's description of itself, with the keys that clients read. The position is a string
+// that clients parse.
 QJsonObject aboutTheReceiver()
 {
     return jsonObject(R"json({
@@ -49,8 +49,8 @@ QByteArray percentEncoded(const QJsonObject &object)
     return QJsonDocument(object).toJson(QJsonDocument::Compact).toPercentEncoding();
 }
 
-// The object, filled up to so many kB with labels, as JSON in percent encoding. May exceed that by
-// a label.
+// The object as percent-encoded JSON, padded with labels to about `kilobytes` kB (at most one label
+// more).
 QByteArray configuration(const char *name, int kilobytes, QJsonObject object = {})
 {
     const QJsonObject label = jsonObject(R"({"f": 14074, "m": "usb", "i": "FT8 <b>20 m</b>"})");

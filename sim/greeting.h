@@ -9,12 +9,12 @@ namespace outpost
 namespace sim
 {
 
-// What a receiver says to a listener before the sound: binary messages, ASCII "MSG " and blank-
-// separated name=value pairs, in the receiver's order. `configKb` is the size of each of the three
-// URL-encoded configuration messages.
+// The messages that a receiver sends before the sound, in its order: binary, ASCII "MSG " followed
+// by name=value pairs separated by spaces. `configKb` is the size of each of the three URL-encoded
+// configuration messages.
 QVector<QByteArray> greeting(const QByteArray &clientAddress, double rateHz, int configKb);
 
-// The part of the greeting that a listener gets when there is no channel for it: no audio_init.
+// The greeting of a client for which no channel is free: the same without audio_init.
 QVector<QByteArray> greetingWithoutAudio(const QByteArray &clientAddress, double rateHz,
                                          int configKb);
 

@@ -34,7 +34,7 @@ QByteArray logText(const SimEvent &event)
 
 bool isUsable(const SimConfig &config, QString *error)
 {
-    if (!(config.rateHz >= 1000 && config.rateHz <= 100000)) { // nor NaN
+    if (!(config.rateHz >= 1000 && config.rateHz <= 100000)) { // false for NaN, too
         *error = QStringLiteral("the rate must be 1000..100000 Hz");
     } else if (!(config.speed >= 1 && config.speed <= 1000)) {
         *error = QStringLiteral("the speed must be 1..1000");
@@ -51,7 +51,7 @@ bool isUsable(const SimConfig &config, QString *error)
 struct KiwiSim::Private {
     sim::ReceiverRoom room;
     QTcpServer server;
-    QTcpSocket portHolder; // bound: connections to it are refused, or never answered
+    QTcpSocket portHolder; // bound, so that connections to it are refused or never answered
     QTcpSocket firstInQueue;
     QFile log;
     QVector<sim::Samples> audio;
@@ -92,7 +92,8 @@ bool KiwiSim::listen(const SimConfig &config, QString *error)
     if (!config.nowMs) {
         d->room.config.nowMs = [] { return QDateTime::currentMSecsSinceEpoch(); };
     }
-    // The port first, since making the band takes long. Who connects meanwhile is served after it.
+    // Open the port first: making the band takes long, and clients that connect meanwhile are
+    // served afterwards.
     if (isUsable(config, error) && d->openPort(error) && d->loadAudio(error) && d->openLog(error)) {
         return true;
     }
@@ -189,7 +190,7 @@ bool KiwiSim::Private::openPort(QString *error)
     return false;
 }
 
-// Returns why the port could not be opened; empty if it is.
+// Returns why the port could not be opened, or an empty text.
 QString KiwiSim::Private::tryPort(const QHostAddress &address)
 {
     const sim::EndpointBehaviours &endpoints = room.config.endpoints;
@@ -249,7 +250,7 @@ void KiwiSim::Private::keepPeriod(const SentPeriod &period)
     }
 }
 
-// WAVs are played once; the synthetic band goes round.
+// WAV files are played once; the synthetic band repeats.
 sim::Samples KiwiSim::Private::periodAudio(int period) const
 {
     const SimConfig &config = room.config;

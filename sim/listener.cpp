@@ -20,11 +20,12 @@ namespace
 constexpr int kTickMs = 5;
 constexpr int kLargestMessageBytes = 64 * 1024;
 constexpr int kFramesPerTick = 400;
-// A listener that does not read gets no more sound than this ahead of it.
+// Limit on the sound queued for a client that does not read.
 constexpr int kWriteQueueBytes = 4 << 20;
 constexpr int kKeepaliveLimitMs = 60000;
 constexpr int kChannels = 8;
-// Sound that would begin this late is planned anew; filler this close to the boundary is not sent.
+// If sound would start this late, it is planned again; filler this close to the boundary is not
+// sent.
 constexpr int kLateStartMs = 100;
 constexpr int kFillerEndMs = 20;
 
@@ -33,7 +34,7 @@ QString utcText(qint64 utcMs)
     return QDateTime::fromMSecsSinceEpoch(utcMs, Qt::UTC).toString(Qt::ISODateWithMs);
 }
 
-// The client number of "/kiwi/N/SND", "/ws/kiwi/N/SND" or "/N/SND"; empty for any other path.
+// The client number in "/kiwi/N/SND", "/ws/kiwi/N/SND" or "/N/SND"; empty for any other path.
 QString clientNumber(const QString &path)
 {
     static const QRegularExpression pattern(
@@ -103,7 +104,8 @@ void Listener::note(const QString &kind, const QString &text)
 
 void Listener::readSocket()
 {
-    // A flood of pings does not read the answers; what is held back keeps what comes after it.
+    // During a ping flood the answers are not read. While the opening is held back, later bytes
+    // wait.
     if (m_phase == Phase::Opening ||
         (m_phase == Phase::Flooding && m_behaviour.is(Fault::PingFlood))) {
         return;
@@ -225,8 +227,8 @@ void Listener::takeMessage(const QString &text)
     }
 }
 
-// A channel is given out at the first message. The same client number from the same address while
-// it is live is refused silently.
+// A client gets its channel with its first message. A second connection with the same number from
+// the same address is ignored silently.
 bool Listener::takeChannel()
 {
     m_phase = Phase::Waiting;

@@ -15,41 +15,42 @@ namespace outpost
 namespace sim
 {
 
-// What a listener needs from the receiver. Outlives the listener.
+// What a listener needs from the receiver. Must outlive the listener.
 struct ReceiverRoom {
     SimConfig config; // nowMs is set
     PeriodAudio audio;
     std::function<void(const SimEvent &)> report;
     std::function<void(const SentPeriod &)> keepPeriod;
-    QSet<QString> channels; // taken ones, "address/N"
+    QSet<QString> channels; // in use, as "address/N"
 
     qint64 nowMs() const { return config.nowMs(); }
     StreamFormat streamFormat(const Behaviour &behaviour, bool uncompressed) const;
 };
 
-// One client of the receiver: request, greeting, sound and the faults of its endpoint. Driven by
-// what the client sends and by one timer. Owns its socket; `onGone` is called once when it is over.
+// One client of the receiver: its request, greeting and sound, and the faults of its endpoint.
+// Driven by the client's messages and a single timer. Owns its socket; calls `onGone` once at the
+// end.
 class Listener : public QObject
 {
 public:
     Listener(QTcpSocket *socket, int client, ReceiverRoom *room, QObject *parent);
 
-    void end(); // drops the client at once
+    void end(); // disconnects the client immediately
     std::function<void()> onGone;
 
 private:
     enum class Phase {
         Request, // nothing answered yet
-        Opening, // the answer to the request is held back
+        Opening, // answer to the request held back
         Open,    // no message from the client yet
-        Waiting, // for commands; some behaviours never leave this
+        Waiting, // for commands; some behaviours stay here
         Sounding,
-        Flooding, // with what never ends, or 16 MiB
-        Silent,   // nothing is sent any more, the link stays
+        Flooding, // endless data, or 16 MiB
+        Silent,   // link open, but nothing more is sent
         Ended,
     };
 
-    // listener.cpp: the faithful receiver
+    // listener.cpp: a faithful receiver
     void readSocket();
     void takeRequest();
     void openLink();
@@ -65,7 +66,7 @@ private:
     void record(const QByteArray &frame, bool kept);
     void gone();
 
-    // listenerfaults.cpp: what a faithful receiver does not do
+    // listenerfaults.cpp: the faults
     bool refuseRequest();
     bool refuseGreeting();
     void remind(qint64 nowMs);
@@ -85,8 +86,8 @@ private:
     Phase m_phase = Phase::Request;
     QString m_path;
     QByteArray m_requestKey; // Sec-WebSocket-Key
-    QByteArray m_received;   // not yet understood
-    QByteArray m_message;    // fragments of a message not yet complete
+    QByteArray m_received;   // not parsed yet
+    QByteArray m_message;    // fragments of an incomplete message
     QString m_channel;       // key of the channel to take, "address/N"
     bool m_hasChannel = false;
     ReceiverCommands m_commands;
@@ -95,9 +96,9 @@ private:
     int m_periodNumber = 0;
     quint32 m_framesSent = 0;
     qint64 m_keepaliveMs = 0;    // UTC of the last keepalive
-    qint64 m_firstSoundMs = 0;   // UTC; 0 until sound has begun
-    qint64 m_nextFaultMs = 0;    // UTC; of what comes late, or again and again
-    qint64 m_floodBytesLeft = 0; // of the huge frame
+    qint64 m_firstSoundMs = 0;   // UTC; 0 until sound starts
+    qint64 m_nextFaultMs = 0;    // UTC; of the next late or repeated fault
+    qint64 m_floodBytesLeft = 0; // rest of the huge frame
 };
 
 } // namespace sim

@@ -17,7 +17,7 @@ constexpr qint64 kHugePayloadBytes = 16 << 20;
 constexpr int kFloodInFlightBytes = 256 * 1024;
 constexpr int kHeaderBytesPerTick = 4096; // slow enough to watch the client's memory grow
 
-// Longer than a ping may be is a protocol error, so 125 bytes at most.
+// A ping payload is at most 125 bytes (RFC 6455, 5.5).
 QByteArray pings()
 {
     return wsFrame(Ping, QByteArray(125, 'p')).repeated(100);
@@ -67,7 +67,7 @@ bool Listener::refuseGreeting()
            m_behaviour.is(Fault::OtherTagsOnly);
 }
 
-// What comes again and again instead of sound.
+// Messages sent repeatedly instead of sound.
 void Listener::remind(qint64 nowMs)
 {
     if (!m_behaviour.neverSounds() || !m_commands.authorised() || nowMs < m_nextFaultMs) {
@@ -106,7 +106,7 @@ void Listener::disturbSound(qint64 nowMs)
     }
 }
 
-// Called once the behaviour's seconds of sound have passed.
+// Called when the behaviour's seconds of sound are over.
 void Listener::endSound()
 {
     const auto become = [this](Phase phase, const char *what) {
@@ -149,7 +149,7 @@ void Listener::endSound()
     }
 }
 
-// As much as fits without holding more than a bound; the rest follows at the next tick.
+// Sends as much as the limit on unsent bytes allows; the rest follows at the next tick.
 void Listener::flood()
 {
     if (m_behaviour.is(Fault::EndlessHeaders) && m_wire.waitingBytes() < kFloodInFlightBytes) {
@@ -180,7 +180,7 @@ void Listener::refuse(const QByteArray &message)
     m_wire.sendBinary("MSG " + message);
 }
 
-// A refusing message, then a close without status code.
+// Sends a refusal, then closes without a status code.
 void Listener::turnAway(const QByteArray &message)
 {
     refuse(message);

@@ -128,7 +128,7 @@ void printPlan()
 
 void savePeriod(const QDir &folder, const SentPeriod &period)
 {
-    // In ASCII digits whatever the user's language.
+    // ASCII digits in every language.
     const QString start = QLocale::c().toString(
         QDateTime::fromMSecsSinceEpoch(period.startMs, Qt::UTC), QStringLiteral("yyyyMMdd_HHmmss"));
     const QString name = QStringLiteral("%1-client-%2.wav").arg(start).arg(period.client);

@@ -9,8 +9,8 @@ namespace outpost
 namespace sim
 {
 
-// What a listener has told the receiver so far. Sound starts once frequency, mode, passband, all
-// six AGC fields and "AR OK" have arrived after an authorisation.
+// The commands received from a client so far. Sound starts after authorisation, when frequency,
+// mode, passband, all six AGC fields and "AR OK" have arrived.
 class ReceiverCommands
 {
 public:
@@ -25,7 +25,7 @@ public:
     bool tooManyEarlyKeepalives() const { return m_earlyKeepalives > 4; }
 
 private:
-    QSet<QString> m_fields; // names that came with a proper value
+    QSet<QString> m_fields; // names received with a valid value
     bool m_authorised = false;
     bool m_audioRateOk = false;
     bool m_uncompressed = false;

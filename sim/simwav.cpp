@@ -27,8 +27,7 @@ quint32 doubleWord(const QByteArray &bytes, int offset)
     return qFromLittleEndian<quint32>(bytes.constData() + offset);
 }
 
-// The payload of the first chunk with this name after the 12 bytes "RIFF" size "WAVE"; null if
-// none.
+// The payload of the first chunk named `name` after the 12-byte RIFF header; null if there is none.
 QByteArray chunk(const QByteArray &file, const char *name)
 {
     qint64 offset = 12;
@@ -75,7 +74,7 @@ QByteArray wavHeader(int dataBytes)
     out.writeRawData("RIFF", 4);
     out << quint32(dataBytes + kWavHeaderBytes - 8);
     out.writeRawData("WAVEfmt ", 8);
-    // bytes of this chunk, PCM, mono, samples and bytes a second, bytes and bits a sample
+    // chunk size, PCM, mono, samples per second, bytes per second, bytes and bits per sample
     out << quint32(16) << quint16(1) << quint16(1) << quint32(kSampleRateHz)
         << quint32(kSampleRateHz * 2) << quint16(2) << quint16(16);
     out.writeRawData("data", 4);
@@ -116,8 +115,8 @@ bool writePeriodWav(const QString &path, const Samples &samples, QString *error)
         return refuse(path, file.errorString(), error);
     }
     const QByteArray bytes = wavHeader(samples.size() * 2) + toLittleEndian(samples);
-    // On a disk that fills up a write may be short with no error, and commit() alone would then put
-    // the short file in place.
+    // When a disk fills up, a short write may not report an error, and commit() would then replace
+    // the file with a truncated one.
     if (file.write(bytes) != bytes.size() || !file.flush() ||
         file.error() != QFileDevice::NoError) {
         file.cancelWriting();

@@ -6,20 +6,20 @@
 namespace outpost
 {
 
-// What a behaviour does to the sound on its way out.
+// What a behaviour does to the outgoing sound.
 namespace sim
 {
 
-// UTC, ms: when the next frame is sent.
+// When the next frame is due, UTC in ms.
 qint64 dueMs(const Behaviour &behaviour, const SoundStream &sound);
 
-// The WebSocket frame that follows a sound frame; empty if none does.
+// The WebSocket frame to send after a sound frame; empty if there is none.
 QByteArray frameBetween(const Behaviour &behaviour, quint32 soundFramesSent);
 
-// A header of 10 bytes, or the first of them.
+// The 10-byte header of a sound frame, or its first `bytes`.
 QByteArray shortSoundFrame(int bytes = 10);
 
-// "SND" and up to 2047 bytes of noise.
+// "SND" followed by up to 2047 random bytes.
 QByteArray randomSoundFrame();
 
 } // namespace sim

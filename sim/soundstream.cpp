@@ -15,8 +15,7 @@ namespace
 {
 
 constexpr int kSmeterDbm = -97;
-// Filler goes out this early at the latest, so that a busy listener has taken it in by the
-// boundary.
+// Filler is sent at least this early, so that even a busy client has read it by the boundary.
 constexpr int kFillerLeadMs = 400;
 
 enum Flag : quint8 {
@@ -110,7 +109,7 @@ Samples SoundStream::nextSamples()
     return samples;
 }
 
-// 1000 Hz at half of full scale.
+// 1000 Hz at half scale.
 Samples SoundStream::tone()
 {
     Samples samples;

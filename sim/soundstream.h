@@ -21,7 +21,7 @@ struct StreamFormat {
     double rateHz = kSampleRateHz;
     bool resample = false;   // stretch each period to the rate instead of keeping its samples
     double speed = 1;        // how much faster than real time, after
-    int realTimePeriods = 1; // so many periods in real time
+    int realTimePeriods = 1; // this number of periods in real time
     int payloadBytes = 1024;
 
     int frameSamples() const;
@@ -29,12 +29,12 @@ struct StreamFormat {
     int slotSamples() const { return qRound(15 * rateHz); }
 };
 
-// The audio of period n = 0, 1, 2… counted from the boundary on which a listener begins; shorter or
-// empty audio is followed by noise.
+// The audio of period n = 0, 1, 2…, counted from the client's first boundary. Short or empty audio
+// is padded with noise.
 using PeriodAudio = std::function<Samples(int period)>;
 
-// One listener's sound, frame by frame: filler noise up to the boundary, then the periods without a
-// gap. Knows when each frame is due; does no input or output and reads no clock.
+// The sound of one client, frame by frame: filler noise up to the boundary, then periods without
+// gaps. Knows when each frame is due, but does no I/O and reads no clock.
 class SoundStream
 {
 public:
@@ -42,16 +42,16 @@ public:
                 quint32 noiseSeed);
 
     const SoundPlan &plan() const { return m_plan; }
-    // First sample of the next frame, counted from the boundary; negative is filler.
+    // The first sample of the next frame, counted from the boundary; negative for filler.
     qint64 position() const { return m_position; }
     qint64 dueMs() const; // UTC
 
-    // A whole "SND" message: 10-byte header and payload.
+    // A complete "SND" message: 10-byte header and payload.
     QByteArray nextFrame();
 
-    // From the next frame on; the filler still ends at the boundary.
+    // Applies from the next frame on; the filler still ends at the boundary.
     void setCodec(Codec codec);
-    // Filler that could arrive past the boundary must not be sent any more.
+    // Drops the remaining filler, which could arrive after the boundary.
     void skipFiller() { m_position = qMax<qint64>(m_position, 0); }
     void loseSamples(int count) { m_position += count; }
     void runAhead(int ms) { m_aheadMs += ms; }
@@ -81,13 +81,13 @@ private:
     bool m_overload = false;
 };
 
-// Decodes what a listener is sent, as the listener does from state (0, 0), and cuts it into the
-// listener's periods of 180000 samples. Holds at most one period.
+// Decodes the frames sent to a client as the client does, from state (0, 0), and splits the samples
+// into the client's periods of 180000. Stores at most one period.
 class PeriodRecorder
 {
 public:
-    // `kept` is false for sound before the boundary: decoded, not recorded.
-    // Returns the periods that this frame has completed.
+    // Takes one frame. Sound before the boundary is decoded, but not recorded (`kept` is false).
+    // Returns the periods that this frame completes.
     QVector<Samples> take(const QByteArray &soundFrame, bool kept);
 
 private:

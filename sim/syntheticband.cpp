@@ -26,7 +26,7 @@ constexpr double kSpacingHz = 96;
 constexpr double kReferenceHz = 2500;
 constexpr int kGeneratorTimeoutMs = 20000;
 
-// A well mixed number below `limit`, the same on every machine (splitmix64).
+// A pseudo-random number below `limit`, the same on every machine (splitmix64).
 int pick(int limit, int station, int purpose)
 {
     quint64 z = quint64(station) * 1000 + quint64(purpose);
@@ -66,7 +66,7 @@ QString report(int station, int purpose)
     return QString::asprintf("%+03d", pick(35, station, purpose) - 22);
 }
 
-// One contact takes six periods; the next one on the same frequency has other callsigns.
+// A contact takes six periods; then two other callsigns use the frequency.
 QString message(int station, int period)
 {
     const int step = station + period;
@@ -89,7 +89,7 @@ QString message(int station, int period)
     }
 }
 
-// Amplitude of a sine that has this SNR in 2500 Hz of the noise floor, which spreads over 6000 Hz.
+// Amplitude of a sine with this SNR in 2500 Hz of the noise floor, which spans 6000 Hz.
 double amplitude(int snrDb)
 {
     const double noisePower = kNoiseRms * kNoiseRms * kReferenceHz / (kSampleRateHz / 2.0);
@@ -108,7 +108,7 @@ QStringList generatorArguments(const PlannedStation &station)
             QStringLiteral("99")};
 }
 
-// One noiseless full-scale signal.
+// Generates one full-scale signal without noise.
 bool generate(const QString &generator, const PlannedStation &station, Samples *signal,
               QString *error)
 {
@@ -158,7 +158,8 @@ bool mixPeriod(const QString &generator, int period, Samples *mixed, QString *er
     return true;
 }
 
-// The plan and the levels name the folder, so that a changed band is never taken from an old cache.
+// The folder's name depends on the plan and the levels, so that a changed band never comes from an
+// old cache.
 QString cacheFolder(const QString &root)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
@@ -197,7 +198,7 @@ QVector<PlannedStation> plannedStations(int period)
     for (int i = 0; i < kStations; ++i) {
         PlannedStation station;
         station.audioHz = kLowestHz + kSpacingHz * i + pick(21, i, 1) - 10;
-        // 13 steps are prime to 29 levels: strong and weak stations alternate.
+        // 13 is coprime to the 29 levels, so strong and weak stations alternate.
         station.snrDb = 10 - (13 * i + 5 * period) % 29;
         station.offsetSec = pick(10, i, 2) / 10.0 - 0.2;
         station.message = message(i, period);

@@ -11,8 +11,8 @@ namespace outpost
 namespace sim
 {
 
-// A busy FT8 band, the same on every machine: stations over 200..2900 Hz, +10..-18 dB, in pairs
-// that call, answer and sign off from period to period.
+// A busy FT8 band, the same on every machine: stations from 200 to 2900 Hz and from +10 to -18 dB,
+// in pairs that call, answer and sign off from period to period.
 struct PlannedStation {
     double audioHz = 0;   // lowest tone
     int snrDb = 0;        // in 2500 Hz of noise
@@ -20,19 +20,20 @@ struct PlannedStation {
     QString message;
 };
 
-constexpr int kBandPeriods = 8; // then the band begins again
+constexpr int kBandPeriods = 8; // then the band repeats
 
 QVector<PlannedStation> plannedStations(int period);
 
-// Where and with what the band is made. Empty fields stand for the user's cache folder and for the
+// Where the band is cached and what generates it. Empty fields mean the user's cache folder and the
 // generator on PATH.
 struct BandSettings {
     QString cacheFolder;
-    QString generator; // the FT8 signal generator of the decoder's package
+    QString generator; // FT8 signal generator of the decoder's package
     std::function<void(const QString &)> progress;
 };
 
-// All periods, from the cache or freshly made and then cached. About 10 s when nothing is cached.
+// All periods, from the cache, or newly made and then cached. Making them takes about 10 s. On
+// failure returns false and sets `error`.
 bool loadBand(const BandSettings &settings, QVector<Samples> *periods, QString *error);
 
 } // namespace sim

@@ -8,8 +8,7 @@ namespace outpost
 namespace sim
 {
 
-// Makes closing this socket reset the connection instead of ending it in order; the toolkit has no
-// option for it.
+// Makes close() reset the TCP connection instead of ending it in order. Qt has no option for it.
 void resetOnClose(qintptr socketDescriptor);
 
 } // namespace sim

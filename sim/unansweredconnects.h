@@ -8,8 +8,9 @@ namespace outpost
 namespace sim
 {
 
-// Lets a bound socket listen so that no TCP connect to it is ever accepted or refused, as if its
-// packets were lost. `firstInQueue` has to live as long. Returns false where the system cannot.
+// Makes a bound socket listen in such a way that connections to it are neither accepted nor
+// refused, as if their packets were lost. `firstInQueue` must live as long as `bound`. Returns
+// false if the system does not support this.
 bool leaveConnectsUnanswered(const QTcpSocket &bound, QTcpSocket *firstInQueue);
 
 } // namespace sim

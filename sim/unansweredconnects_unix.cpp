@@ -9,7 +9,7 @@ namespace outpost
 namespace sim
 {
 
-// A backlog of 0 has room for one connection; with that one in it, Linux drops every further SYN.
+// A backlog of 0 has room for one connection; once that is taken, Linux drops every further SYN.
 bool leaveConnectsUnanswered(const QTcpSocket &bound, QTcpSocket *firstInQueue)
 {
     if (::listen(int(bound.socketDescriptor()), 0) != 0) {

@@ -8,7 +8,7 @@ namespace outpost
 namespace sim
 {
 
-// With this option the system answers a SYN only when the program has accepted the connection.
+// With this option Windows answers a SYN only when the program accepts the connection.
 bool leaveConnectsUnanswered(const QTcpSocket &bound, QTcpSocket *)
 {
     const auto descriptor = SOCKET(bound.socketDescriptor());

@@ -40,7 +40,7 @@ HttpRequest parseRequest(const QByteArray &buffer)
 
 ClientFrame parseClientFrame(const QByteArray &buffer)
 {
-    // Two bytes, then 0, 2 or 8 bytes of length, then the four bytes of the mask.
+    // Two bytes, then 0, 2 or 8 bytes of length, then the 4-byte mask.
     ClientFrame frame;
     if (buffer.size() < 2) {
         return frame;
@@ -48,7 +48,7 @@ ClientFrame parseClientFrame(const QByteArray &buffer)
     const quint8 first = quint8(buffer.at(0));
     const quint8 second = quint8(buffer.at(1));
     const int shortLength = second & 0x7F;
-    // Clients must mask; nothing that a client says here needs the 8-byte length.
+    // Clients must mask; no client message here needs the 8-byte length.
     if (!(second & 0x80) || shortLength == 127 || (first & 0x70)) {
         frame.status = Parse::Bad;
         return frame;

@@ -6,14 +6,14 @@
 namespace outpost
 {
 
-// The server's side of RFC 6455, as pure functions on bytes: enough freedom to send what an
-// ordinary server class cannot (a close without status code, half a frame, fragments without end).
+// The server side of RFC 6455 as pure functions on bytes. They can send what an ordinary server
+// class cannot: a close without a status code, half a frame, endless fragments.
 namespace sim
 {
 
 enum class Parse {
-    NeedMore, // nothing consumed, wait for more bytes
-    Bad,      // the peer broke the rules or a bound; give the connection up
+    NeedMore, // nothing consumed; wait for more bytes
+    Bad,      // protocol violation or limit exceeded; drop the connection
     Done,
 };
 
@@ -50,7 +50,7 @@ ClientFrame parseClientFrame(const QByteArray &buffer);
 // The answer to Sec-WebSocket-Key (RFC 6455, 4.2.2).
 QByteArray acceptKey(const QByteArray &key);
 QByteArray upgradeReply(const QByteArray &key);
-// A plain reply with an empty body; `extraHeaders` are whole lines with CRLF.
+// A response with an empty body; `extraHeaders` are complete lines with CRLF.
 QByteArray httpReply(const QByteArray &statusLine, const QByteArray &extraHeaders = {});
 
 // Server frames are not masked. A header may announce more than is ever sent.
