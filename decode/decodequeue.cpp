@@ -8,27 +8,29 @@ void DecodeQueue::add(qint64 startMs)
     if (!order.contains(startMs)) {
         order.append(startMs);
     }
-    pending.insert(startMs, Pending());
+    pending.insert(startMs, {0, {}, QVector<Jt9Failure>(workersPerPeriod)});
     finished.remove(startMs);
 }
 
-QVector<FinishedPeriod> DecodeQueue::report(qint64 startMs, const QVector<Ft8Decode> &decodes)
+QVector<FinishedPeriod> DecodeQueue::report(qint64 startMs, int worker,
+                                            const QVector<Ft8Decode> &decodes,
+                                            const Jt9Failure &failure)
 {
     const auto period = pending.find(startMs);
     if (period == pending.end()) {
         return {};
     }
     period->collected += decodes;
+    period->failures[worker] = failure;
     if (++period->finishedWorkers < workersPerPeriod) {
         return {};
     }
-    finished.insert(startMs, mergeDecodes(period->collected));
+    finished.insert(startMs, {startMs, mergeDecodes(period->collected), period->failures});
     pending.erase(period);
 
     QVector<FinishedPeriod> due;
     while (!order.isEmpty() && finished.contains(order.first())) {
-        const qint64 first = order.takeFirst();
-        due.append({first, finished.take(first)});
+        due.append(finished.take(order.takeFirst()));
     }
     return due;
 }

@@ -226,23 +226,27 @@ void KiwiAudioCapture::deliver(int queuedAtReset, const SlotJob &job, const Jt9R
     if (queuedAtReset != resets || !queue.isPending(job.periodStartMs)) {
         return;
     }
-    logFailure(job, result.failure);
     const QVector<Ft8Decode> decodes = parseDecodeLines(result.lines);
     if (workerCallback && !decodes.isEmpty()) {
         workerCallback(periodLabel(job.periodStartMs), decodes);
     }
-    for (const FinishedPeriod &period : queue.report(job.periodStartMs, decodes)) {
+    for (const FinishedPeriod &period :
+         queue.report(job.periodStartMs, job.worker, decodes, result.failure)) {
+        logFailures(period);
         if (periodCallback && !period.decodes.isEmpty()) {
             periodCallback(periodLabel(period.startMs), period.decodes);
         }
     }
 }
 
-void KiwiAudioCapture::logFailure(const SlotJob &job, const Jt9Failure &failure)
+void KiwiAudioCapture::logFailures(const FinishedPeriod &period)
 {
-    const QString news = failures.report(periodLabel(job.periodStartMs), job.worker, failure);
-    if (!news.isEmpty()) {
-        logLine(escapedControls(news)); // it may quote a path
+    for (int worker = 0; worker < period.failures.size(); ++worker) {
+        const QString news = failures.report(periodLabel(period.startMs), worker,
+                                             options.bands.at(worker), period.failures.at(worker));
+        if (!news.isEmpty()) {
+            logLine(escapedControls(news)); // it may quote a path
+        }
     }
 }
 

@@ -111,7 +111,7 @@ private:
     void startWorker(const SlotJob &job, const QByteArray &samples);
     void dropQueuedTasks();
     void deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result);
-    void logFailure(const SlotJob &job, const Jt9Failure &failure);
+    void logFailures(const FinishedPeriod &period);
 
     const CaptureOptions options;
     CaptureFolder captureFolder;

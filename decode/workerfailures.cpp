@@ -1,18 +1,16 @@
 #include "decode/workerfailures.h"
 
-#include "decode/decodeband.h"
-
 namespace outpost
 {
 
-QString WorkerFailures::report(const QString &periodLabel, int worker, const Jt9Failure &failure)
+QString WorkerFailures::report(const QString &periodLabel, int worker, const DecodeBand &band,
+                               const Jt9Failure &failure)
 {
     Jt9Failure &last = known[worker];
     if (failure == last) {
         return {};
     }
     last = failure;
-    const DecodeBand band = decodeBand(worker);
     const QString text =
         failure.cause == Jt9Cause::None ? QStringLiteral("decoding again") : failureText(failure);
     return QStringLiteral("Period %1, worker %2 (%3-%4 Hz): %5")

@@ -17,6 +17,11 @@ QVector<Ft8Decode> one(const QString &line)
     return parseDecodeLines({line});
 }
 
+Jt9Failure exitCode(int code)
+{
+    return {Jt9Cause::ExitCode, QString::number(code)};
+}
+
 QString lineOf(qint64 startMs, int worker)
 {
     return QStringLiteral("~ %1 %2").arg(startMs).arg(worker);
@@ -42,12 +47,16 @@ private slots:
             int reported[3] = {};
             int given = 0;
             for (const int period : reports) {
-                const QString line = lineOf(period, reported[period]++);
-                const QVector<FinishedPeriod> due = queue.report(period, one(line));
+                const int worker = reported[period]++;
+                const QVector<FinishedPeriod> due = queue.report(
+                    period, worker, one(lineOf(period, worker)), exitCode(10 * period + worker));
                 for (const FinishedPeriod &finished : due) {
                     QCOMPARE(finished.startMs, qint64(given));
                     QCOMPARE(finished.decodes.size(), workers);
                     QCOMPARE(finished.decodes.last().line, lineOf(given, workers - 1));
+                    for (int w = 0; w < workers; ++w) {
+                        QVERIFY(finished.failures.at(w) == exitCode(10 * given + w));
+                    }
                     ++given;
                 }
                 // As many as possible: the next one has a worker to report.
@@ -74,7 +83,7 @@ private slots:
             for (const int worker : arrival) {
                 QVERIFY(due.isEmpty());
                 expected.append(lineOf(1, worker));
-                due = queue.report(1, one(expected.last()));
+                due = queue.report(1, worker, one(expected.last()));
             }
             QCOMPARE(due.size(), 1);
             QCOMPARE(linesOf(due.first().decodes), expected);
@@ -85,9 +94,9 @@ private slots:
     {
         DecodeQueue queue(2);
         queue.add(1);
-        queue.report(1, one(QStringLiteral("000001 -10 0.1 1012 ~ CQ A")));
+        queue.report(1, 0, one(QStringLiteral("000001 -10 0.1 1012 ~ CQ A")));
         const QVector<FinishedPeriod> due =
-            queue.report(1, one(QStringLiteral("000001 -8 0.1 1015 ~ CQ A")));
+            queue.report(1, 0, one(QStringLiteral("000001 -8 0.1 1015 ~ CQ A")));
         QCOMPARE(linesOf(due.first().decodes),
                  QStringList(QStringLiteral("000001 -8 0.1 1015 ~ CQ A")));
     }
@@ -97,8 +106,8 @@ private slots:
         DecodeQueue queue(1);
         queue.add(1);
         queue.add(2);
-        QVERIFY(queue.report(2, one(QStringLiteral("~"))).isEmpty());
-        const QVector<FinishedPeriod> due = queue.report(1, {});
+        QVERIFY(queue.report(2, 0, one(QStringLiteral("~"))).isEmpty());
+        const QVector<FinishedPeriod> due = queue.report(1, 0, {});
         QCOMPARE(due.size(), 2);
         QVERIFY(due.first().decodes.isEmpty());
     }
@@ -106,11 +115,11 @@ private slots:
     void nothingIsTakenForAPeriodThatIsNotPending()
     {
         DecodeQueue queue(1);
-        QVERIFY(queue.report(1, one(QStringLiteral("~"))).isEmpty());
+        QVERIFY(queue.report(1, 0, one(QStringLiteral("~"))).isEmpty());
         queue.add(1);
-        QCOMPARE(queue.report(1, {}).size(), 1);
+        QCOMPARE(queue.report(1, 0, {}).size(), 1);
         QVERIFY(!queue.isPending(1));
-        QVERIFY(queue.report(1, {}).isEmpty());
+        QVERIFY(queue.report(1, 0, {}).isEmpty());
     }
 
     void aPeriodQueuedAgainIsGatheredAnewAndGivenOnce()
@@ -118,15 +127,15 @@ private slots:
         DecodeQueue queue(2);
         queue.add(1);
         queue.add(2);
-        queue.report(1, one(QStringLiteral("~ old")));
-        queue.report(2, {});
-        queue.report(2, one(QStringLiteral("~ old"))); // finished, and waits for the first
+        queue.report(1, 0, one(QStringLiteral("~ old")));
+        queue.report(2, 0, {});
+        queue.report(2, 0, one(QStringLiteral("~ old"))); // finished, and waits for the first
         queue.add(1);
         queue.add(2);
-        QVERIFY(queue.report(1, one(QStringLiteral("~ new"))).isEmpty());
-        QCOMPARE(queue.report(1, {}).size(), 1);
-        QVERIFY(queue.report(2, {}).isEmpty());
-        const QVector<FinishedPeriod> due = queue.report(2, one(QStringLiteral("~ new")));
+        QVERIFY(queue.report(1, 0, one(QStringLiteral("~ new"))).isEmpty());
+        QCOMPARE(queue.report(1, 0, {}).size(), 1);
+        QVERIFY(queue.report(2, 0, {}).isEmpty());
+        const QVector<FinishedPeriod> due = queue.report(2, 0, one(QStringLiteral("~ new")));
         QCOMPARE(due.size(), 1);
         QCOMPARE(linesOf(due.first().decodes), QStringList(QStringLiteral("~ new")));
     }
@@ -136,12 +145,12 @@ private slots:
         DecodeQueue queue(1);
         queue.add(1);
         queue.add(2);
-        queue.report(2, {});
+        queue.report(2, 0, {});
         queue.clear();
         QCOMPARE(queue.pendingCount(), 0);
-        QVERIFY(queue.report(1, {}).isEmpty());
+        QVERIFY(queue.report(1, 0, {}).isEmpty());
         queue.add(3);
-        QCOMPARE(queue.report(3, {}).size(), 1);
+        QCOMPARE(queue.report(3, 0, {}).size(), 1);
     }
 };
 

@@ -506,6 +506,27 @@ private slots:
         QCOMPARE(log.lines(), lines);
     }
 
+    // As after a crash whose core dump takes its time.
+    void failuresAreLoggedInTheOrderOfThePeriods()
+    {
+        const ScriptedDecoder decoder(QStringLiteral(
+            "case $slot in *_142315_S2_*) flock -s $here/gate true; exit 3;; esac; echo '~ x'"));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        const LogTrace log;
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->queueDecodeSlices(boundaryMs + KiwiAudioCapture::periodMs, silence);
+        QTRY_COMPARE(batches.size(), 7); // all but the one that waits
+        QCOMPARE(log.lines(), QStringList());
+        gate.open();
+        QTRY_COMPARE(periods.size(), 2);
+        const QString worker = QStringLiteral("Period %1, worker 2 (725-1550 Hz): %2");
+        QCOMPARE(
+            log.lines(),
+            QStringList({worker.arg(QLatin1String("14:23:15"),
+                                    QLatin1String("no decodes, jt9 ended with exit code 3")),
+                         worker.arg(QLatin1String("14:23:30"), QLatin1String("decoding again"))}));
+    }
+
     void aDecoderThatHangsCostsItsWorkersLines()
     {
         const ScriptedDecoder decoder(

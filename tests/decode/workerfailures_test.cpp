@@ -70,7 +70,7 @@ private slots:
     void namesThePeriodTheWorkerAndItsBand()
     {
         WorkerFailures failures;
-        QCOMPARE(failures.report(period, 1, killed),
+        QCOMPARE(failures.report(period, 1, decodeBand(1), killed),
                  QStringLiteral("Period 14:23:15, worker 2 (725-1550 Hz): no decodes, jt9 was "
                                 "killed by signal 1"));
     }
@@ -78,27 +78,27 @@ private slots:
     void withoutAFailureThereIsNothingToSay()
     {
         WorkerFailures failures;
-        QCOMPARE(failures.report(period, 0, none), QString());
-        QCOMPARE(failures.report(later, 0, none), QString());
+        QCOMPARE(failures.report(period, 0, decodeBand(0), none), QString());
+        QCOMPARE(failures.report(later, 0, decodeBand(0), none), QString());
     }
 
     void saysAFailureOnceUntilItEnds()
     {
         WorkerFailures failures;
-        QVERIFY(!failures.report(period, 0, exitCode1).isEmpty());
-        QCOMPARE(failures.report(later, 0, exitCode1), QString());
-        QCOMPARE(failures.report(later, 0, exitCode1), QString());
-        QCOMPARE(failures.report(later, 0, none),
+        QVERIFY(!failures.report(period, 0, decodeBand(0), exitCode1).isEmpty());
+        QCOMPARE(failures.report(later, 0, decodeBand(0), exitCode1), QString());
+        QCOMPARE(failures.report(later, 0, decodeBand(0), exitCode1), QString());
+        QCOMPARE(failures.report(later, 0, decodeBand(0), none),
                  QStringLiteral("Period 14:23:30, worker 1 (0-825 Hz): decoding again"));
-        QCOMPARE(failures.report(later, 0, none), QString());
-        QVERIFY(!failures.report(later, 0, exitCode1).isEmpty());
+        QCOMPARE(failures.report(later, 0, decodeBand(0), none), QString());
+        QVERIFY(!failures.report(later, 0, decodeBand(0), exitCode1).isEmpty());
     }
 
     void saysAChangeOfCauseOrDetail()
     {
         WorkerFailures failures;
         for (const Jt9Failure &failure : {exitCode1, exitCode2, killed, exitCode1}) {
-            const QString said = failures.report(period, 0, failure);
+            const QString said = failures.report(period, 0, decodeBand(0), failure);
             QVERIFY(said.endsWith(failureText(failure)));
         }
     }
@@ -107,11 +107,11 @@ private slots:
     {
         WorkerFailures failures;
         for (int worker = 0; worker < 4; ++worker) {
-            QVERIFY(!failures.report(period, worker, exitCode1).isEmpty());
+            QVERIFY(!failures.report(period, worker, decodeBand(worker), exitCode1).isEmpty());
         }
-        QVERIFY(!failures.report(later, 3, none).isEmpty());
+        QVERIFY(!failures.report(later, 3, decodeBand(3), none).isEmpty());
         for (int worker = 0; worker < 3; ++worker) {
-            QCOMPARE(failures.report(later, worker, exitCode1), QString());
+            QCOMPARE(failures.report(later, worker, decodeBand(worker), exitCode1), QString());
         }
     }
 };
