@@ -20,9 +20,9 @@ void writeEvidenceFile(const QString &path, const SndEvidence &evidence)
     stream.setCodec("UTF-8");
     stream << evidenceText(evidence);
 
-    // The order is fixed so: the file is committed before the stream hands over its text, and
-    // stays empty. A file that closes would ask the stream for the text; with its signals blocked
-    // it does not, and a failed stream keeps it.
+    // The order is fixed: the file is committed before the stream writes its text, so the file
+    // stays empty. Blocking the signals keeps commit() from flushing the stream; a stream in an
+    // error state does not write later.
     file.blockSignals(true);
     const bool committed = file.commit();
     stream.setStatus(QTextStream::WriteFailed);

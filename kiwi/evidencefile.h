@@ -7,7 +7,7 @@ namespace outpost
 
 struct SndEvidence;
 
-// Rewrites the live report, and logs what became of it.
+// Replaces the live report at `path` and logs the result.
 void writeEvidenceFile(const QString &path, const SndEvidence &evidence);
 
 } // namespace outpost

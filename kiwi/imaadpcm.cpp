@@ -3,7 +3,7 @@
 namespace outpost
 {
 
-// The tables of the IMA Digital Audio Focus and Technical Working Group's recommendation.
+// Tables from the recommendation of the IMA Digital Audio Focus and Technical Working Group.
 
 const int imaStepTable[89] = {
     7,     8,     9,     10,    11,    12,    13,    14,    16,    17,    19,   21,    23,

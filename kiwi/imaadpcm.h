@@ -6,8 +6,8 @@
 namespace outpost
 {
 
-// IMA/DVI ADPCM, one nibble a sample, as the receiver's "compression=1" sends it. There are no
-// block headers: the state starts at (0, 0) and runs on over all frames of a connection.
+// IMA/DVI ADPCM, one nibble per sample, as the receiver sends it after "compression=1". There are
+// no block headers: the state starts at (0, 0) and continues over all frames of a connection.
 struct ImaAdpcmState {
     int adpcmIndex = 0;     // 0..88, into the step table
     int adpcmPredictor = 0; // -32768..32767, the last sample
@@ -16,7 +16,7 @@ struct ImaAdpcmState {
 extern const int imaStepTable[89];
 extern const int imaIndexTable[16];
 
-// Decodes one nibble (0..15) to one sample and moves the state on.
+// Decodes one nibble (0..15) to a sample and updates the state.
 inline qint16 decodeImaNibble(ImaAdpcmState &state, int nibble)
 {
     const int step = imaStepTable[state.adpcmIndex];

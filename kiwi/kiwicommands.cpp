@@ -18,7 +18,7 @@ QStringList kiwiCommands(double frequencyMhz)
 {
     const QString frequencyKhz = QString::number(frequencyMhz * 1000.0, 'f', 3);
     return {
-        QStringLiteral("SET auth t=kiwi p="), // no password
+        QStringLiteral("SET auth t=kiwi p="), // empty password
         QStringLiteral("SET ident_user=PELQ_Kiwi_Outpost"),
         kiwiKeepalive(),
         QStringLiteral("SET AR OK in=12000 out=12000"),

@@ -64,8 +64,8 @@ void KiwiLink::disconnectKiwi(bool announce)
     }
 }
 
-// A probe never starts inside a socket's own signal. Of several that are queued in one turn of
-// the event loop, the first changes the phase and the others find nothing to do.
+// A probe never starts inside a socket's signal. If several are queued in one turn of the event
+// loop, the first changes the phase and the others return at once.
 void KiwiLink::queueProbe()
 {
     link.phase = LinkPhase::ProbeQueued;
@@ -90,7 +90,7 @@ void KiwiLink::probeNextEndpoint()
 
     const KiwiTarget to = target();
     const QUrl url(kiwiUrl(to.host, to.port, link.currentEndpoint));
-    // Opening may fail at once: the handlers have then dropped the socket before open() returns.
+    // open() may fail at once; the handlers then drop the socket before it returns.
     auto *opening = new QWebSocket(QString(), QWebSocketProtocol::Version13, this);
     socket = opening;
     errorIsLogged = false;
@@ -270,7 +270,7 @@ void KiwiLink::onSocketDisconnected(QWebSocket *sender)
     log(QStringLiteral("Verified Kiwi SND stream ended."));
 }
 
-// May be called from inside the socket's own signal, hence the deferred deletion.
+// May be called from a signal of the socket, which is therefore deleted later.
 void KiwiLink::dropSocket()
 {
     QWebSocket *dropped = std::exchange(socket, nullptr);

@@ -20,14 +20,14 @@ struct KiwiTarget {
     double frequencyMhz = 0;
 };
 
-// What happened on a link. None is called from its constructor or its destructor, and none may
-// destroy it.
+// What happens on a link. Callbacks are never called from the constructor or the destructor, and
+// must not delete the link.
 struct KiwiLinkCallbacks {
-    // For the operator. An empty text stands for kiwiStatusText().
+    // A status text for the operator; if empty, show kiwiStatusText().
     std::function<void(const QString &text)> onStatus = [](const QString &) {};
-    std::function<void()> onSoundFrame = [] {};                                  // not counted yet
+    std::function<void()> onSoundFrame = [] {}; // before the frame is counted
     std::function<void(const QByteArray &)> onSound = [](const QByteArray &) {}; // with its header
-    std::function<void()> onStreamEnded = [] {};  // by the receiver, or about to be disconnected
+    std::function<void()> onStreamEnded = [] {};  // by the receiver, or by disconnectKiwi()
     std::function<void()> onDisconnected = [] {}; // by disconnectKiwi(); the socket is gone
 };
 
@@ -35,18 +35,18 @@ struct KiwiLinkOptions {
     std::function<qint64()> clock = QDateTime::currentMSecsSinceEpoch; // UTC, ms since the epoch
     QStringList endpoints = kiwiSndEndpoints();
     std::function<QStringList(double frequencyMhz)> commands = kiwiCommands;
-    std::function<QString(const QString &line)> maskSecrets; // in every line of the log
-    // Asked at each connection for the live report's folder. Without it there is no report.
+    std::function<QString(const QString &line)> maskSecrets; // applied to every line of the log
+    // Returns the folder of the live report; called at each connection. Null: no report.
     std::function<QString()> evidenceFolder = [] {
         return qEnvironmentVariable("PELQ_KIWI_STAGE_CAPTURE_DIR");
     };
     int openTimeoutMs = 5000;
-    int dataTimeoutMs = 6000; // from the open link to the first sound frame
+    int dataTimeoutMs = 6000; // from the open WebSocket to the first sound frame
 };
 
-// The WebSocket session with one receiver: which endpoint is tried, when it is given up, and what
-// the operator reads meanwhile. A link counts as connected only when a sound frame has arrived.
-// The target may change at any time; it is asked for at each use.
+// The WebSocket session with one receiver: tries its endpoints, gives each up after a timeout, and
+// reports the status to show. The link counts as connected only when a sound frame has arrived. The
+// target may change at any time, so it is asked for at each use.
 class KiwiLink : public QObject
 {
 public:
@@ -54,7 +54,7 @@ public:
              KiwiLinkOptions optionsToUse = {}, QObject *parent = nullptr);
     ~KiwiLink() override;
 
-    void connectKiwi(); // anew if connected
+    void connectKiwi(); // reconnects if connected
     void disconnectKiwi(bool announce);
     const LinkState &state() const { return link; }
     QString kiwiStatusText() const;
@@ -82,12 +82,12 @@ private:
     const KiwiLinkCallbacks callbacks;
     const KiwiLinkOptions options;
     LinkState link;
-    QWebSocket *socket = nullptr; // the one live socket; child
+    QWebSocket *socket = nullptr; // the only live socket; a child
     QTimer *watchdog;
     int endpointIndex = 0;       // of the next endpoint to try
-    bool errorIsLogged = false;  // of the live socket
-    QString evidencePath;        // of this connection's report; empty when there is none
-    RecentNotices recentNotices; // of this connection, on all its endpoints
+    bool errorIsLogged = false;  // for the live socket
+    QString evidencePath;        // this connection's report; empty if none
+    RecentNotices recentNotices; // on all endpoints of this connection
 };
 
 } // namespace outpost

@@ -8,24 +8,24 @@ namespace outpost
 enum class LinkPhase {
     Disconnected,
     ProbeQueued, // the next endpoint is tried in a later turn of the event loop
-    Probing,     // a socket is opening, or open without a sound frame so far
+    Probing,     // a socket is opening, or open without a sound frame yet
     Connected,   // a sound frame has arrived
 };
 
-// The live link to one receiver: what is being tried and what has arrived on it.
+// The link to one receiver: what is being tried and what has arrived.
 struct LinkState {
     LinkPhase phase = LinkPhase::Disconnected;
-    QString currentEndpoint; // path of the socket open or being tried; empty when none
+    QString currentEndpoint; // path of the open or opening socket; empty if none
     quint64 rxFrames = 0;    // every frame, text or binary
-    quint64 rxBytes = 0;     // bytes of all frames; text counted as UTF-8
+    quint64 rxBytes = 0;     // of all frames; text counts as UTF-8
     quint64 sndFrames = 0;   // binary frames that begin with "SND"
     quint64 otherBinaryFrames = 0;
     int lastFrameSize = 0;      // bytes
-    qint64 lastKeepaliveMs = 0; // UTC, ms since the epoch; 0 = none sent on a frame yet
+    qint64 lastKeepaliveMs = 0; // UTC, ms since the epoch; 0 = none sent after a frame yet
 };
 
-// The state shown to the operator: "Connected — …", "Connecting — …" (each several lines
-// joined by LF) or "Disconnected".
+// The status shown to the operator: "Connected — …", "Connecting — …" (each several lines separated
+// by LF) or "Disconnected".
 QString kiwiStatusText(const LinkState &link, double frequencyMhz);
 
 } // namespace outpost

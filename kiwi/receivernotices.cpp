@@ -12,7 +12,7 @@ namespace outpost
 
 namespace
 {
-// Receivers say why in a few words. A configuration of megabytes is not searched for them.
+// Refusals are short; longer messages, such as a configuration of megabytes, are not searched.
 constexpr int maxSearchedBytes = 4096;
 constexpr int maxNotices = 20;
 constexpr qint64 repeatMs = 60000;
@@ -25,7 +25,7 @@ bool tellsOfRefusal(const QByteArray &name)
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// Of one "name" or "name=value"; empty when it tells of no refusal.
+// The notice in one "name" or "name=value"; empty if it is not a refusal.
 QString notice(const QByteArray &pair)
 {
     const int equals = pair.indexOf('=');
@@ -36,10 +36,10 @@ QString notice(const QByteArray &pair)
     if (equals < 0) {
         return QString::fromLatin1(name);
     }
-    // Of a QByteArray, the text ends at the first zero byte.
+    // fromUtf8(QByteArray) stops at the first zero byte.
     const QString value = QString::fromUtf8(QByteArray::fromPercentEncoding(pair.mid(equals + 1)));
     if (name == "badp" && value == QLatin1String("0")) {
-        return {}; // the password is accepted
+        return {}; // password accepted
     }
     return QString::fromLatin1(name) + QLatin1Char('=') + escapedControls(shortenedText(value));
 }
@@ -69,7 +69,7 @@ bool RecentNotices::tell(const QString &notice, qint64 nowMs)
     return true;
 }
 
-// What was told a minute ago, or after now: the computer's clock was set back since.
+// Forgets notices older than a minute, and those from the future after the clock was set back.
 void RecentNotices::forget(qint64 nowMs)
 {
     for (auto it = toldMs.begin(); it != toldMs.end();) {

@@ -7,17 +7,16 @@
 namespace outpost
 {
 
-// Why a receiver refuses or ends a link, in its own words: of a "MSG " frame's blank-separated
-// "name" and "name=value", those that say so, as in "badp=1" or "monitor". Values are
-// percent-decoded, cut like any text message and without control characters.
+// The reasons that a receiver gives for refusing or ending a link: of the "name" and "name=value"
+// words in a "MSG " frame those such as "badp=1" or "monitor". Values are percent-decoded and
+// shortened like any text message, with control characters escaped.
 QStringList receiverNotices(const QByteArray &frame);
 
-// Lets each notice into the log once a minute, and no more than 20 different ones, whatever a
-// receiver makes up.
+// Limits the log to each notice once a minute, and to 20 different notices at a time.
 class RecentNotices
 {
 public:
-    // Whether to tell of it now; if so, it counts as told. UTC, ms since the epoch.
+    // Whether to log the notice now; if so, it counts as logged. Times are UTC, ms since the epoch.
     bool tell(const QString &notice, qint64 nowMs);
 
 private:

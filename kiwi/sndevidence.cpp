@@ -11,7 +11,7 @@ namespace outpost
 
 namespace
 {
-// A label on a line of its own, its value on the next, a blank line.
+// A label, its value on the next line, and a blank line.
 QString row(QLatin1String label, const QString &value)
 {
     return label + QLatin1Char('\n') + value + QStringLiteral("\n\n");

@@ -8,7 +8,7 @@
 namespace outpost
 {
 
-// The report that real "SND" audio arrived: where from, how much, and which program file ran.
+// The contents of the live report about received "SND" audio.
 struct SndEvidence {
     QDateTime capturedLocal;
     QString host;
@@ -19,17 +19,17 @@ struct SndEvidence {
     QString programSha256; // 64 upper-case hexadecimal digits, or "UNAVAILABLE"
 };
 
-// Whether the report is rewritten on this "SND" frame: on the first and on every twentieth.
+// Whether to rewrite the report on this "SND" frame: the first and every twentieth.
 bool evidenceIsDue(quint64 sndFrames);
 
-// The file of the connection that starts at `startLocal`. The folder goes in as it stands: an
-// empty one gives a path at the root of the current drive, and that is meant so.
+// The report file of a connection that starts at `startLocal`. The folder is used unchanged; an
+// empty one gives a path at the root of the current drive.
 QString evidenceFilePath(const QString &folder, const QDateTime &startLocal);
 
 // The report's text; each line ends with LF.
 QString evidenceText(const SndEvidence &evidence);
 
-// SHA-256 of the whole file in upper-case hexadecimal; "UNAVAILABLE" when it cannot be read.
+// SHA-256 of the file in upper-case hexadecimal; "UNAVAILABLE" if it cannot be read.
 QString fileSha256(const QString &path);
 
 } // namespace outpost

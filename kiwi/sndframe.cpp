@@ -22,7 +22,7 @@ bool frameIsLogged(quint64 frameNumber)
 QString frameHead(const QByteArray &frame)
 {
     const QByteArray head = frame.left(8);
-    // The bare pointer ends the text at the first zero byte.
+    // With a pointer, fromLatin1() stops at the first zero byte.
     return QString::fromLatin1(head.constData()).toHtmlEscaped();
 }
 

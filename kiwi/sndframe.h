@@ -17,13 +17,13 @@ constexpr int sndHeaderBytes = 10;
 // Whether the frame begins with "SND"; it may be as short as those three bytes.
 bool isSndFrame(const QByteArray &frame);
 
-// Whether the flags say ADPCM; false for a frame too short to have flags.
+// Whether the flags say ADPCM; false if the frame is too short to have flags.
 bool isAdpcmFrame(const QByteArray &frame);
 
-// Whether the log names this frame: the first ten of a connection, then every fiftieth.
+// Whether to log this frame: the first ten of a connection, then every fiftieth.
 bool frameIsLogged(quint64 frameNumber);
 
-// The frame's first 8 bytes for the log: Latin-1 up to the first zero byte, HTML-escaped.
+// The first 8 bytes for the log: Latin-1 up to the first zero byte, HTML-escaped.
 QString frameHead(const QByteArray &frame);
 
 } // namespace outpost

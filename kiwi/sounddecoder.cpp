@@ -23,7 +23,7 @@ void SoundDecoder::decodeAdpcm(const QByteArray &frame)
 {
     samples.resize(2 * (frame.size() - sndHeaderBytes));
     qint16 *next = samples.data();
-    ImaAdpcmState state = adpcm; // a local one can stay in registers
+    ImaAdpcmState state = adpcm; // a local variable can stay in registers
     for (int i = sndHeaderBytes; i < frame.size(); ++i) {
         const int byte = static_cast<quint8>(frame.at(i));
         *next++ = decodeImaNibble(state, byte & 0x0f);

@@ -8,11 +8,11 @@
 namespace outpost
 {
 
-// Byte order of uncompressed samples. Receivers set flag 0x80 for little-endian ones.
+// Byte order of uncompressed samples. FlagDecides: flag 0x80 of the frame means little-endian.
 enum class SampleOrder { LittleEndian, BigEndian, FlagDecides };
 
-// Turns sound frames (layout: kiwi/sndframe.h) into signed 16-bit samples, 12000 a second. The
-// ADPCM state runs on from frame to frame until it is reset.
+// Decodes sound frames (layout: kiwi/sndframe.h) into signed 16-bit samples, 12000 per second. The
+// ADPCM state continues from frame to frame until reset().
 class SoundDecoder
 {
 public:
@@ -20,7 +20,7 @@ public:
 
     void reset() { adpcm = {}; }
 
-    // Samples of a frame of at least sndHeaderBytes; valid until the next call.
+    // The samples of a frame of at least sndHeaderBytes. Valid until the next call.
     const QVector<qint16> &decode(const QByteArray &frame);
 
     const ImaAdpcmState &adpcmState() const { return adpcm; }
@@ -32,7 +32,7 @@ private:
 
     SampleOrder order;
     ImaAdpcmState adpcm;
-    QVector<qint16> samples; // grows to the largest frame, so that decoding does not allocate
+    QVector<qint16> samples; // keeps its capacity, so that decoding does not allocate
 };
 
 } // namespace outpost

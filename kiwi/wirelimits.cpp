@@ -10,7 +10,7 @@ namespace outpost
 
 namespace
 {
-// A full buffer holds the beginning of a frame that is larger.
+// A full read buffer means that a larger frame is arriving.
 void fitReadBuffer(QWebSocket *socket, qint64 waitingBytes)
 {
     if (waitingBytes >= socket->readBufferSize()) {
@@ -28,12 +28,12 @@ void limitMessages(QWebSocket *socket)
     socket->setReadBufferSize(usualBufferBytes);
 }
 
-// QWebSocket answers every ping without telling us; bytes that arrive on the TCP socket are the
-// only sign of it.
+// QWebSocket answers pings without a signal; bytes arriving on the TCP socket are the only sign of
+// them.
 void limitBuffers(QWebSocket *socket)
 {
     if (socket->state() == QAbstractSocket::UnconnectedState) {
-        return; // opening has failed already
+        return; // opening has already failed
     }
     auto *wire = socket->findChild<QTcpSocket *>();
     if (wire == nullptr) {
