@@ -4,6 +4,7 @@
 #include "app/termination.h"
 #include "base/frequency.h"
 #include "base/logline.h"
+#include "decode/decoderchooser.h"
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"
 #include "display/bridgestatusdialog.h"
@@ -35,7 +36,8 @@ namespace outpost
 MainWindow::MainWindow(StationOptions stationOptions)
     : options(std::move(stationOptions)), bridge(newBridge()), profiles(options.dataFolder),
       goodReceivers(options.dataFolder, options.settings),
-      sessionLog(options.dataFolder, options.clock, [this] { refreshSession(); })
+      sessionLog(options.dataFolder, options.clock, [this] { refreshSession(); }),
+      chooser(newDecoderChooser())
 {
     setWindowTitle(QStringLiteral("PELQ Kiwi Outpost"));
     resize(345, 245);
@@ -49,9 +51,9 @@ MainWindow::MainWindow(StationOptions stationOptions)
     buildCapture();
     loadStartupProfile();
     QTimer::singleShot(0, this, [this] {
-        findJt9(jt9PlacesOfThisSystem(profiles.profile().jt9Path,
-                                      QCoreApplication::applicationDirPath(),
-                                      QProcessEnvironment::systemEnvironment()));
+        chooser->findJt9(jt9PlacesOfThisSystem(profiles.profile().jt9Path,
+                                               QCoreApplication::applicationDirPath(),
+                                               QProcessEnvironment::systemEnvironment()));
     });
     if (options.start.connects) {
         QTimer::singleShot(0, this, [this] { connectAtStart(); });
@@ -102,7 +104,7 @@ MenuChoices MainWindow::menuChoices()
         capture->setDecodeDepth(depth); // from the decoder's next run on
         options.settings.save(QStringLiteral("decoder/depth"), depth);
     };
-    choices.selectJt9 = [this] { selectJt9(); };
+    choices.selectJt9 = [this] { chooser->selectJt9(); };
     choices.startBridge = [this] { startBridgeFromMenu(); };
     choices.stopBridge = [this] { stopBridgeFromMenu(); };
     choices.showBridgeAttachment = [this] { showBridgeAttachment(this, bridge->state()); };
@@ -252,6 +254,24 @@ void MainWindow::buildCapture()
                 this, [this, periodLabel, decodes] { appendDecodes(periodLabel, decodes); },
                 Qt::QueuedConnection);
         });
+}
+
+// With a profile named at the start, what is found is not saved.
+std::unique_ptr<DecoderChooser> MainWindow::newDecoderChooser()
+{
+    DecoderChooserCallbacks callbacks;
+    callbacks.onFound = [this](const QString &path) {
+        profiles.setJt9Path(path);
+        if (!options.start.profile) {
+            profiles.saveDefaultProfileQuietly();
+        }
+    };
+    callbacks.onSelected = [this](const QString &path) {
+        profiles.setJt9Path(path);
+        profiles.saveDefaultProfileQuietly();
+    };
+    return std::make_unique<DecoderChooser>(
+        this, [this] { return profiles.profile().jt9Path; }, callbacks);
 }
 
 void MainWindow::appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)

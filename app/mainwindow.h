@@ -9,20 +9,16 @@
 
 #include <QMainWindow>
 #include <QPointer>
-#include <QStringList>
-#include <functional>
+#include <QString>
+#include <QVector>
 #include <memory>
-#include <optional>
-
-class QDialog;
-class QLabel;
-class QTimer;
 
 namespace outpost
 {
 
 class BridgeStatusDialog;
 class DecodeTable;
+class DecoderChooser;
 class KiwiAudioCapture;
 class KiwiLink;
 class ReceiverDialog;
@@ -31,29 +27,22 @@ class StatusLogWindow;
 class StatusSummary;
 class WsjtBridge;
 struct Ft8Decode;
-struct Jt9Places;
 struct ReceiverInput;
 
 // The one window and the one owner of the station's state. It owns, sequences and displays;
 // parsing, encoding, merging and formatting are core units that it calls. Everything here runs
-// on the GUI thread. Each group of members is implemented in the files named above it.
+// on the GUI thread.
 class MainWindow : public QMainWindow
 {
 public:
     explicit MainWindow(StationOptions stationOptions = {});
     ~MainWindow() override;
 
-    // ---- app/receiverlink.cpp ----
     void connectKiwi();
     void disconnectKiwi(bool announce);
     QString kiwiStatusText() const;
     void setKiwiStatus(const QString &text); // an empty text shows kiwiStatusText()
 
-    // ---- decode/choosedecoder.cpp ----
-    void findJt9(const Jt9Places &places);
-    void selectJt9();
-
-    // ---- app/mainwindow.cpp: the decodes and the views of the station ----
     void appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
     void clearDecodes();
     void editHighlightCalls();
@@ -61,15 +50,14 @@ public:
     void showStationDisplay();
     void refreshStationDisplay();
 
-    // ---- app/mainwindow.cpp: the bridge ----
     void onDecodesDelivered(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
     void startBridgeFromMenu();
     void stopBridgeFromMenu();
     void showBridgeStatusDialog();
     void refreshBridgeStatus();
 
-    // ---- store ----
     ProfileStore &profileStore() { return profiles; }
+    const DecoderChooser &decoderChooser() const { return *chooser; }
     void showReceiverDialog();
     void recordGoodReceiver(int decodeCount);
     void startStatusSession();
@@ -78,25 +66,21 @@ public:
     void showStatusLogWindow();
 
 private:
-    // ---- app/mainwindow.cpp ----
     MenuChoices menuChoices();
     void buildDecodeTable();
     void fitToDecodes(int tableWidth);
     void buildClearButton();
     void buildCapture();
+    std::unique_ptr<DecoderChooser> newDecoderChooser();
     WsjtBridge *newBridge();
     void prepareForLogOff();
     void connectAtStart();
     qint64 nowMs() const { return options.clock(); }
 
-    // ---- app/receiverlink.cpp ----
+    // app/receiverlink.cpp
     void buildLink();
     void takeSound(const QByteArray &frame);
 
-    // ---- decode/choosedecoder.cpp ----
-    void useJt9(const QString &path); // publishes it to the decode workers
-
-    // ---- store ----
     void loadStartupProfile();
     void applyReceiver(const ReceiverInput &input);
     void refreshSession();
@@ -125,6 +109,7 @@ private:
     ProfileStore profiles;
     GoodReceiverStore goodReceivers;
     SessionLog sessionLog;
+    const std::unique_ptr<DecoderChooser> chooser;
     ReceiverDialog *receiverDialog = nullptr; // while it is open
     QPointer<StatusLogWindow> statusLogWindow;
 };

@@ -1,6 +1,7 @@
 // A start with options: what the window then has, and what it leaves alone.
 
 #include "base/settings.h"
+#include "decode/decoderchooser.h"
 #include "decode/jt9locator.h"
 #include "tests/fixture/receiverform.h"
 #include "tests/fixture/teststation.h"
@@ -66,7 +67,7 @@ private slots:
         StartOptions options = withProfile();
         options.profile->profile.jt9Path.clear();
         start(options);
-        window->findJt9({{decoder.path()}, {}, {}});
+        window->decoderChooser().findJt9({{decoder.path()}, {}, {}});
         QVERIFY(trace->contains(QStringLiteral("JT9 decoder ready: ") + decoder.path()));
         QCOMPARE(qgetenv("PELQ_JT9_PATH"), QFile::encodeName(decoder.path()));
         QVERIFY(!hasDataFile(saved));

@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 #include "base/datapaths.h"
+#include "decode/decoderchooser.h"
 #include "decode/ft8decode.h"
 #include "decode/jt9locator.h"
 #include "tests/fixture/home.h"
@@ -88,7 +89,7 @@ private slots:
         testHome().writeProfile({{QStringLiteral("BridgePort"), port}});
         const LogTrace trace;
         MainWindow window;
-        window.findJt9({{QDir::toNativeSeparators(decoder->path())}, {}, {}});
+        window.decoderChooser().findJt9({{QDir::toNativeSeparators(decoder->path())}, {}, {}});
         const QJsonObject saved = QJsonDocument::fromJson(fileBytes(defaultProfilePath())).object();
         QCOMPARE(saved.value(QLatin1String("Jt9Path")).toString(), decoder->path());
     }

@@ -1,6 +1,7 @@
 // How the station comes by its decoder: the search at the start, the choice by hand.
 
 #include "app/mainwindow.h"
+#include "decode/decoderchooser.h"
 #include "decode/jt9locator.h"
 #include "tests/fixture/filedialogs.h"
 #include "tests/fixture/home.h"
@@ -17,6 +18,7 @@
 #include <QScopeGuard>
 #include <QTest>
 #include <QTextCodec>
+#include <QWidget>
 
 namespace outpost
 {
@@ -72,6 +74,18 @@ void selectByHand(const MainWindow &window)
                     QStringLiteral("Select Installed jt9.exe...")});
 }
 
+// The part alone, and what it told.
+struct LoneChooser {
+    QWidget parent;
+    QString current;
+    QStringList found;
+    QStringList selected;
+    const DecoderChooser chooser{&parent,
+                                 [this] { return current; },
+                                 {[this](const QString &path) { found << path; },
+                                  [this](const QString &path) { selected << path; }}};
+};
+
 // What is saved and what is published while the trace says that a decoder is in use.
 class WhileLogged
 {
@@ -96,7 +110,7 @@ private:
 
 } // namespace
 
-class ChooseDecoderTest : public QObject
+class DecoderChooserTest : public QObject
 {
     Q_OBJECT
 
@@ -137,7 +151,7 @@ private:
     const ScriptedDecoder decoder{"exit 0"};
 };
 
-void ChooseDecoderTest::init()
+void DecoderChooserTest::init()
 {
     testHome().clear();
     qunsetenv("PELQ_JT9_PATH");
@@ -145,7 +159,7 @@ void ChooseDecoderTest::init()
         {{QStringLiteral("Jt9Path"), decoder.path()}, {QStringLiteral("BridgePort"), freePort()}});
 }
 
-std::unique_ptr<MainWindow> ChooseDecoderTest::startedWindow()
+std::unique_ptr<MainWindow> DecoderChooserTest::startedWindow()
 {
     auto window = std::make_unique<MainWindow>();
     if (!QTest::qWaitFor([this] { return publishedPath() == decoder.path(); })) {
@@ -154,7 +168,7 @@ std::unique_ptr<MainWindow> ChooseDecoderTest::startedWindow()
     return window;
 }
 
-void ChooseDecoderTest::theStartSearchesOnceTheEventLoopRuns()
+void DecoderChooserTest::theStartSearchesOnceTheEventLoopRuns()
 {
     const LogTrace trace;
     const MainWindow window;
@@ -165,7 +179,7 @@ void ChooseDecoderTest::theStartSearchesOnceTheEventLoopRuns()
 }
 
 #ifndef Q_OS_WIN
-void ChooseDecoderTest::theStartLooksInThePlacesOfTheProgram_data()
+void DecoderChooserTest::theStartLooksInThePlacesOfTheProgram_data()
 {
     QTest::addColumn<QString>("folder");
     QTest::newRow("its own folder") << QStringLiteral("program");
@@ -173,7 +187,7 @@ void ChooseDecoderTest::theStartLooksInThePlacesOfTheProgram_data()
 }
 
 // The program itself, in a folder from which a decoder may be used: no build folder is one.
-void ChooseDecoderTest::theStartLooksInThePlacesOfTheProgram()
+void DecoderChooserTest::theStartLooksInThePlacesOfTheProgram()
 {
     QFETCH(QString, folder);
     testHome().writeProfile({{QStringLiteral("BridgePort"), freePort()}});
@@ -193,43 +207,42 @@ void ChooseDecoderTest::theStartLooksInThePlacesOfTheProgram()
 }
 #endif
 
-void ChooseDecoderTest::foundNowhereTellsSo()
+void DecoderChooserTest::foundNowhereTellsSo()
 {
-    const auto window = startedWindow();
-    const QByteArray profile = fileBytes(profileFile());
+    LoneChooser lone;
     const LogTrace trace;
     SeenPlainBox box;
     QStringList linesBeforeBox;
     whenDialogOpens([&](QWidget *opened) {
         linesBeforeBox = trace.lines();
-        box = closePlainBox(qobject_cast<QMessageBox *>(opened), window.get());
+        box = closePlainBox(qobject_cast<QMessageBox *>(opened), &lone.parent);
     });
-    window->findJt9(placesOf({testHome().path(QStringLiteral("nothing/jt9.exe"))},
-                             {testHome().path(QStringLiteral("nowhere"))}));
+    lone.chooser.findJt9(placesOf({testHome().path(QStringLiteral("nothing/jt9.exe"))},
+                                  {testHome().path(QStringLiteral("nowhere"))}));
     QCOMPARE(box.icon, QMessageBox::Warning);
     QCOMPARE(box.title, QStringLiteral("WSJT Decoder Not Found"));
     QCOMPARE(box.text, QStringLiteral("No installed WSJT jt9.exe was found."));
     QCOMPARE(linesBeforeBox, QStringList(QStringLiteral("JT9 finder: no usable jt9.exe found.")));
     QCOMPARE(trace.lines(), linesBeforeBox);
-    QCOMPARE(publishedPath(), decoder.path());
-    QCOMPARE(fileBytes(profileFile()), profile);
+    QCOMPARE(publishedPath(), QString());
+    QCOMPARE(lone.found, QStringList());
 }
 
-void ChooseDecoderTest::aFoundDecoderIsSavedAndPublished()
+void DecoderChooserTest::aFoundDecoderIsSavedAndPublished()
 {
     const auto window = startedWindow();
     const QString gone = testHome().path(QStringLiteral("gone/jt9.exe"));
     const QString first = installedUnder(QStringLiteral("WSJT/wsjtx/bin"));
     const QString second = installedUnder(QStringLiteral("WSJT/wsjtz/bin"));
     const LogTrace trace;
-    window->findJt9(placesOf({gone, first, second}));
+    window->decoderChooser().findJt9(placesOf({gone, first, second}));
     QCOMPARE(publishedPath(), first);
     QCOMPARE(savedPath(), first);
     QCOMPARE(trace.lines(), QStringList(QStringLiteral("JT9 decoder ready: ") + first));
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
 }
 
-void ChooseDecoderTest::aPathStillValidIsFoundFirstAndNotSavedAgain()
+void DecoderChooserTest::aPathStillValidIsFoundFirstAndNotSavedAgain()
 {
     // Not as the program writes it, so that writing it again would show.
     const QByteArray profile = "{\"Jt9Path\":\"" + decoder.path().toUtf8() +
@@ -242,50 +255,49 @@ void ChooseDecoderTest::aPathStillValidIsFoundFirstAndNotSavedAgain()
     QCOMPARE(QFileInfo(profileFile()).lastModified(), saved);
 }
 
-void ChooseDecoderTest::thePathIsComparedCleaned()
+void DecoderChooserTest::thePathIsComparedCleaned()
 {
-    const QString unclean =
+    LoneChooser lone;
+    lone.current =
         QString(decoder.path()).replace(QStringLiteral("/bin/"), QStringLiteral("/bin/.//../bin/"));
-    testHome().writeProfile(
-        {{QStringLiteral("Jt9Path"), unclean}, {QStringLiteral("BridgePort"), freePort()}});
-    const auto window = startedWindow();
-    QCOMPARE(savedPath(), unclean);
+    lone.chooser.findJt9(placesOf({decoder.path()}));
+    QCOMPARE(lone.found, QStringList());
+    QCOMPARE(publishedPath(), decoder.path());
 }
 
-void ChooseDecoderTest::thePathIsComparedInItsCase()
+void DecoderChooserTest::thePathIsComparedInItsCase()
 {
     const QString lower = installedUnder(QStringLiteral("wsjt/bin"));
     const QString upper = installedUnder(QStringLiteral("WSJT/bin"));
-    testHome().writeProfile(
-        {{QStringLiteral("Jt9Path"), lower}, {QStringLiteral("BridgePort"), freePort()}});
-    MainWindow window;
-    QTRY_COMPARE(publishedPath(), lower);
-    window.findJt9(placesOf({upper, lower}));
-    QCOMPARE(savedPath(), upper);
+    LoneChooser lone;
+    lone.current = lower;
+    lone.chooser.findJt9(placesOf({upper, lower}));
+    QCOMPARE(lone.found, QStringList(upper));
+    QCOMPARE(publishedPath(), upper);
 }
 
-void ChooseDecoderTest::aFoundDecoderIsSavedThenPublishedThenLogged()
+void DecoderChooserTest::aFoundDecoderIsSavedThenPublishedThenLogged()
 {
     const auto window = startedWindow();
     const QString found = installedUnder(QStringLiteral("WSJT/bin"));
     const WhileLogged logged;
-    window->findJt9(placesOf({found}));
+    window->decoderChooser().findJt9(placesOf({found}));
     QCOMPARE(logged.savedAndPublished(), QStringList() << found << found);
 }
 
-void ChooseDecoderTest::thePathIsPublishedInTheLocalEncoding()
+void DecoderChooserTest::thePathIsPublishedInTheLocalEncoding()
 {
-    const auto window = startedWindow();
+    const LoneChooser lone;
     const auto restore = qScopeGuard(
         [codec = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(codec); });
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
     const QString found = installedUnder(QStringLiteral("J\u00fcrgen/bin"));
-    window->findJt9(placesOf({found}));
+    lone.chooser.findJt9(placesOf({found}));
     QCOMPARE(qgetenv("PELQ_JT9_PATH"), found.toLatin1());
     QVERIFY(QDir(testHome().path(QStringLiteral("J\u00fcrgen"))).removeRecursively());
 }
 
-void ChooseDecoderTest::refusedFoldersAreNotUsed_data()
+void DecoderChooserTest::refusedFoldersAreNotUsed_data()
 {
     QTest::addColumn<QString>("folder");
     QTest::newRow("build") << QStringLiteral("WSJT/build");
@@ -294,34 +306,34 @@ void ChooseDecoderTest::refusedFoldersAreNotUsed_data()
     QTest::newRow("Debug") << QStringLiteral("WSJT/Debug");
 }
 
-void ChooseDecoderTest::refusedFoldersAreNotUsed()
+void DecoderChooserTest::refusedFoldersAreNotUsed()
 {
     QFETCH(QString, folder);
-    const auto window = startedWindow();
+    const LoneChooser lone;
     const QString refused = installedUnder(folder);
     const QString root = testHome().path(QStringLiteral("WSJT"));
-    const SeenBox box = answerBox([&] { window->findJt9(placesOf({refused}, {root})); });
+    const SeenBox box = answerBox([&] { lone.chooser.findJt9(placesOf({refused}, {root})); });
     QCOMPARE(box.title, QStringLiteral("WSJT Decoder Not Found"));
     const QString installed = installedUnder(QStringLiteral("WSJT/wsjtx/bin"));
-    window->findJt9(placesOf({refused}, {root}));
+    lone.chooser.findJt9(placesOf({refused}, {root}));
     QCOMPARE(publishedPath(), installed);
 }
 
-void ChooseDecoderTest::theLastModifiedUnderARootWins()
+void DecoderChooserTest::theLastModifiedUnderARootWins()
 {
-    const auto window = startedWindow();
+    const LoneChooser lone;
     const QString older = installedUnder(QStringLiteral("WSJT/a/bin"));
     const QString newer = installedUnder(QStringLiteral("WSJT/b/bin"));
     const QString oldest = installedUnder(QStringLiteral("WSJT/c/bin"));
     setModified(older, 2);
     setModified(newer, 1);
     setModified(oldest, 3);
-    window->findJt9(placesOf({}, {testHome().path(QStringLiteral("WSJT"))}));
+    lone.chooser.findJt9(placesOf({}, {testHome().path(QStringLiteral("WSJT"))}));
     QCOMPARE(publishedPath(), newer);
-    QCOMPARE(savedPath(), newer);
+    QCOMPARE(lone.found, QStringList(newer));
 }
 
-void ChooseDecoderTest::theFoundPathGoesToTheDefaultProfile()
+void DecoderChooserTest::theFoundPathGoesToTheDefaultProfile()
 {
     const auto window = startedWindow();
     const QString opened = testHome().path(QStringLiteral("opened.json"));
@@ -330,12 +342,12 @@ void ChooseDecoderTest::theFoundPathGoesToTheDefaultProfile()
         choose(*window, {QStringLiteral("File"), QStringLiteral("Open Profile...")});
     });
     const QString found = installedUnder(QStringLiteral("WSJT/bin"));
-    window->findJt9(placesOf({found}));
+    window->decoderChooser().findJt9(placesOf({found}));
     QCOMPARE(savedPath(), found);
     QCOMPARE(fileBytes(opened), QByteArray("{\"Serial\": \"44444\"}"));
 }
 
-void ChooseDecoderTest::theChoiceStartsInTheFolderOfTheDecoder_data()
+void DecoderChooserTest::theChoiceStartsInTheFolderOfTheDecoder_data()
 {
     QTest::addColumn<QString>("saved");
     const QString path = decoder.path();
@@ -344,46 +356,37 @@ void ChooseDecoderTest::theChoiceStartsInTheFolderOfTheDecoder_data()
     QTest::newRow("no decoder there any more") << QFileInfo(path).path() + QStringLiteral("/gone");
 }
 
-void ChooseDecoderTest::theChoiceStartsInTheFolderOfTheDecoder()
+void DecoderChooserTest::theChoiceStartsInTheFolderOfTheDecoder()
 {
     QFETCH(QString, saved);
-    const auto window = startedWindow();
-    const QString opened = testHome().path(QStringLiteral("opened.json"));
-    putFile(opened, QJsonDocument(QJsonObject{{QStringLiteral("Jt9Path"), saved}}).toJson());
-    chooseFile(opened, [&] {
-        choose(*window, {QStringLiteral("File"), QStringLiteral("Open Profile...")});
-    });
-    const SeenFileDialog dialog = chooseFile(QString(), [&] { selectByHand(*window); });
+    LoneChooser lone;
+    lone.current = saved;
+    const SeenFileDialog dialog = chooseFile(QString(), [&] { lone.chooser.selectJt9(); });
     QCOMPARE(dialog.title, QStringLiteral("Select Installed WSJT jt9.exe"));
     QCOMPARE(dialog.filters.join(QStringLiteral(";;")), jt9FileFilter());
     QCOMPARE(dialog.folder, QFileInfo(decoder.path()).path());
     QCOMPARE(dialog.suggestedName, QString());
 }
 
-void ChooseDecoderTest::theChoiceStartsAtTheRootWithoutADecoder()
+void DecoderChooserTest::theChoiceStartsAtTheRootWithoutADecoder()
 {
-    const auto window = startedWindow();
-    const QString blank = testHome().path(QStringLiteral("blank.json"));
-    putFile(blank, "{\"Jt9Path\": \"  \"}");
-    chooseFile(blank, [&] {
-        choose(*window, {QStringLiteral("File"), QStringLiteral("Open Profile...")});
-    });
-    const SeenFileDialog dialog = chooseFile(QString(), [&] { selectByHand(*window); });
+    LoneChooser lone;
+    lone.current = QStringLiteral("  ");
+    const SeenFileDialog dialog = chooseFile(QString(), [&] { lone.chooser.selectJt9(); });
     QCOMPARE(dialog.folder, QDir::rootPath());
 }
 
-void ChooseDecoderTest::aCancelledChoiceChangesNothing()
+void DecoderChooserTest::aCancelledChoiceChangesNothing()
 {
-    const auto window = startedWindow();
-    const QByteArray profile = fileBytes(profileFile());
+    const LoneChooser lone;
     const LogTrace trace;
-    chooseFile(QString(), [&] { selectByHand(*window); });
+    chooseFile(QString(), [&] { lone.chooser.selectJt9(); });
     QCOMPARE(trace.lines(), QStringList(QStringLiteral("Manual jt9.exe selection cancelled.")));
-    QCOMPARE(publishedPath(), decoder.path());
-    QCOMPARE(fileBytes(profileFile()), profile);
+    QCOMPARE(publishedPath(), QString());
+    QCOMPARE(lone.selected, QStringList());
 }
 
-void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold_data()
+void DecoderChooserTest::aChosenDecoderIsSavedPublishedAndTold_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("jt9.exe") << QStringLiteral("jt9.exe");
@@ -393,7 +396,7 @@ void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold_data()
 #endif
 }
 
-void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold()
+void DecoderChooserTest::aChosenDecoderIsSavedPublishedAndTold()
 {
     QFETCH(QString, name);
     const ScriptedDecoder native("exit 0");
@@ -423,7 +426,7 @@ void ChooseDecoderTest::aChosenDecoderIsSavedPublishedAndTold()
     QCOMPARE(savedPath(), path);
 }
 
-void ChooseDecoderTest::aChosenDecoderIsSavedThenPublishedThenLogged()
+void DecoderChooserTest::aChosenDecoderIsSavedThenPublishedThenLogged()
 {
     const QString path = installedUnder(QStringLiteral("WSJT/bin"));
     const auto window = startedWindow();
@@ -434,7 +437,7 @@ void ChooseDecoderTest::aChosenDecoderIsSavedThenPublishedThenLogged()
     QCOMPARE(logged.savedAndPublished(), QStringList() << path << path);
 }
 
-void ChooseDecoderTest::anotherChoiceIsRefused_data()
+void DecoderChooserTest::anotherChoiceIsRefused_data()
 {
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("name");
@@ -443,21 +446,20 @@ void ChooseDecoderTest::anotherChoiceIsRefused_data()
     QTest::newRow("another program") << QStringLiteral("WSJT/bin") << QStringLiteral("wsjtx.exe");
 }
 
-void ChooseDecoderTest::anotherChoiceIsRefused()
+void DecoderChooserTest::anotherChoiceIsRefused()
 {
     QFETCH(QString, folder);
     QFETCH(QString, name);
     const QString path = installedUnder(folder, name);
-    const auto window = startedWindow();
-    const QByteArray profile = fileBytes(profileFile());
+    const LoneChooser lone;
     const LogTrace trace;
     SeenPlainBox box;
     QStringList linesBeforeBox;
     chooseFile(
-        path, [&] { selectByHand(*window); },
+        path, [&] { lone.chooser.selectJt9(); },
         [&](QMessageBox *opened) {
             linesBeforeBox = trace.lines();
-            box = closePlainBox(opened, window.get());
+            box = closePlainBox(opened, &lone.parent);
         });
     QCOMPARE(box.icon, QMessageBox::Warning);
     QCOMPARE(box.title, QStringLiteral("Invalid WSJT Decoder"));
@@ -467,11 +469,11 @@ void ChooseDecoderTest::anotherChoiceIsRefused()
                             "are not accepted."));
     QCOMPARE(linesBeforeBox, QStringList());
     QCOMPARE(trace.lines(), QStringList(QStringLiteral("Rejected manual jt9.exe path: ") + path));
-    QCOMPARE(publishedPath(), decoder.path());
-    QCOMPARE(fileBytes(profileFile()), profile);
+    QCOMPARE(publishedPath(), QString());
+    QCOMPARE(lone.selected, QStringList());
 }
 
 } // namespace outpost
 
-OUTPOST_WINDOW_TEST_MAIN(outpost::ChooseDecoderTest)
-#include "choosedecoder_test.moc"
+OUTPOST_WINDOW_TEST_MAIN(outpost::DecoderChooserTest)
+#include "decoderchooser_test.moc"
