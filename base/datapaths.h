@@ -10,7 +10,7 @@ namespace outpost
 QString dataFolder();
 
 QString defaultProfilePath(const QString &folder = dataFolder());
-// initial path of Save Profile As
+// The initial path of Save Profile As.
 QString suggestedProfilePath(const QString &folder = dataFolder());
 QString frequencyFilePath(const QString &folder = dataFolder());
 QString goodReceiversPath(const QString &folder = dataFolder());

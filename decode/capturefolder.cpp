@@ -31,7 +31,7 @@ bool CaptureFolder::make()
 void CaptureFolder::choose()
 {
     constexpr int maxCopies = 100;
-    bool isAnothers = false; // `wanted`
+    bool isAnothers = false; // whether another copy has `wanted`
     QDir().mkpath(QFileInfo(wanted).path());
     for (int copy = 1; copy <= maxCopies; ++copy) {
         const QString candidate = copy == 1 ? wanted : wanted + QStringLiteral("-%1").arg(copy);
@@ -43,7 +43,7 @@ void CaptureFolder::choose()
             return;
         }
         if (attempt->error() != QLockFile::LockFailedError) {
-            break; // no lock can be had here
+            break; // locks do not work here
         }
         isAnothers = true;
     }

@@ -10,11 +10,10 @@ class QLockFile;
 namespace outpost
 {
 
-// The folder in which the decoders of this running copy of the program work. A second copy that
-// runs at the same time takes "<folder>-2", and so on: "<folder>.lock", beside the folder, is held
-// for as long as this lives and then removed. That of a copy that was killed is taken over. Nothing
-// is made before make() is called. Scratch folders that a killed copy left in the folder go as soon
-// as it is this copy's own.
+// The scratch root of this running copy of the program. A second copy that runs at the same time
+// uses "<folder>-2", and so on. The lock file "<folder>.lock" beside the folder is held for the
+// lifetime of this object; a stale lock file of a killed copy is taken over. Creates nothing before
+// make(). Scratch folders that a killed copy left behind are removed once the folder is locked.
 class CaptureFolder
 {
 public:
@@ -24,12 +23,12 @@ public:
     CaptureFolder(CaptureFolder &&) noexcept;
     CaptureFolder &operator=(CaptureFolder &&) noexcept;
 
-    // Makes the folder, with all parents; false when it cannot be made.
+    // Creates the folder and its parents; returns false on failure.
     bool make();
 
     QString path() const { return chosen; }
-    // False where no lock can be had: then other copies may work in the folder, too, unless one
-    // has it for its own. In that case this copy takes "<folder>-<process id>".
+    // False if locks do not work here. Other copies may then use the same folder, unless one of
+    // them holds its lock: in that case this copy uses "<folder>-<process id>".
     bool isOwn() const { return lock != nullptr; }
 
 private:
@@ -38,7 +37,7 @@ private:
     QString wanted;
     QString prefix; // of the scratch folders' names
     QString chosen;
-    std::unique_ptr<QLockFile> lock; // null until it is had
+    std::unique_ptr<QLockFile> lock; // null until the folder is locked
 };
 
 } // namespace outpost

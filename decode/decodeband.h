@@ -5,14 +5,14 @@
 namespace outpost
 {
 
-// The part of the audio spectrum, in Hz, that one of a period's four decode workers looks at.
+// A sub-band of the audio spectrum, in Hz. One worker decodes it.
 struct DecodeBand {
     int lowHz;
     int highHz;
 };
 
-// Neighbours overlap by 100 Hz so that a signal on an edge is decoded whole by at least one
-// worker; the merge removes the doubles. `worker` is 0..3; any other number gives 0 to 3000 Hz.
+// Neighbouring sub-bands overlap by 100 Hz, so that at least one worker decodes a signal on an edge
+// completely; the merge removes duplicates. `worker` is 0..3; any other number gives 0 to 3000 Hz.
 inline DecodeBand decodeBand(int worker)
 {
     constexpr DecodeBand bands[] = {{0, 825}, {725, 1550}, {1450, 2275}, {2175, 3000}};

@@ -14,7 +14,7 @@ namespace
 {
 constexpr qint64 sameSignalHz = 12;
 
-// What the pattern takes for a blank, line ends aside.
+// White space as decodeLinePattern() sees it, without line ends.
 bool isBlank(QChar c)
 {
     return c == QLatin1Char(' ') || c == QLatin1Char('\t') || c == QLatin1Char('\v') ||
@@ -32,7 +32,7 @@ std::optional<Ft8Fields> splitAtBlanks(const QString &line)
                      words.mid(messageWord).join(QLatin1Char(' '))};
 }
 
-// Of decodes with the same message.
+// For decodes with the same message.
 bool sameSignal(const Ft8Decode &a, const Ft8Decode &b)
 {
     return qAbs(qint64(a.freq) - b.freq) <= sameSignalHz;
@@ -46,7 +46,7 @@ bool isBetter(const Ft8Decode &fresh, const Ft8Decode &known)
     return std::abs(fresh.dt) < std::abs(known.dt);
 }
 
-// One decode of each signal, in the order in which the signals were first met.
+// One decode per signal, in the order in which the signals first appeared.
 class DistinctDecodes
 {
 public:
@@ -68,7 +68,7 @@ public:
 
 private:
     QVector<Ft8Decode> decodes;
-    QHash<QString, QVector<int>> places; // in `decodes`, of each message's
+    QHash<QString, QVector<int>> places; // indexes into `decodes` by message
 };
 } // namespace
 

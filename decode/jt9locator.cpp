@@ -15,25 +15,26 @@ namespace outpost
 
 namespace
 {
-// Where installers put the decoder, below the folder that an environment variable names.
+// Usual installation folders, relative to the folder in an environment variable.
 struct UsualFolder {
     const char *variable;
     const char *below;
-    bool isInstallation; // else a folder that may hold several
+    bool isInstallation; // otherwise a folder that may hold several
 };
 constexpr UsualFolder usualFolders[] = {{"ProgramFiles", "/WSJT-X", true},
                                         {"ProgramFiles", "/WSJT", false},
                                         {"ProgramFiles(x86)", "/WSJT-X", true},
                                         {"LOCALAPPDATA", "/Programs/WSJT-X", true}};
 
-// The same text on every system, so that a drive letter's path is judged alike everywhere.
+// Treats both separators alike, so that a path with a drive letter gets the same result on every
+// system.
 QString comparable(const QString &path, Qt::CaseSensitivity fileNames = Qt::CaseInsensitive)
 {
     const QString slashed = QString(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
     return fileNames == Qt::CaseInsensitive ? slashed.toLower() : slashed;
 }
 
-// Off Windows "C:/..." would be a path below whatever folder the program was started in.
+// Off Windows "C:/..." is a relative path.
 bool isOfThisSystem(const QString &path)
 {
     const bool hasDriveLetter = path.size() > 1 && path.at(1) == QLatin1Char(':');
@@ -63,7 +64,7 @@ bool isProgram(const QFileInfo &file)
     return file.isFile() && file.isExecutable();
 }
 
-// Off Windows the Qt library is the system's, so nothing of it lies beside the decoder.
+// Off Windows the decoder uses the system's Qt, so there is no Qt library beside it.
 bool isNativeInstallation(const QFileInfo &decoder)
 {
     if (!Jt9Platform::nativeFormCounts || decoder.fileName() != QLatin1String("jt9") ||

@@ -8,43 +8,44 @@ class QProcessEnvironment;
 namespace outpost
 {
 
-// Where a decoder is looked for: files to try in order, folders to search for more, and files to
-// try when those gave none.
+// Where to look for a decoder: files to try in order, then folders to search, then files to try
+// last.
 struct Jt9Places {
     QStringList candidates;     // full paths of jt9 programs, best first
     QStringList roots;          // folders searched recursively for "jt9.exe"
     QStringList lastCandidates; // as candidates
 };
 
-// This system's places: the current decoder, the program's own folder, the usual Windows
+// The places on this system: the current decoder, the program's own folder, the usual Windows
 // installations and, off Windows, "jt9" on PATH, in /usr/local/bin and in /usr/bin.
 Jt9Places jt9PlacesOfThisSystem(const QString &currentPath, const QString &applicationDir,
                                 const QProcessEnvironment &environment);
 
-// The first installed decoder of these places, cleaned; empty when there is none. Of those found
-// under one root, the last modified comes first.
+// The first installed decoder in these places, as a clean path; empty if there is none. Of the
+// files found under one root, the last modified comes first.
 QString findInstalledJt9(const Jt9Places &places);
 
-// The paths trimmed, cleaned and without empty ones; of those that name one file, the first. Either
-// kind of separator names the same, and so does other letter case where file names have none.
+// The paths trimmed, cleaned and without empty ones. Of paths to the same file, the first is kept;
+// the kind of separator does not matter, nor does the case if file names are case-insensitive.
 QStringList distinctPaths(const QStringList &paths, Qt::CaseSensitivity fileNames);
 
-// Whether an absolute path (either kind of separator) lies in a development, build or staging
-// tree, from which no decoder is ever used. Looks at the text alone.
+// Whether an absolute path (with either separator) is in a development, build or staging tree. Such
+// decoders are never used. Checks only the text.
 bool isRefusedJt9Path(const QString &absolutePath);
 
-// Whether the decoder can run from where it lies: a Qt core library lies beside it (it cannot
-// start when copied out of its installation), or it is a native installation, which off Windows
-// is an executable "jt9" with an executable WSJT-X, or fork of it, in the same folder.
+// Whether the decoder can run from its folder: either a Qt core library is beside it (without one,
+// it was copied out of its installation and cannot start), or it is a native installation. Off
+// Windows that is an executable "jt9" with an executable WSJT-X, or a fork of it, in the same
+// folder.
 bool canRunJt9(const QString &path);
 
-// Whether it can run, belongs to a WSJT-X or a fork of it, and does not lie in a refused place.
+// Whether it can run, belongs to WSJT-X or a fork of it, and is not in a refused place.
 bool isInstalledJt9(const QString &path);
 
-// Whether the file name is that of a decoder: "jt9.exe" in any case, off Windows also "jt9".
+// Whether the file name is a decoder's: "jt9.exe" in any case; off Windows also "jt9".
 bool isJt9FileName(const QString &fileName);
 
-// What the dialog to choose a decoder offers to show.
+// The name filter of the dialog that selects a decoder.
 QString jt9FileFilter();
 
 } // namespace outpost

@@ -5,9 +5,9 @@
 namespace outpost
 {
 
-// What the search for a decoder has to know of the system.
+// Platform differences in the search for a decoder.
 struct Jt9Platform {
-    static const bool nativeFormCounts; // a program "jt9" may be one, with the system's Qt
+    static const bool nativeFormCounts; // whether a program "jt9" that uses the system's Qt counts
     static const Qt::CaseSensitivity fileNames;
 };
 

@@ -6,25 +6,26 @@
 namespace outpost
 {
 
-// One decoder run as a child process, without a window, and the one place that knows how a system
-// ends a process together with everything that it has started: a process group, on Windows a job
-// object. What leaves the group is known by its environment, in which LOCALAPPDATA is the working
-// directory, provided that no other run has that folder. Destruction ends whatever is left.
+// A decoder run as a child process, without a window. Destruction ends the decoder and everything
+// it has started: its process group or, on Windows, its job object. A process that has left the
+// group is identified by its environment, where LOCALAPPDATA is the working directory, provided
+// that no other run uses that folder.
 class Jt9Process : public QProcess
 {
 public:
-    // Whether the exit code of a crash is the signal's number; else the code tells what happened.
+    // Whether exitCode() is the number of a signal after a crash. Otherwise it is the crash's own
+    // code.
     static const bool crashIsSignal;
 
     explicit Jt9Process(bool folderIsOwn);
     ~Jt9Process() override;
 
-    // Starts it and waits until it runs; false when it does not.
+    // Starts the decoder and waits up to `startMs` until it runs; returns false if it does not.
     bool launch(const QString &program, const QStringList &arguments, int startMs);
     void killFamily();
 
 protected:
-    void setupChildProcess() override; // runs in the child; never on Windows
+    void setupChildProcess() override; // runs in the child; not called on Windows
 
 private:
     struct Family;

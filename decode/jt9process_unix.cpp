@@ -12,7 +12,8 @@ namespace outpost
 
 namespace
 {
-// A pipe of which every process of the run has the writing end and none ever writes.
+// A pipe whose writing end every process of the run inherits and none writes to. When the last of
+// them has exited, the reading end reports a hang-up.
 class Lifeline
 {
 public:
@@ -33,7 +34,7 @@ public:
     }
     Q_DISABLE_COPY(Lifeline)
 
-    // In the child: the decoder keeps it, and hands it on.
+    // Called in the child: keeps the writing end open in the decoder and its children.
     void handOn() const { ::fcntl(writingEnd, F_SETFD, 0); }
 
     void closeWritingEnd()
@@ -43,7 +44,7 @@ public:
         }
     }
 
-    // Whether all who had it are gone, or have closed whatever they were given.
+    // Whether every process that had the writing end has exited or closed it.
     bool hasEnded() const
     {
         pollfd end = {readingEnd, POLLIN, 0};
@@ -55,8 +56,8 @@ private:
     int writingEnd = -1;
 };
 
-// What left the group (setsid) still has the environment of its run, whose folder no other run
-// and no other program has as LOCALAPPDATA. Systems without such a list of processes keep it.
+// Kills the processes that left the group with setsid(). They keep the environment of their run,
+// and no other process has its folder as LOCALAPPDATA. Does nothing on systems without /proc.
 void killAllThatLiveIn(const QString &folder)
 {
     const QByteArray end(1, '\0');
@@ -92,7 +93,7 @@ Jt9Process::~Jt9Process()
 
 void Jt9Process::setupChildProcess()
 {
-    ::setpgid(0, 0); // the child leads a group of its own, whose id is the child's
+    ::setpgid(0, 0); // the child leads a new group, whose id is its process id
     family->lifeline.handOn();
 }
 
@@ -104,13 +105,13 @@ bool Jt9Process::launch(const QString &program, const QStringList &arguments, in
     return waitForStarted(startMs);
 }
 
-// Once the decoder is reaped and nothing of its run is left, the number of its group can be
-// another's.
+// Once the decoder has been reaped and no process of its run is left, the system may reuse the
+// group's id. Nothing is then signalled.
 void Jt9Process::killFamily()
 {
     const bool hasEnded = family->lifeline.hasEnded();
     kill();
-    if (family->groupId <= 1) { // 0 and 1 would name this program's own group, and every process
+    if (family->groupId <= 1) { // 0 and 1 stand for this program's own group and for every process
         return;
     }
     if (state() == NotRunning && hasEnded) {

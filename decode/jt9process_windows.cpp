@@ -12,8 +12,8 @@ struct CloseJob {
 };
 
 QT_WARNING_PUSH
-QT_WARNING_DISABLE_DEPRECATED // nothing else tells the handle of the child's first thread
-// Of the running child; null when there is none.
+QT_WARNING_DISABLE_DEPRECATED // the only way to the handle of the child's first thread
+// The handles of the running child; null if there is none.
 const PROCESS_INFORMATION *handlesOf(const QProcess &process)
 {
     return process.pid();
@@ -46,7 +46,8 @@ Jt9Process::~Jt9Process()
     killFamily();
 }
 
-// It runs only once it belongs to the job, so that nothing that it starts can stay outside.
+// The child is resumed only after it belongs to the job, so that everything it starts belongs to
+// it, too.
 bool Jt9Process::launch(const QString &program, const QStringList &arguments, int startMs)
 {
     start(program, arguments);

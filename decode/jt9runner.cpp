@@ -14,7 +14,7 @@ namespace outpost
 
 namespace
 {
-// The decoder finds its own libraries first and keeps its files in the worker's folder.
+// The decoder finds its own libraries first, and writes its files to the worker's folder.
 QProcessEnvironment jt9Environment(const QString &jt9Folder, const QString &workerFolder)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -26,7 +26,7 @@ QProcessEnvironment jt9Environment(const QString &jt9Folder, const QString &work
     return environment;
 }
 
-// Absolute, since the decoder is started in another folder.
+// Absolute, since the decoder is started in another working directory.
 QString jt9PathInUse(const Jt9Control &control)
 {
     const QString path = QDir::cleanPath(control.decoderPath());
@@ -38,12 +38,13 @@ bool isAborted(const Jt9Control &control)
     return control.aborted && *control.aborted;
 }
 
-// Takes in the output while the decoder runs; false when it has not ended in time. Waiting for
-// the end alone would gather all output first, and never time out while more of it keeps coming.
+// Reads the output while the decoder runs; returns false if it has not finished in time.
+// waitForFinished() alone would buffer all output first, and would not time out while more output
+// arrives.
 bool readUntilFinished(QProcess &process, int finishMs, const Jt9Control &control,
                        Jt9Output &output)
 {
-    const qint64 stepMs = control.aborted ? 100 : finishMs; // between looks at the abortion
+    const qint64 stepMs = control.aborted ? 100 : finishMs; // between checks for an abort
     const QDeadlineTimer deadline(finishMs);
     while (process.state() != QProcess::NotRunning && !deadline.hasExpired() &&
            !isAborted(control)) {
@@ -77,7 +78,7 @@ QString seconds(int ms)
     return QString::number(ms / 1000.0);
 }
 
-// Where the next line ends in `bytes`, or -1.
+// Index of the next line end in `bytes`, or -1.
 int lineEnd(const QByteArray &bytes, int from)
 {
     for (int at = from; at < bytes.size(); ++at) {
@@ -158,19 +159,19 @@ QStringList Jt9Output::finish()
     return lines;
 }
 
-// One byte beyond the bound tells that the line is too long.
+// Keeps one byte more than the limit, which marks the line as too long.
 void Jt9Output::extendLine(const QByteArray &part)
 {
     line += part.left(maxLineBytes + 1 - line.size());
 }
 
-// The conversion drops a byte order mark from the front of what it is given, so it is given one
-// line at a time, however the output happened to arrive.
+// fromLocal8Bit() drops a byte order mark at the start of its input. Converting line by line makes
+// the result independent of how the output was split into reads.
 void Jt9Output::takeLine()
 {
     const QByteArray whole = std::exchange(line, {});
     if (!whole.contains('~') || whole.size() > maxLineBytes) {
-        return; // not worth converting
+        return; // not a decode line
     }
     const QString text = QString::fromLocal8Bit(whole).trimmed();
     if (!text.contains(QLatin1Char('~'))) {

@@ -19,8 +19,8 @@ static_assert(KiwiAudioCapture::bytesPerPeriod == slotPcmBytes);
 
 namespace
 {
-// Periods that may wait for decoders slower than the air: ten minutes, 14 MB. Beyond, a period is
-// passed over, or a decoder that always overruns would take all memory in the end.
+// Limit on the periods that wait for a slow decoder: ten minutes, 14 MB. Further periods are
+// skipped, since a decoder that always takes too long would otherwise fill all memory.
 constexpr int maxPendingPeriods = 40;
 
 QByteArray emptyPeriod()
@@ -34,7 +34,7 @@ QString periodLabel(qint64 startMs)
 }
 } // namespace
 
-// Owned by the capture and the pool's thread alike, so that either may go first.
+// Shared by the capture and the pool's thread, so that either may release it first.
 class KiwiAudioCapture::DecodeTask : public QRunnable,
                                      public std::enable_shared_from_this<DecodeTask>
 {
@@ -45,7 +45,8 @@ public:
     }
     void run() override
     {
-        const auto self = shared_from_this(); // the capture may let go of it from its end on
+        // The capture may release the task as soon as it has ended.
+        const auto self = shared_from_this();
         std::exchange(body, {})();
         hasRun.set_value();
     }
@@ -72,7 +73,7 @@ KiwiAudioCapture::KiwiAudioCapture(const CaptureOptions &captureOptions, QObject
     ownPool.setExpiryTimeout(-1);
 }
 
-// While the workers are waited for, the object that they post to is still whole.
+// Waits for the workers here, while the object that they post to is still complete.
 KiwiAudioCapture::~KiwiAudioCapture()
 {
     dropQueuedTasks();
@@ -143,7 +144,7 @@ QString KiwiAudioCapture::start(const QString &receiverLabel, qint64 nowMs)
     return {};
 }
 
-// Armed once, the capture keeps period boundaries by counting samples, not by the clock.
+// After the start, samples alone determine the period boundaries, not the clock.
 SoundOutcome KiwiAudioCapture::takeSamples(const QVector<qint16> &samples, qint64 nowMs)
 {
     if (!started) {
@@ -213,7 +214,7 @@ void KiwiAudioCapture::startWorker(const SlotJob &job, const QByteArray &samples
     pool.start(tasks.back().get());
 }
 
-// A shared pool may hold other captures' work, too.
+// A shared pool may also hold tasks of other captures.
 void KiwiAudioCapture::dropQueuedTasks()
 {
     tasks.erase(std::remove_if(tasks.begin(), tasks.end(),

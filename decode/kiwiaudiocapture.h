@@ -20,35 +20,35 @@ namespace outpost
 
 struct SlotJob;
 
-// Receives one FT8 period (or one worker's share of it): the period's UTC start as "HH:mm:ss",
-// and what jt9 printed.
+// Receives the decode lines of one FT8 period, or of one worker's sub-band of it. `periodLabel` is
+// the period's UTC start as "HH:mm:ss".
 using DecodeCallback =
     std::function<void(const QString &periodLabel, const QVector<Ft8Decode> &decodes)>;
 
-// What became of some sound. Not attempted: nothing to report. Attempted: a period was closed and
-// handed to the workers (succeeded), or the capture could not be started (failed).
+// The result of some sound. Not attempted: nothing to report. Attempted: a period was handed to the
+// workers (succeeded), or the capture could not be started (failed).
 struct SoundOutcome {
     bool attempted = false;
     bool succeeded = false;
-    QString text; // the reason of a failure
+    QString text; // reason of the failure
 };
 
 struct CaptureOptions {
-    QVector<DecodeBand> bands = usualDecodeBands(); // one worker for each
-    // Runs the decoders of several captures, as many at once as it has threads; must outlive them.
-    // Null: a pool of the capture's own, with a thread for each band.
+    QVector<DecodeBand> bands = usualDecodeBands(); // one worker per sub-band
+    // A pool shared with other captures; its thread count limits the decoders that run at once. It
+    // must outlive the captures. Null: an own pool with one thread per sub-band.
     QThreadPool *sharedPool = nullptr;
-    QString scratchPrefix = QLatin1String(usualScratchPrefix);   // of the scratch folders' names
-    std::function<QString()> decoderPath = jt9PathOfEnvironment; // asked at each run, on any thread
+    QString scratchPrefix = QLatin1String(usualScratchPrefix); // of the scratch folders' names
+    // Called at each run, on any thread.
+    std::function<QString()> decoderPath = jt9PathOfEnvironment;
 };
 
-// Cuts a receiver's continuous audio (signed 16-bit mono, 12000 samples a second) into FT8
-// periods of 180000 samples that start on UTC quarter minutes, has each period decoded by a worker
-// for each sub-band, and delivers the merged decodes in period order.
+// Splits a receiver's continuous audio (signed 16-bit mono, 12000 samples per second) into FT8
+// periods of 180000 samples that start on UTC quarter minutes. One worker per sub-band decodes each
+// period; the merged decodes are delivered in period order.
 //
-// Lives on the GUI thread; every call is made there and both callbacks are called there. Workers
-// touch only their own copies. Destruction drops queued work, waits for running decoders and
-// delivers nothing.
+// Lives on the GUI thread: all calls and both callbacks are made there. Workers touch only their
+// own copies. Destruction drops queued work, waits for running decoders and delivers nothing.
 class KiwiAudioCapture : public QObject
 {
 public:
@@ -60,37 +60,36 @@ public:
     explicit KiwiAudioCapture(const CaptureOptions &captureOptions = {}, QObject *parent = nullptr);
     ~KiwiAudioCapture() override;
 
-    // Root of the workers' scratch folders; of several copies of the program that run at once,
-    // each works in a folder of its own (see decode/capturefolder.h).
+    // The scratch root. Each of several running copies of the program uses a folder of its own (see
+    // decode/capturefolder.h).
     void setCaptureFolder(const QString &folder);
     void setDecodeDepth(int depth);                  // jt9's, 1..3; applies from the next period on
-    void setDecoderLimits(const Jt9Limits &limits);  // other than usual; from the next period on
+    void setDecoderLimits(const Jt9Limits &limits);  // applies from the next period on
     void setPeriodCallback(DecodeCallback callback); // merged, once per non-empty period
-    void setWorkerCallback(DecodeCallback callback); // raw, once per non-empty worker
+    void setWorkerCallback(DecodeCallback callback); // unmerged, once per non-empty worker
 
-    // Sets the first period's start; samples are kept from then on. Times are UTC, ms since the
-    // epoch. Returns an empty text, or why the capture stays not started.
+    // Sets the start of the first period; samples are kept from then on. Times are UTC, ms since
+    // the epoch. Returns an empty text, or why the capture could not be started.
     QString start(const QString &receiverLabel, qint64 nowMs);
 
-    // Takes the samples of one sound frame, once started. They are dropped before the first
-    // period's start; the first frame that comes no earlier is kept whole.
+    // Takes the samples of one sound frame; call start() first. Frames before the start of the
+    // first period are dropped; the first frame at or after it is kept completely.
     SoundOutcome takeSamples(const QVector<qint16> &samples, qint64 nowMs);
 
-    // Drops queued work, pending periods and the samples so far; not started, not armed.
-    // Decoders already running finish, and what they report is dropped.
+    // Drops queued work, pending periods and collected samples, and undoes start(). Running
+    // decoders finish, but their results are dropped.
     void reset();
 
-    // Ends the decoders of all periods queued so far, which then bring nothing.
+    // Ends all decoders queued or running so far; they give no decodes.
     void abortDecoders();
 
-    // ---- the steps of takeSamples, and what the tests look at ----
+    // The steps of takeSamples(), and state for the tests.
 
-    // Returns true when this sample completed a period that was handed to the workers.
+    // Returns true if this sample completed a period that was handed to the workers.
     bool appendSample(qint16 sample);
     void queueDecodeSlices(long long periodStartMs, const QByteArray &samples);
 
-    // What was counted since the start or since the last period was closed, level statistics
-    // included.
+    // Counted since the start or since the last period ended.
     struct PeriodCounters {
         qint64 framesSeen = 0;
         qint64 samples = 0;
@@ -107,7 +106,7 @@ public:
 private:
     class DecodeTask;
 
-    bool closePeriod(); // false: passed over
+    bool closePeriod(); // false: period skipped
     void startWorker(const SlotJob &job, const QByteArray &samples);
     void dropQueuedTasks();
     void deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result);
@@ -121,17 +120,17 @@ private:
     QThreadPool ownPool;
     QThreadPool &pool;
     std::vector<std::shared_ptr<DecodeTask>> tasks; // not yet known to have ended
-    std::shared_ptr<std::atomic<bool>> abortion;    // of the runs queued since the last one
+    std::shared_ptr<std::atomic<bool>> abortion;    // for the runs queued since the last abort
     DecodeQueue queue;
     WorkerFailures failures;
     int decodeDepth = 2;
     Jt9Limits decoderLimits;
-    QByteArray periodSamples; // bytesPerPeriod long throughout; counters.samples of it are filled
+    QByteArray periodSamples; // always bytesPerPeriod long; the first counters.samples are filled
     bool started = false;
     bool armed = false;
     qint64 periodStartMs = 0;
     PeriodCounters counters;
-    int resets = 0; // tells what was queued before a reset from what came after it
+    int resets = 0; // tells work queued before a reset from work queued after it
 };
 
 inline bool KiwiAudioCapture::appendSample(qint16 sample)

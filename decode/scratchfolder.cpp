@@ -10,8 +10,8 @@ namespace outpost
 
 namespace
 {
-// Gives back the permissions that a decoder may have taken: nothing can be removed from a folder
-// without them.
+// Restores permissions that a decoder may have removed; without them, the contents of a folder
+// cannot be removed.
 void openFolders(const QString &folder)
 {
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -22,8 +22,8 @@ void openFolders(const QString &folder)
     }
 }
 
-// Of a link only the link goes, never what it points at. Windows removes one to a folder as a
-// folder, other systems as a file.
+// Removes a link itself, never its target. Windows removes a link to a folder as a folder, other
+// systems as a file.
 bool removeOnce(const QString &folder)
 {
     const QFileInfo info(folder);

@@ -5,16 +5,16 @@
 namespace outpost
 {
 
-// What the name of a worker's scratch folder begins with.
+// Usual prefix of the names of workers' scratch folders.
 constexpr const char usualScratchPrefix[] = "WORKER_";
 
-// Removes a worker's scratch folder with all that a decoder may have left in it, folders without
-// permissions included; links go, what they point at stays. Of a decoder that was killed a moment
-// ago, files can be in use for a moment longer: so it is tried again, every 50 ms. False when
-// something stays.
+// Removes a worker's scratch folder with everything that a decoder may have left in it, including
+// folders without permissions. Links are removed, not their targets. Files of a decoder that was
+// just killed may still be in use, so the removal is retried every 50 ms. Returns false if
+// something remains.
 bool removeScratchFolder(const QString &folder, int tries = 20);
 
-// Removes all whose names begin with the prefix from the folder that they lie in.
+// Removes all scratch folders with this prefix from `captureFolder`.
 void removeScratchFolders(const QString &captureFolder, const QString &prefix);
 
 } // namespace outpost

@@ -14,7 +14,7 @@ namespace outpost
 namespace
 {
 constexpr quint32 headerBytes = 44;
-constexpr quint32 chunkPrefixBytes = 8; // id and size, which a chunk's size does not count
+constexpr quint32 chunkPrefixBytes = 8; // id and size, which the size of a chunk does not include
 constexpr quint32 formatChunkBytes = 16;
 constexpr quint16 formatPcm = 1;
 constexpr quint16 channels = 1;
@@ -35,8 +35,8 @@ void writeWavHeader(QDataStream &stream, quint32 dataBytes)
     stream << dataBytes;
 }
 
-// Workers that make the same missing folder at once get into each other's way on Windows, where
-// who comes second to a folder above it is told of a failure.
+// If several workers create the same missing folders at once on Windows, mkpath() fails for the one
+// that comes second to a parent folder.
 bool makeFolder(const QString &folder)
 {
     constexpr int tries = 10;

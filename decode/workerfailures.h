@@ -8,18 +8,18 @@
 namespace outpost
 {
 
-// Decides what the log says of the workers' failures: each one once, until it changes or ends,
-// and then its end.
+// Decides what the log says about failing workers: each failure once, until it changes, and then
+// its end.
 class WorkerFailures
 {
 public:
-    // Takes how a worker (0..3) fared with a period; periods come in order. Returns the line for
-    // the log, or an empty text when there is nothing new.
+    // Records the result of a worker (0..3) for a period; call it in the order of the periods.
+    // Returns the line for the log, or an empty text if there is nothing new.
     QString report(const QString &periodLabel, int worker, const DecodeBand &band,
                    const Jt9Failure &failure);
 
 private:
-    QMap<int, Jt9Failure> known; // each worker's last
+    QMap<int, Jt9Failure> known; // last failure of each worker
 };
 
 } // namespace outpost

@@ -70,7 +70,7 @@ struct Behaviour {
     QByteArray text;      // HttpError: status line; Notice, OpenNotice: the message
 
     bool is(Fault other) const { return fault == other; }
-    // although the WebSocket is open
+    // Whether no sound follows although the WebSocket opens.
     bool neverSounds() const;
     qint64 parameterMs() const { return qRound64(parameter * 1000); } // for parameters in seconds
 };
