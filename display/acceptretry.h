@@ -8,11 +8,11 @@ class QTimer;
 namespace outpost
 {
 
-// Lets a listener accept again after an error, at which Qt stops it for good. Belongs to the
-// listener and ends with it.
+// Makes a listener accept again after an error, since Qt stops it for good. A child of the
+// listener.
 //
 // Qt keeps a listener's first error and reports it again for every later one: after a shortage of
-// descriptors, an empty queue looks like another shortage. So the queue itself is asked.
+// descriptors, an empty queue looks like another shortage. So the queue itself is checked.
 class AcceptRetry : public QObject
 {
 public:
@@ -21,10 +21,10 @@ public:
 private:
     enum class State {
         Accepting,
-        Doubtful, // a client waits: it came in a moment ago, or it cannot be accepted
+        Doubtful, // a client waits: it has just arrived, or cannot be accepted
     };
 
-    static bool hasWaitingClient(qintptr listener); // somebody is in its queue
+    static bool hasWaitingClient(qintptr listener); // in the listener's queue
     void onError();
     void onPauseOver();
 

@@ -7,7 +7,7 @@ namespace outpost
 
 struct BridgeState;
 
-// The small window with the bridge's two lines, refreshed every second.
+// Shows the bridge's status in two lines, refreshed every second.
 class BridgeStatusDialog : public LiveDialog
 {
 public:
@@ -19,7 +19,7 @@ private:
     QLabel *const text;
 };
 
-// The box of "Test WSJT Attachment".
+// Shows the message box of "Test WSJT Attachment".
 void showBridgeAttachment(QWidget *parent, const BridgeState &bridge);
 
 } // namespace outpost

@@ -22,21 +22,21 @@ QStringList decodeHeaders();
 // "Message (<n>)"
 QString messageHeader(int latestPeriodCount);
 
-// The cells of one jt9 line (time, SNR, DT, DF, "~" and a message of one word or more), its time
-// replaced by the period's label; nothing for a line without a message.
+// The cells of one jt9 line (time, SNR, DT, DF, "~" and a message of at least one word), with the
+// period's label as the time. Nothing for a line without a message.
 std::optional<DecodeCells> decodeCells(const QString &periodLabel, const Ft8Decode &decode);
 
 // The texts of one column, top to bottom.
 QStringList columnTexts(const QVector<DecodeCells> &rows, DecodeColumn column);
 
-// The rules below see the table's rows as their column-0 texts, top to bottom; a row without
-// that cell counts as an empty text. Labels are compared trimmed.
+// The following functions take the texts of column 0, top to bottom; a missing cell counts as an
+// empty text. Labels are compared trimmed.
 
-// The labels of the three periods that appeared last, by the order of the rows and not by the
-// clock. An empty label is never kept.
+// The labels of the three periods that appeared last, by row order rather than by time. An empty
+// label is never kept.
 QStringList keptPeriodLabels(const QStringList &rowLabels);
 
-// How many rows belong to the period of the last row.
+// The number of rows in the period of the last row.
 int latestPeriodCount(const QStringList &rowLabels);
 
 } // namespace outpost

@@ -20,25 +20,25 @@ void setSectionResizeMode(QTableWidget *table, QHeaderView::ResizeMode mode)
     table->horizontalHeader()->setSectionResizeMode(mode);
 }
 
-// Sections that follow their contents measure every cell again after each step of a batch. Held
-// still, they are measured once, by fitToContents().
+// Sections that resize to their contents would measure every cell again after each step of a batch.
+// With fixed sections, fitToContents() measures them once.
 void holdSections(QTableWidget *table)
 {
     setSectionResizeMode(table, QHeaderView::Fixed);
 }
 
-// To be called when all sections have their sizes.
+// Call when all sections have their sizes.
 void releaseSections(QTableWidget *table)
 {
     setSectionResizeMode(table, QHeaderView::ResizeToContents);
     for (QHeaderView *header : {table->verticalHeader(), table->horizontalHeader()}) {
-        header->resizeSections(QHeaderView::Fixed); // calls off the measuring just posted
+        header->resizeSections(QHeaderView::Fixed); // cancels the resize that was just posted
     }
 }
 
 void setColour(QTableWidgetItem *item, int role, const QVariant &brush)
 {
-    if (item->data(role) != brush) { // every change of an item costs the view work
+    if (item->data(role) != brush) { // every change of an item is costly in the view
         item->setData(role, brush);
     }
 }
@@ -101,9 +101,9 @@ void DecodeTable::dropOldPeriods()
     const QStringList labels = columnTexts(*this, TimeColumn);
     const QStringList kept = keptPeriodLabels(labels);
     const auto stays = [&](int row) { return kept.contains(labels.at(row).trimmed()); };
-    int end = rowCount(); // of the rows to look at
+    int end = rowCount(); // end of the rows still to check
     while (end > 0) {
-        int begin = end; // of neighbours, which go at once
+        int begin = end; // first of adjacent rows, which are removed together
         while (begin > 0 && !stays(begin - 1)) {
             --begin;
         }
@@ -138,7 +138,7 @@ void DecodeTable::showNewestRow()
     }
     scrollToBottom();
     if (isHighlighted(row)) {
-        clearSelection(); // it would cover the yellow
+        clearSelection(); // a selection would hide the yellow background
     } else {
         selectRow(row);
     }

@@ -12,20 +12,20 @@ namespace outpost
 
 struct Ft8Decode;
 
-// The decodes of the last three periods, one a row. Rows whose message holds a highlighted call are
-// yellow.
+// Shows the decodes of the last three periods, one per row. Rows whose message contains a
+// highlighted callsign are yellow.
 class DecodeTable : public DecodeView
 {
 public:
-    // Within append(), `onWidth` is told the width in pixels that shows all columns.
+    // append() calls `onWidth` with the width in pixels at which all columns are visible.
     DecodeTable(QWidget *parent, std::function<void(int)> onWidth);
 
-    // Returns how many rows the newest period then has.
+    // Returns the number of rows in the latest period.
     int append(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
     void removeAll();
     QVector<DecodeCells> rows() const; // top to bottom
 
-    void highlight(const QStringList &calls); // rows to come and rows that are there
+    void highlight(const QStringList &calls); // applies to existing and new rows
     const QStringList &highlighted() const { return highlightedCalls; }
 
 private:

@@ -9,7 +9,7 @@ namespace outpost
 
 namespace
 {
-// Qt measures all cells of a table of so many rows: more than three periods of a crowded band.
+// Up to this many rows, Qt measures all cells. Three periods of a crowded band have fewer.
 constexpr int maxMeasuredRows = 300;
 
 bool isPlain(const QTableWidgetItem &item)
@@ -29,7 +29,7 @@ int DecodeView::sizeHintForRow(int row) const
     return plainRowHeight;
 }
 
-// Of the plain cells of a longer table Qt measures the widest only.
+// In a longer table, Qt measures only the widest of the plain cells.
 int DecodeView::sizeHintForColumn(int column) const
 {
     if (rowCount() <= maxMeasuredRows) {

@@ -8,8 +8,8 @@
 namespace outpost
 {
 
-// A table of decodes that stays quick with thousands of rows, of which Qt would measure each cell
-// again whenever rows or the window change.
+// A table of decodes that stays fast with thousands of rows. QTableWidget would measure every cell
+// again after each change of the rows or the window.
 class DecodeView : public QTableWidget
 {
 public:
@@ -25,8 +25,8 @@ private:
     bool isPlainRow(int row) const;
     QSize measured(int row, int column) const;
 
-    mutable int plainRowHeight = 0;           // 0: to be measured
-    mutable std::optional<PlainWidths> plain; // of the table's font; none: to be made
+    mutable int plainRowHeight = 0;           // 0: not measured yet
+    mutable std::optional<PlainWidths> plain; // for the table's font; none: not made yet
 };
 
 } // namespace outpost

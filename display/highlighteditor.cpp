@@ -13,8 +13,8 @@ namespace outpost
 namespace
 {
 
-// What the operator makes of the text; nothing when they cancel. Qt's ready-made dialog would
-// swallow the Tab key, and with it the way to the buttons.
+// The text as edited by the operator; nothing if cancelled. In QInputDialog::getMultiLineText() the
+// editor takes the Tab key, so that the buttons cannot be reached with it.
 std::optional<QString> askForCalls(QWidget *parent, const QString &text)
 {
     const QString label = QStringLiteral("Enter up to 10 complete callsigns, one per line.\n"

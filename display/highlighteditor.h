@@ -8,7 +8,7 @@ class QWidget;
 namespace outpost
 {
 
-// Lets the operator edit the highlighted calls, until they are valid. Nothing when they cancel.
+// Lets the operator edit the highlighted callsigns until all are valid. Nothing if cancelled.
 std::optional<QStringList> editedHighlightCalls(QWidget *parent, const QStringList &calls);
 
 } // namespace outpost

@@ -13,7 +13,8 @@ namespace
 
 constexpr int firstCharacter = ' ';
 constexpr int lastCharacter = '~';
-constexpr int noCharacter = lastCharacter - firstCharacter + 1; // after the last one of a text
+// After the last character of a text.
+constexpr int noCharacter = lastCharacter - firstCharacter + 1;
 constexpr int characters = noCharacter + 1;
 
 } // namespace

@@ -6,11 +6,11 @@
 namespace outpost
 {
 
-// Printable ASCII. In one font, each such text is as high as any other.
+// Whether the text is printable ASCII. In one font, all such texts have the same height.
 bool isPlainText(const QString &text);
 
-// Tells quickly how wide plain texts are. Each is added up from its pairs of characters, for a font
-// may move a pair closer together.
+// Calculates the widths of plain texts quickly. A width is the sum over pairs of characters, since
+// a font may kern them.
 class PlainWidths
 {
 public:
@@ -22,7 +22,7 @@ private:
     double measured(const QString &pair) const;
 
     QFontMetricsF metrics;
-    // By pair: from the first character to the second; NaN until needed.
+    // By pair: the advance from the first character to the second; NaN until needed.
     std::vector<double> advances;
 };
 

@@ -32,7 +32,7 @@ QTableWidget *newStationTable(QWidget *parent)
     table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
-    table->setTabKeyNavigation(false); // Tab leads on to the Close button
+    table->setTabKeyNavigation(false); // Tab moves on to the Close button
     return table;
 }
 
@@ -66,7 +66,7 @@ void fitColumnsAndRows(QTableWidget *table)
 
 int heightOfVisibleRows(const QTableWidget &table)
 {
-    // Not its height(): before the table is laid out that is not yet the header's own.
+    // height() is not the header's own before the table is laid out.
     int height = table.horizontalHeader()->sizeHint().height() + 2 * table.frameWidth() + 2;
     if (table.rowCount() == 0) {
         return height + table.verticalHeader()->defaultSectionSize();
@@ -108,7 +108,7 @@ StationDisplay::StationDisplay(QWidget *parent, std::function<void()> onRefreshD
 {
     contents()->setSizeConstraint(QLayout::SetMinimumSize);
     addCloseBox();
-    table = newStationTable(this); // Tab reaches it after the Close button
+    table = newStationTable(this); // after the Close button in Tab order
     contents()->insertWidget(1, table);
 }
 

@@ -16,11 +16,10 @@ struct StationState {
     StatusSession session;
     qint64 nowMs = 0; // UTC, ms since the epoch
     BridgeState bridge;
-    QVector<DecodeCells> decodes; // as the decode table shows them
+    QVector<DecodeCells> decodes; // as in the decode table
 };
 
-// The small window with the session, the latest period and a copy of the decode rows, refreshed
-// every five seconds.
+// Shows the session, the latest period and a copy of the decode rows, refreshed every five seconds.
 class StationDisplay : public LiveDialog
 {
 public:
@@ -33,7 +32,7 @@ private:
 
     QLabel *const label;
     QTableWidget *table = nullptr;
-    bool sized = false; // it has had its first size adjustment
+    bool sized = false; // whether the initial size is set
 };
 
 } // namespace outpost

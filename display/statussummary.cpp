@@ -11,7 +11,7 @@ namespace outpost
 namespace
 {
 
-// The largest size, from the font's own downwards, at which the longest usual summary fits.
+// The largest size, starting with the font's own, at which the longest usual summary fits.
 QFont summaryFont(QFont font, int widthToFit)
 {
     const QString longest =

@@ -7,7 +7,7 @@ class QStatusBar;
 namespace outpost
 {
 
-// The status bar's one line, in a font small enough for a window of the width given, in pixels.
+// The line in the status bar, in a font that fits a window of the given width in pixels.
 class StatusSummary : public QLabel
 {
 public:

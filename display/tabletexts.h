@@ -6,7 +6,7 @@
 namespace outpost
 {
 
-// The text of one cell; empty where the cell is missing.
+// The text of a cell; empty if there is no cell.
 inline QString cellText(const QTableWidget &table, int row, int column)
 {
     const QTableWidgetItem *item = table.item(row, column);

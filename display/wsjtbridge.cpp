@@ -16,10 +16,10 @@ namespace
 
 constexpr int defaultPort = 27777;
 
-// A client that does not read is dropped when this many bytes wait for it (days of decodes).
+// A client that does not read is dropped when this many bytes are queued (days of decodes).
 constexpr qint64 maxClientBacklogBytes = 4LL * 1024 * 1024;
 
-// What clients send is thrown away; this much of it may wait for that.
+// Data from clients is discarded; this is the limit on what Qt reads ahead of that.
 constexpr qint64 clientReadBufferBytes = 64LL * 1024;
 
 } // namespace
@@ -76,7 +76,8 @@ void WsjtBridge::startOnRequest()
         lastError.clear();
         return;
     }
-    // Kept in case a failed start ever keeps its server: today none does.
+    // Always null here today, since a failed start() leaves no server. Kept for a start() that
+    // does.
     lastError = server ? server->errorString() : QStringLiteral("Bridge failed to start");
 }
 
@@ -131,9 +132,9 @@ void WsjtBridge::welcome(QTcpSocket *socket)
     connect(socket, &QTcpSocket::readyRead, this, [socket] { socket->readAll(); });
     const QString peer = QStringLiteral("%1:%2").arg(socket->peerAddress().toString(),
                                                      QString::number(socket->peerPort()));
-    const bool hasPeer = socket->peerPort() != 0; // not if it was reset before it was accepted
+    const bool hasPeer = socket->peerPort() != 0; // 0 if it was reset before it was accepted
     socket->write(bridgeReadyLine());
-    socket->flush(); // may find the client gone, and its address with it
+    socket->flush(); // may notice that the client is gone, and clear its address
     if (hasPeer) {
         logLine(QStringLiteral("WSJT bridge client connected: %1").arg(peer));
     }
@@ -154,7 +155,7 @@ void WsjtBridge::broadcast(const QString &periodLabel, const QVector<Ft8Decode> 
         return;
     }
     sendNewDecodes(periodLabel, decodes);
-    if (clients.isEmpty()) { // every one of them has gone meanwhile
+    if (clients.isEmpty()) { // all of them disconnected meanwhile
         return;
     }
     lastOutputMs = clock();
@@ -164,7 +165,7 @@ void WsjtBridge::broadcast(const QString &periodLabel, const QVector<Ft8Decode> 
 namespace
 {
 
-// Returns whether the client took the line. Dropping one ends in onClientGone().
+// Returns whether the client accepted the line. Dropping a client calls onClientGone().
 bool sendToClient(QTcpSocket *socket, const QByteArray &line)
 {
     if (socket->state() != QAbstractSocket::ConnectedState) {
@@ -181,7 +182,7 @@ bool sendToClient(QTcpSocket *socket, const QByteArray &line)
     return true;
 }
 
-// Returns whether at least one client took the line.
+// Returns whether at least one client accepted the line.
 bool sendToClients(const QList<QTcpSocket *> &clients, const QByteArray &line)
 {
     bool delivered = false;
@@ -198,7 +199,7 @@ void WsjtBridge::sendNewDecodes(const QString &periodLabel, const QVector<Ft8Dec
     const qint64 now = clock();
     recentDecodeKeys.prune(now);
     QString periodTime = bridgePeriodTime(periodLabel);
-    // Clients that go while a line is being sent stay valid here: they are deleted later.
+    // Clients that disconnect during the loop stay valid, since they are deleted later.
     const QList<QTcpSocket *> receivers = clients;
     for (const Ft8Decode &heard : decodes) {
         const std::optional<BridgeDecode> decode = bridgeDecode(heard, &periodTime);
