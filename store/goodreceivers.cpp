@@ -13,7 +13,7 @@ namespace outpost
 namespace
 {
 
-// An element that is no object has no host at all, not an empty one.
+// An element that is not an object has no host, not even an empty one.
 bool isEntryOf(const QJsonValue &element, const QString &host, int port)
 {
     return element.isObject() && isReceiver(element.toObject(), host, port, GoodReceiver().port);

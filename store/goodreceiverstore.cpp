@@ -16,7 +16,7 @@ namespace outpost
 namespace
 {
 
-// A damaged list gives way to a fresh one.
+// A damaged list is replaced with a new one.
 QJsonArray receiversIn(const std::optional<QByteArray> &file)
 {
     return parseJsonArray(file.value_or(QByteArray())).value_or(QJsonArray());
@@ -71,7 +71,7 @@ void GoodReceiverStore::recordGoodReceiver(const GoodReceiver &receiver, qint64 
         return;
     }
     if (!isNewIn(receiversIn(readFile(path, 0)), receiver)) {
-        return; // as usual, and the list need not be kept from other copies
+        return; // the usual case, checked without the lock
     }
     const auto lock = takeLock(path, changeWaitMs);
     const std::optional<QByteArray> file = readFile(path);
@@ -116,20 +116,20 @@ void GoodReceiverStore::onReceiverApplied(const QString &host, int port)
     changeRemovedReceivers(receiverKey(host, port), false);
 }
 
-// The first recording of a receiver stays as it is.
+// A receiver that is already in the list keeps its first entry.
 bool GoodReceiverStore::isNewIn(const QJsonArray &list, const GoodReceiver &receiver) const
 {
     return !containsReceiver(list, receiver.host, receiver.port) &&
            !containsKey(removedReceivers(), receiverKey(receiver.host, receiver.port));
 }
 
-// What could not be saved counts until the program ends, and is saved with the next change.
+// Changes that could not be saved apply until the program ends, and are saved with the next change.
 QStringList GoodReceiverStore::removedReceivers() const
 {
     return withChanges(removedKeys(settings.open()), unsavedRemovedKeys);
 }
 
-// Only what changed: another copy of the program may have changed other keys.
+// Saves only the changed keys, since another copy of the program may have changed others.
 void GoodReceiverStore::changeRemovedReceivers(const ReceiverKey &key, bool removed)
 {
     unsavedRemovedKeys.insert(key, removed);

@@ -11,18 +11,17 @@
 namespace outpost
 {
 
-// What became of a receiver's removal, for the operator.
+// The result of removing a receiver, for the operator.
 struct ReceiverRemoval {
     enum Outcome { Failed, WasAbsent, Removed };
 
     Outcome outcome;
     QString text;
-    QVector<GoodReceiver> left; // in the list, unless it failed
+    QVector<GoodReceiver> left; // the remaining list; empty after a failure
 };
 
-// The list of good receivers in the data folder, together with the receivers that the operator
-// removed from it, whose keys are in the settings. Other copies of the program may change both at
-// any time.
+// The list of good receivers in the data folder, and the receivers that the operator removed from
+// it, whose keys are in the settings. Other copies of the program may change both at any time.
 class GoodReceiverStore
 {
 public:
@@ -30,10 +29,10 @@ public:
 
     QVector<GoodReceiver> receivers() const;
 
-    // Adds a receiver that is neither in the list nor removed. `nowMs` is UTC, ms since the epoch.
+    // Adds a receiver that is neither listed nor removed. `nowMs` is UTC, ms since the epoch.
     void recordGoodReceiver(const GoodReceiver &receiver, qint64 nowMs) const;
 
-    // Takes all entries of the receiver out of the list; none comes back before it is applied.
+    // Removes all entries of the receiver. It is not recorded again until it is applied.
     ReceiverRemoval removeGoodReceiver(const QString &host, int port);
     void onReceiverApplied(const QString &host, int port);
 
@@ -44,7 +43,7 @@ private:
 
     const QString path;
     const SettingsStore settings;
-    RemovedKeyChanges unsavedRemovedKeys; // none while the settings have them
+    RemovedKeyChanges unsavedRemovedKeys; // empty once they are in the settings
 };
 
 } // namespace outpost

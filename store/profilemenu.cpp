@@ -18,7 +18,7 @@ QString profileFilter()
     return QStringLiteral("JSON profiles (*.json);;All files (*)");
 }
 
-// `logged` has a place for the path.
+// `logged` contains a placeholder for the path.
 void saveIn(const QString &path, const QString &logged, QWidget *window, ProfileStore *profiles)
 {
     const SaveResult saved = profiles->keepProfile(path);

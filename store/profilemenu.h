@@ -7,8 +7,8 @@ namespace outpost
 
 class ProfileStore;
 
-// The profile entries of the File menu: they ask for a file over `window`, and tell there what
-// failed. A profile that is opened changes the store's values only; nothing connects.
+// The profile entries of the File menu. They show their dialogs and errors over `window`. Opening a
+// profile only changes the store's values; it does not connect.
 void openProfile(QWidget *window, ProfileStore *profiles);
 void saveProfile(QWidget *window, ProfileStore *profiles);
 void saveProfileAs(QWidget *window, ProfileStore *profiles);

@@ -114,7 +114,7 @@ void ProfileStore::loadFrequencyFile()
     }
 }
 
-// From here on the file counts.
+// From now on the file's value is used.
 void ProfileStore::saveFrequencyFile()
 {
     const QString path = frequencyFilePath(dataFolder);

@@ -8,9 +8,8 @@
 namespace outpost
 {
 
-// The profile and the dial frequency in use, and the files that keep them: profiles wherever the
-// operator wants them, the default profile and the frequency, which all of them share, in the data
-// folder.
+// The profile and the dial frequency in use, and their files: profiles anywhere, the default
+// profile and the shared frequency in the data folder.
 class ProfileStore
 {
 public:
@@ -21,25 +20,25 @@ public:
     QString folder() const { return dataFolder; }
     QString profilePath() const { return openedPath; } // last opened or saved
 
-    // Nothing is saved by these.
+    // These do not save anything.
     void setReceiver(const QString &host, int port);
     void setFrequency(double frequencyMhz);
     void setJt9Path(const QString &path);
     void setBridgePort(int port);
 
-    // For the start: the default profile, which is made when it is missing, or another one; and a
-    // frequency in place of the file's, until one is saved.
+    // For the start: load the default profile (created if it is missing) or use another one, and
+    // use a frequency instead of the file's until one is saved.
     void loadStartupProfile();
     void useProfile(const QString &path, const Profile &profile);
     void useFrequency(double frequencyMhz);
 
-    // Failures are in the result; all stays as it was then.
+    // Failures are in the result and leave everything unchanged.
     ProfileReading loadProfile(const QString &path);
-    ProfileReading openProfile(const QString &path); // and reads the frequency again
+    ProfileReading openProfile(const QString &path); // also reads the frequency again
     SaveResult saveProfile(const QString &path) const;
-    SaveResult keepProfile(const QString &path); // and the frequency; saved there from now on
+    SaveResult keepProfile(const QString &path); // and the frequency; later saves go to `path`
 
-    // Nobody is told when these fail: the values in use stay right.
+    // Failures are not shown to the operator; the values in use stay valid.
     void saveDefaultProfileQuietly() const; // never the opened profile
     void loadFrequencyFile();
     void saveFrequencyFile();

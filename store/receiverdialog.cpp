@@ -19,7 +19,7 @@ namespace outpost
 namespace
 {
 
-constexpr int placeholderIndex = 0; // of the good-receivers combo
+constexpr int placeholderIndex = 0; // in the good receivers combo box
 
 void addLabelled(QGridLayout *grid, const QString &label, QWidget *field, int row, int column,
                  int fieldColumns = 1)
@@ -59,7 +59,7 @@ QComboBox *newBandCombo()
     return band;
 }
 
-// A long host name must not push the rest out of the dialog.
+// The width does not follow the contents, so that a long host name does not widen the dialog.
 QComboBox *newGoodReceiversCombo()
 {
     auto *combo = new QComboBox;
@@ -110,7 +110,7 @@ QDialogButtonBox *ReceiverDialog::newButtons()
     return buttons;
 }
 
-// Tab runs through the widgets in the order in which they are added here.
+// The order in which the widgets are added is their Tab order.
 void ReceiverDialog::arrange(QDialogButtonBox *buttons)
 {
     auto *grid = new QGridLayout(this);
@@ -175,7 +175,7 @@ void ReceiverDialog::onGoodReceiverChosen(int index)
     selectBand(mhz);
 }
 
-// The combo shows the list anew, at its placeholder, unless the list could not be changed.
+// Unless the list could not be changed, the combo box shows the new list and its placeholder.
 void ReceiverDialog::removeSelectedGoodReceiver()
 {
     if (goodReceivers->currentIndex() <= placeholderIndex) {

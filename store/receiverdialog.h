@@ -24,13 +24,13 @@ struct ReceiverDialogValues {
 };
 
 struct ReceiverDialogCallbacks {
-    std::function<void(const ReceiverInput &input)> onApply; // with input that can be used
+    std::function<void(const ReceiverInput &input)> onApply; // with valid input
     std::function<void()> onDisconnect;
     std::function<ReceiverRemoval(const QString &host, int port)> onRemove;
 };
 
-// "Kiwi Receiver": chooses a receiver and the dial frequency, connects and disconnects. Nothing is
-// applied by choosing or by closing.
+// The "Kiwi Receiver" dialog: selects a receiver and the dial frequency, connects and disconnects.
+// Selecting a receiver or closing the dialog applies nothing.
 class ReceiverDialog : public QDialog
 {
 public:

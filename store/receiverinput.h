@@ -5,16 +5,16 @@
 namespace outpost
 {
 
-// What the operator asks for in the Kiwi Receiver dialog.
+// The operator's input in the Kiwi Receiver dialog.
 struct ReceiverInput {
-    QString host; // trimmed, in the operator's own case
+    QString host; // trimmed, case kept
     int port = 0;
     double frequencyMhz = 0;
-    QString refusal; // why it cannot be used; empty when it can
+    QString refusal; // why the input is invalid; empty if it is valid
 };
 
-// Reads the three edits, each without the white space around it. The first failing check gives
-// the refusal, in the order host, port (1..65535), frequency; then nothing else is to be used.
+// Checks the trimmed input in the order host, port (1..65535), frequency. The first error is the
+// refusal; the other fields are then not set.
 ReceiverInput readReceiverInput(const QString &hostText, const QString &portText,
                                 const QString &frequencyText);
 

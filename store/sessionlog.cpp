@@ -18,7 +18,7 @@ namespace outpost
 namespace
 {
 
-// A damaged log gives way to a fresh one.
+// A damaged log is replaced with a new one.
 QJsonObject statusLogIn(const std::optional<QByteArray> &file)
 {
     return parseJsonObject(file.value_or(QByteArray())).value_or(QJsonObject());

@@ -8,27 +8,26 @@
 namespace outpost
 {
 
-// Times the session with a receiver and keeps the log of all that have ended, as a file in the data
-// folder and as text.
+// Times the session with a receiver, and logs all finished sessions to a file in the data folder.
 class SessionLog
 {
 public:
-    // The clock tells UTC in ms since the epoch. `onChange` is called when a session has started,
-    // and when one has ended and is in the log.
+    // The clock returns UTC in ms since the epoch. `onChange` is called when a session has started,
+    // and when a finished session is in the log.
     SessionLog(const QString &dataFolder, std::function<qint64()> clockToUse,
                std::function<void()> onChangeToCall);
 
     const StatusSession &session() const { return current; }
 
-    // Does nothing while a session is active, or without a host.
+    // Does nothing if a session is active or the host is empty.
     void startStatusSession(const QString &host, int port, double frequencyMhz);
     void addSessionDecodes(qint64 count);
     void finishStatusSession();
 
-    // Of the sessions in the file; read there when a session ends, and when asked to.
+    // The history of the sessions in the file. The file is read when a session ends and on request.
     void rebuildStatusHistory();
 
-    // The whole Status Log: the session as it is now, then the history.
+    // The text of the Status Log: the current session, then the history.
     QString text() const;
 
 private:

@@ -18,7 +18,7 @@ namespace
 
 constexpr int shownSessions = 20;
 
-// JSON numbers are doubles: truncated, and kept within what a double counts exactly.
+// JSON numbers are doubles; truncates them to the range of exact integers.
 qint64 wholeNumber(const QJsonValue &value)
 {
     constexpr double exactLimit = 9007199254740992.0; // 2^53

@@ -21,7 +21,7 @@ QPlainTextEdit *newLogView(QWidget *parent)
 {
     auto *view = new QPlainTextEdit(parent);
     view->setReadOnly(true);
-    view->setUndoRedoEnabled(false); // or every refresh would be kept
+    view->setUndoRedoEnabled(false); // otherwise every refresh would be kept
     view->setLineWrapMode(QPlainTextEdit::NoWrap);
     view->setAccessibleName(QStringLiteral("Receiver status log"));
     return view;
@@ -39,10 +39,10 @@ void makeChanges(QTextDocument *document, const QVector<TextChange> &changes)
     cursor.endEditBlock();
 }
 
-// Where someone is in the log: positions in its text, and the column in view.
+// A reader's place in the log: positions in its text, and the scroll position.
 struct Reader {
     int anchor;
-    int position; // as the anchor: nothing is selected
+    int position; // equal to the anchor if nothing is selected
     int firstInView;
     int column;
 };
@@ -50,13 +50,13 @@ struct Reader {
 Reader readerOf(const QPlainTextEdit &view)
 {
     const QTextCursor cursor = view.textCursor();
-    const int line = view.verticalScrollBar()->value(); // without wrapping, its unit
+    const int line = view.verticalScrollBar()->value(); // without wrapping, its unit is a line
     return {cursor.anchor(), cursor.position(), view.document()->findBlockByNumber(line).position(),
             view.horizontalScrollBar()->value()};
 }
 
-// Qt's own cursors would not do: text that comes in at the end of a selection would join it, and a
-// selected number that counts on would not stay selected.
+// Qt's own cursors do not fit: text inserted at the end of a selection would become part of it, and
+// a selected number that changes would lose its selection.
 Reader changedReader(const QVector<TextChange> &changes, const Reader &reader)
 {
     const bool forwards = reader.anchor < reader.position;
@@ -77,7 +77,8 @@ void restoreReader(QPlainTextEdit *view, const Reader &reader)
     view->horizontalScrollBar()->setValue(reader.column);
 }
 
-// As the view gives it back: a name in a hand-edited log may hold line breaks of every kind.
+// The text as QPlainTextEdit returns it; a name in a hand-edited log may contain any kind of line
+// break.
 QString asShown(QString text)
 {
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
@@ -86,7 +87,7 @@ QString asShown(QString text)
         case '\r':
         case 0x2028: // line separator
         case 0x2029: // paragraph separator
-        case 0xfdd0: // Qt's own marks of a frame's begin and end
+        case 0xfdd0: // Qt's own marks of the begin and end of a frame
         case 0xfdd1:
             character = QLatin1Char('\n');
             break;

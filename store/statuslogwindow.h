@@ -7,8 +7,7 @@ class QPlainTextEdit;
 namespace outpost
 {
 
-// "Status Log": shows the log's text. What the reader has selected stays selected, and what is in
-// view stays there, while the text changes.
+// The "Status Log" window. The selection and the scroll position follow the text when it changes.
 class StatusLogWindow : public LiveDialog
 {
 public:

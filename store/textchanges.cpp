@@ -15,9 +15,9 @@ constexpr QLatin1Char lineFeed('\n');
 
 using Lines = QVector<QStringRef>; // each with its line feed
 
-// One piece gives way to another; either may be empty.
+// Replaces one piece with another; either may be empty.
 struct Replacement {
-    int position; // an empty reference has none
+    int position; // an empty reference has no position of its own
     QStringRef old;
     QStringRef now;
 };
@@ -56,8 +56,8 @@ class Comparison
 public:
     Comparison(const QString &fromText, const QString &toText) : from(fromText), to(toText) {}
 
-    // An old line that comes again among the new ones not yet passed stays; what stands between
-    // gives way.
+    // An old line that also occurs in the remaining new lines stays; the lines before it are
+    // replaced.
     QVector<Replacement> replacements()
     {
         const QHash<QStringRef, QVector<int>> places = placesIn(newLines);
@@ -110,7 +110,7 @@ int common(Iterator one, Iterator oneEnd, Iterator other, Iterator otherEnd)
     return static_cast<int>(std::mismatch(one, oneEnd, other, otherEnd).first - one);
 }
 
-// Only what differs: a time that counts on changes in its last digits.
+// Only the characters that differ: a running time changes in its last digits.
 TextChange smallestChange(const Replacement &lines)
 {
     const QStringRef &old = lines.old;
@@ -122,7 +122,7 @@ TextChange smallestChange(const Replacement &lines)
     return {lines.position + head, oldRest.size() - tail, nowRest.chopped(tail).toString()};
 }
 
-// The last line has no line feed: it is the one before it that comes or goes with the line.
+// The last line has no line feed, so the one before it is added or removed together with that line.
 TextChange within(int textSize, const TextChange &change)
 {
     if (change.position + change.length <= textSize) {

@@ -6,22 +6,21 @@
 namespace outpost
 {
 
-// A piece of a text that gives way to another.
+// Replaces a piece of a text.
 struct TextChange {
     int position; // in the old text
-    int length;   // in the old text; 0: text comes in
+    int length;   // in the old text; 0: an insertion
     QString text;
 };
 
-// What makes one text of the other, from the end to the begin, so that each change can be made at
-// its position in the old text. Lines that both texts have stay. Takes n log n in the
-// number of lines.
+// The changes that turn one text into the other, from the end to the start, so that each can be
+// applied at its position in the old text. Common lines are kept. Takes O(n log n) for n lines.
 QVector<TextChange> textChanges(const QString &from, const QString &to);
 
-// Which end of a selection a position is. Text that comes in at either stays outside.
+// The end of a selection at which a position is. Text inserted at either end stays outside.
 enum class Edge { Start, End };
 
-// Where a position in the old text is after the changes.
+// The position after the changes.
 int changedPosition(const QVector<TextChange> &changes, int position, Edge edge);
 
 } // namespace outpost
