@@ -45,7 +45,7 @@ QString profileRefusal(const ProfileReading &reading)
     return reading.isNoObject ? QStringLiteral("The profile is not a JSON object.") : reading.error;
 }
 
-// Nothing when there is no such option.
+// Nothing if the option was not given.
 std::optional<QString> valueOf(const QCommandLineParser &parser, const QCommandLineOption &option)
 {
     return parser.isSet(option) ? std::optional(parser.value(option)) : std::nullopt;
@@ -82,7 +82,8 @@ CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &rea
         if (!reading.profile) {
             return refused(QStringLiteral("%1: %2").arg(*path, profileRefusal(reading)));
         }
-        // Save Profile writes to it later, wherever the program's folder is then.
+        // Absolute, since Save Profile may write to it later, when the working directory has
+        // changed.
         options.profile = OpenedProfile{QFileInfo(*path).absoluteFilePath(), *reading.profile};
     }
     return {options, std::nullopt};

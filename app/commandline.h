@@ -8,8 +8,7 @@
 namespace outpost
 {
 
-// What became of the station's command line: it starts with these options unless there is an
-// ending.
+// The station's parsed command line. If there is an ending, the program must not start.
 struct CommandLine {
     StartOptions options;
     std::optional<Ending> ending;
@@ -17,11 +16,11 @@ struct CommandLine {
 
 using ReadProfile = std::function<ProfileReading(const QString &path)>;
 
-// The program's name comes first among the arguments. `readProfile` is asked for the file that
-// they name, if they do.
+// The first argument is the program's name. `readProfile` is called for the file in the arguments,
+// if any.
 CommandLine readCommandLine(const QStringList &arguments, const ReadProfile &readProfile);
 
-// Where there is no display, Qt would abort instead of ending with a sentence.
+// Used without a display, where Qt would abort instead of printing a message.
 Ending noDisplay();
 
 } // namespace outpost

@@ -5,7 +5,7 @@ class QWidget;
 namespace outpost
 {
 
-// The help page, which is also the About box. Returns when it is closed.
+// Shows the Help / About dialog. Returns when it is closed.
 void showHelpAbout(QWidget *parent);
 
 } // namespace outpost

@@ -5,10 +5,10 @@
 namespace outpost
 {
 
-// The heading of the Help / About dialog, HTML.
+// The heading of the Help / About dialog, in HTML.
 QString helpHeading();
 
-// The help page itself, plain text, lines separated by LF.
+// The text of the help page: plain text, lines separated by LF.
 QString helpText();
 
 } // namespace outpost

@@ -3,8 +3,8 @@
 #include <QApplication>
 #include <QIcon>
 
-// The linker leaves out the resources of a static library unless the program refers to them. The
-// macro works in the global namespace only.
+// The linker drops the resources of a static library unless the program refers to them. The macro
+// works only in the global namespace.
 static void takeIconsAlong()
 {
     Q_INIT_RESOURCE(icons);

@@ -3,8 +3,8 @@
 namespace outpost
 {
 
-// Tells Qt who the program is: the names that its data folder is made of, its desktop file and
-// its icon. Needs the application object.
+// Sets the names that determine the data folder, the desktop file name and the icon. Requires the
+// application object.
 void setIdentity();
 
 } // namespace outpost

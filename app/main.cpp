@@ -20,7 +20,8 @@ int endWith(const Ending &ending)
 int main(int argc, char *argv[])
 {
     ignoreBrokenPipes();
-    // Before the application object, which ends a program that has no display.
+    // Checked before the application object exists, since without a display that would end the
+    // program.
     const QStringList arguments = argumentList(argc, argv);
     const CommandLine commandLine = readCommandLine(
         arguments, [](const QString &path) { return readProfileFile(path, Profile()); });

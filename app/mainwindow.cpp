@@ -68,15 +68,15 @@ MainWindow::~MainWindow()
     disconnectKiwi(false);
 }
 
-// Windows asks first and may then think better of it, so being asked closes nothing. Once it has
-// told the program, it may end it before the event loop is left and the window destroyed.
+// Windows may ask first and cancel the log-off, so a query closes nothing. Once the log-off is
+// certain, Windows may end the program before the event loop ends and the window is destroyed.
 void MainWindow::prepareForLogOff()
 {
     QGuiApplication::setFallbackSessionManagementEnabled(false);
     atLogOff(this, [this] { finishStatusSession(); });
 }
 
-// As "Apply and Connect" does it with what the window shows, except that nothing is saved.
+// Like "Apply and Connect" with the current values, but saves nothing.
 void MainWindow::connectAtStart()
 {
     const Profile &profile = profiles.profile();
@@ -101,7 +101,7 @@ MenuChoices MainWindow::menuChoices()
     choices.disconnectReceiver = [this] { disconnectKiwi(true); };
     choices.editHighlightCalls = [this] { editHighlightCalls(); };
     choices.chooseDecodeDepth = [this](int depth) {
-        capture->setDecodeDepth(depth); // from the decoder's next run on
+        capture->setDecodeDepth(depth); // from the next period on
         options.settings.save(QStringLiteral("decoder/depth"), depth);
     };
     choices.selectJt9 = [this] { chooser->selectJt9(); };
@@ -115,7 +115,7 @@ MenuChoices MainWindow::menuChoices()
     return choices;
 }
 
-// --profile and --mhz stand in for the files; what they name is not saved by itself.
+// --profile and --mhz replace the files; their values are not saved automatically.
 void MainWindow::loadStartupProfile()
 {
     if (options.start.profile) {
@@ -209,7 +209,7 @@ void MainWindow::buildDecodeTable()
     setCentralWidget(decodeTable);
 }
 
-// The window follows the table's width both ways and keeps its height.
+// The window follows the width of the table and keeps its height.
 void MainWindow::fitToDecodes(int tableWidth)
 {
     setMinimumWidth(qMax(tableWidth, menuBar()->sizeHint().width() + 20));
@@ -227,7 +227,8 @@ void MainWindow::buildClearButton()
     menuBar()->setCornerWidget(clear, Qt::TopRightCorner);
 }
 
-// It asks for the port only when it is started or looked at, so the profile may be read later.
+// The profile may be loaded later, since the bridge asks for the port only when it is started or
+// shown.
 WsjtBridge *MainWindow::newBridge()
 {
     return new WsjtBridge(
@@ -256,7 +257,7 @@ void MainWindow::buildCapture()
         });
 }
 
-// With a profile named at the start, what is found is not saved.
+// If a profile was given on the command line, a decoder found by the search is not saved.
 std::unique_ptr<DecoderChooser> MainWindow::newDecoderChooser()
 {
     DecoderChooserCallbacks callbacks;
@@ -277,7 +278,7 @@ std::unique_ptr<DecoderChooser> MainWindow::newDecoderChooser()
 void MainWindow::appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
 {
     int rows = 0;
-    if (decodeTable) { // always, once the window is built
+    if (decodeTable) { // null only during construction
         addSessionDecodes(decodeTable->append(periodLabel, decodes));
         rows = decodeTable->rowCount();
     }

@@ -29,9 +29,8 @@ class WsjtBridge;
 struct Ft8Decode;
 struct ReceiverInput;
 
-// The one window and the one owner of the station's state. It owns, sequences and displays;
-// parsing, encoding, merging and formatting are core units that it calls. Everything here runs
-// on the GUI thread.
+// The main window owns the parts of the station and connects them. Parsing, encoding, merging and
+// formatting are core functions that it calls. Everything here runs on the GUI thread.
 class MainWindow : public QMainWindow
 {
 public:
@@ -110,7 +109,7 @@ private:
     GoodReceiverStore goodReceivers;
     SessionLog sessionLog;
     const std::unique_ptr<DecoderChooser> chooser;
-    ReceiverDialog *receiverDialog = nullptr; // while it is open
+    ReceiverDialog *receiverDialog = nullptr; // null while closed
     QPointer<StatusLogWindow> statusLogWindow;
 };
 

@@ -26,7 +26,7 @@ void addFileMenu(QMainWindow *window, const MenuChoices &choices)
     addEntry(menu, QStringLiteral("Exit"), [window] { window->close(); });
 }
 
-// These entries are shown and do nothing: decoding runs by itself while audio arrives.
+// These entries have no effect: decoding runs automatically while audio arrives.
 void addDecodeMenu(QMenu *settings)
 {
     QMenu *menu = settings->addMenu(QStringLiteral("Decode"));

@@ -7,7 +7,7 @@ class QMainWindow;
 namespace outpost
 {
 
-// What the entries of the menu bar do.
+// The actions of the menu entries.
 struct MenuChoices {
     using Choice = std::function<void()>;
 
@@ -28,8 +28,8 @@ struct MenuChoices {
     Choice showHelp;
 };
 
-// Fills the window's menu bar. No entry has a shortcut, an icon or a tool tip. `decodeDepth` is the
-// one that is checked.
+// Fills the window's menu bar. No entry has a shortcut, an icon or a tool tip. `decodeDepth` is
+// checked initially.
 void buildMenus(QMainWindow *window, const MenuChoices &choices, int decodeDepth);
 
 } // namespace outpost

@@ -1,4 +1,4 @@
-// Wires the receiver link with the capture, the session log and what the operator reads.
+// Connects the receiver link with the capture, the session log and the status shown.
 
 #include "app/mainwindow.h"
 #include "app/receiversound.h"
@@ -40,7 +40,7 @@ QString MainWindow::kiwiStatusText() const
     return link->kiwiStatusText();
 }
 
-// The title keeps the last outcome; nothing sets it back.
+// The title keeps the last outcome; nothing resets it.
 void MainWindow::takeSound(const QByteArray &frame)
 {
     const SoundOutcome outcome =

@@ -14,11 +14,11 @@ struct OpenedProfile {
     Profile profile;
 };
 
-// What the operator asks for at the start of the program.
+// What the command line requests for the start.
 struct StartOptions {
-    std::optional<OpenedProfile> profile; // in place of the default profile
-    std::optional<double> frequencyMhz;   // in place of the frequency file's
-    bool connects = false;                // to the receiver, once the event loop runs
+    std::optional<OpenedProfile> profile; // instead of the default profile
+    std::optional<double> frequencyMhz;   // instead of the frequency file's
+    bool connects = false;                // once the event loop runs
 };
 
 } // namespace outpost

@@ -7,8 +7,8 @@ class QApplication;
 namespace outpost
 {
 
-// The application object as the station has it: scaled for dense screens, with the station's font,
-// names and icon. `argc` must live as long as it does.
+// Creates the application object with high-DPI scaling and the station's font, names and icon.
+// `argc` must outlive it.
 std::unique_ptr<QApplication> startApplication(int &argc, char **argv);
 
 } // namespace outpost

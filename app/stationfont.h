@@ -3,8 +3,8 @@
 namespace outpost
 {
 
-// Sets the application's font: the platform's own interface face where it is installed, else the
-// system's general family, 12 pixels high. Needs the application object.
+// Sets the application's font: the platform's own interface font if it is installed, else the
+// system's general font; 12 pixels. Requires the application object.
 void setStationFont();
 
 } // namespace outpost

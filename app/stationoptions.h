@@ -13,10 +13,10 @@
 namespace outpost
 {
 
-// What a station is made of besides its parts: the real things unless a test says otherwise.
-// Needs the application object and its names.
+// The environment of a station: its clock, folders, settings and limits. Tests replace them.
+// Requires the application object and its names.
 struct StationOptions {
-    // UTC, milliseconds since the epoch. Every decision that depends on the time of day asks it.
+    // UTC, ms since the epoch. Used for every decision that depends on the time.
     std::function<qint64()> clock = QDateTime::currentMSecsSinceEpoch;
     StartOptions start{};
     QString dataFolder = outpost::dataFolder();

@@ -7,21 +7,20 @@ class QObject;
 namespace outpost
 {
 
-// How the program ends, which differs between the platforms.
+// How the program ends on each platform.
 
-// Writing to a log that nobody reads then fails instead of ending the program. To be called before
-// anything is written. There is nothing of the kind on Windows.
+// Makes writing to a log whose reader is gone fail instead of ending the program. Call before any
+// output. Does nothing on Windows.
 void ignoreBrokenPipes();
 
-// Makes the polite requests to end (SIGTERM, SIGINT, SIGHUP: a logout, "systemctl stop", Ctrl-C)
-// leave the event loop, so that the window is destroyed in order and an open receiver session is
-// written. What arrives within 100 ms of the first one belongs to it; a later one, also of another
-// kind, ends the program at once. Does nothing on Windows, where Qt answers a log-off. Needs the
-// application object; call once.
+// Makes SIGTERM, SIGINT and SIGHUP (a log-out, "systemctl stop", Ctrl-C) quit the event loop, so
+// that the window is destroyed and an open receiver session is saved. Further signals within 100 ms
+// belong to the same request; a later one, of any of the three kinds, ends the program at once.
+// Does nothing on Windows, where Qt handles a log-off. Requires the application object; call once.
 void quitOnTermination();
 
-// Calls it when Windows has told the program that the user logs off, after which the program may
-// be ended at any moment; as long as the owner lives. Elsewhere the event loop is left in order.
+// On Windows, calls `callback` when the user is logging off, after which the program may be ended
+// at any moment. Valid for the lifetime of `owner`. Does nothing elsewhere.
 void atLogOff(QObject *owner, const std::function<void()> &callback);
 
 } // namespace outpost

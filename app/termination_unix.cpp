@@ -17,12 +17,12 @@ namespace
 {
 constexpr std::array<int, 3> requests{SIGTERM, SIGINT, SIGHUP};
 
-int wakeUp[2]; // a pipe: a signal's handler may write, and do little else
+int wakeUp[2]; // a pipe, since a signal handler may do little else than write
 
-// A log-off or a service manager may send two at once, SIGTERM and SIGHUP, and means one request.
+// A log-off or a service manager may send SIGTERM and SIGHUP at once for a single request.
 constexpr qint64 sameRequestMs = 100;
 
-std::atomic<qint64> firstRequestMs{0}; // of the monotonic clock; 0 = none so far
+std::atomic<qint64> firstRequestMs{0}; // monotonic clock; 0 = none so far
 
 qint64 monotonicMs()
 {
@@ -31,7 +31,7 @@ qint64 monotonicMs()
     return qint64{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
 }
 
-// Once the handler has returned, as if there were none.
+// Takes effect when the handler returns: the default action ends the process.
 void endProcess(int number)
 {
     ::signal(number, SIG_DFL);
@@ -52,7 +52,7 @@ void onRequest(int number)
     errno = interruptedErrno;
 }
 
-// What the station was started to ignore, as under nohup, it goes on ignoring.
+// Signals that the program was started to ignore, as under nohup, stay ignored.
 void handle(int number)
 {
     struct sigaction before = {};
@@ -64,7 +64,7 @@ void handle(int number)
     action.sa_handler = onRequest;
     action.sa_flags = SA_RESTART;
     for (const int other : requests) {
-        ::sigaddset(&action.sa_mask, other); // another one waits until this is taken
+        ::sigaddset(&action.sa_mask, other); // blocks the others during the handler
     }
     ::sigaction(number, &action, nullptr);
 }
@@ -78,7 +78,7 @@ void ignoreBrokenPipes()
 void quitOnTermination()
 {
     if (::pipe2(wakeUp, O_CLOEXEC | O_NONBLOCK) != 0) {
-        return; // the signals then end the process as they always did
+        return; // without the pipe, signals keep their default action
     }
     firstRequestMs = 0;
     auto *notifier =

@@ -11,7 +11,7 @@ namespace outpost
 
 namespace
 {
-// Every top-level window is told; the first one counts.
+// Every top-level window gets the message; only the first one counts.
 class LogOffFilter : public QObject, public QAbstractNativeEventFilter
 {
 public:
