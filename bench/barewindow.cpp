@@ -1,4 +1,4 @@
-// The least that a program with a table in its window does.
+// The minimum work of a program with a table in its window.
 
 #include <QApplication>
 #include <QMainWindow>

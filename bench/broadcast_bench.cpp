@@ -1,4 +1,4 @@
-// 100 decodes to the clients of the bridge, beside bare writes of the same bytes to their sockets.
+// Sends 100 decodes to the bridge's clients; the reference only writes the same bytes to sockets.
 
 #include "bench/compare.h"
 #include "bench/windowbenches.h"

@@ -24,9 +24,9 @@ inline double median(std::vector<double> values)
     return *middle;
 }
 
-// Times the program's own work and the bare reference in turn, so that a loud machine is loud for
-// both. `prepare` comes before each and is not timed. The medians, in seconds, become the counters
-// "own" and "reference"; the first round, which only warms up, counts for neither.
+// Measures the program's work and the reference in turn, so that load on the machine affects both.
+// `prepare` runs before each and is not measured. The medians, in seconds, become the counters
+// "own" and "reference"; the first round is a warm-up and is not counted.
 inline void compare(benchmark::State &state, const std::function<void()> &prepare,
                     const std::function<void()> &own, const std::function<void()> &reference)
 {
@@ -49,7 +49,7 @@ inline void compare(benchmark::State &state, const std::function<void()> &prepar
     state.counters["reference"] = median(referenceSeconds);
 }
 
-// Runs what is registered, so many rounds each.
+// Runs all registered benchmarks, each for this number of rounds.
 inline int roundsAskedFor(int argc, char **argv, int usual)
 {
     const auto isSmoke = [](const char *argument) { return std::string(argument) == "--smoke"; };

@@ -102,7 +102,7 @@ def start_rows():
         for turn in range(1 if options.smoke else STARTS + 1):
             for name, starts in taken.items():
                 begun = start(name, environment(home))
-                if turn > 0 or options.smoke:  # the first one fills caches and the home
+                if turn > 0 or options.smoke:  # the first run fills the caches and the home
                     starts.append(begun)
     (own, own_kb), (bare, bare_kb) = (map(statistics.median, zip(*starts))
                                       for starts in taken.values())

@@ -1,5 +1,5 @@
-// Linked into a program, ends it as soon as its window has been painted, and writes to standard
-// output when that was (ns of the monotonic clock) and how much memory is resident then (kB).
+// Linked into a program, this ends it after the window's first paint, and prints the time (ns,
+// monotonic clock) and the resident memory (kB).
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,4 +1,4 @@
-// A sound frame's way into the period buffer, and the allocations on it.
+// From a sound frame to the period buffer: time and allocations.
 
 #include "app/receiversound.h"
 #include "bench/compare.h"
@@ -18,7 +18,7 @@ namespace
 std::atomic<quint64> allocations;
 } // namespace
 
-// Everything that allocates ends here: operator new as well as the toolkit's containers.
+// All allocations pass through these functions: operator new as well as Qt's containers.
 extern "C" {
 void *__libc_malloc(size_t bytes);              // NOLINT
 void *__libc_calloc(size_t count, size_t each); // NOLINT
@@ -47,7 +47,8 @@ namespace
 {
 constexpr int payloadBytes = 1024;
 constexpr int samplesPerFrame = 2 * payloadBytes;
-constexpr int frames = KiwiAudioCapture::samplesPerPeriod / samplesPerFrame; // none closes a period
+// No frame completes a period.
+constexpr int frames = KiwiAudioCapture::samplesPerPeriod / samplesPerFrame;
 constexpr qint64 boundaryMs = KiwiAudioCapture::periodMs;
 
 QByteArray noiseFrame()

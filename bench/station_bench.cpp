@@ -1,6 +1,7 @@
-// A station at real time: how long after a period's last sample its rows are in the table, beside
-// four bare decoders run by a shell on the same WAV; and the processor time that it takes itself.
-// usage: station_bench KIWI-SIM BAND-CACHE CPU-PERIODS LATENCY-PERIODS
+// A station in real time. Measures how long after the last sample of a period its rows are in the
+// table, compared with four decoders that a shell runs on the same WAV file, and the processor time
+// of the station itself.
+// Usage: station_bench KIWI-SIM BAND-CACHE CPU-PERIODS LATENCY-PERIODS
 
 #include "app/mainwindow.h"
 #include "app/startup.h"
@@ -32,7 +33,7 @@ double threadSeconds()
 }
 } // namespace
 
-// The linker leads calls of fileSha256() here.
+// The linker redirects calls of fileSha256() here (--wrap).
 QString realFileSha256(const QString &path) __asm__("__real__Z10fileSha256RK7QString");
 QString timedFileSha256(const QString &path) __asm__("__wrap__Z10fileSha256RK7QString");
 QString timedFileSha256(const QString &path)
@@ -53,7 +54,7 @@ double processorSeconds(int who)
            double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
-// Seconds since some start, all taken at once.
+// Readings in seconds, all taken at the same time.
 struct Usage {
     double wall = 0;
     double own = processorSeconds(RUSAGE_SELF);
@@ -67,7 +68,7 @@ int startReceiver(QProcess *receiver, const QString &program, const QString &cac
     receiver->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     receiver->start(program, {QStringLiteral("--port"), QStringLiteral("0"),
                               QStringLiteral("--cache"), cache, QStringLiteral("--save"), saved});
-    receiver->waitForReadyRead(120000); // making the band takes a while
+    receiver->waitForReadyRead(120000); // making the band takes long
     const QList<QByteArray> words = receiver->readLine().trimmed().split(' ');
     if (words.size() != 5) {
         qFatal("the simulated receiver does not listen");
@@ -75,7 +76,7 @@ int startReceiver(QProcess *receiver, const QString &program, const QString &cac
     return words.last().toInt();
 }
 
-// As the station runs them, from a shell: a folder each.
+// Run from a shell as the station runs them, each in its own folder.
 const QString bareDecoders = QStringLiteral("cd \"$1\" || exit\n"
                                             "for band in 0:825 725:1550 1450:2275 2175:3000; do\n"
                                             "  (cd $band && exec jt9 --ft8 -d 2 -L ${band%:*}"
@@ -115,7 +116,7 @@ private:
     const int latencyPeriods;
     MainWindow window;
     QElapsedTimer clock;
-    double lastArrival = 0; // of something on a socket
+    double lastArrival = 0; // of data on a socket
     double lastSample = 0;
     int closedPeriods = 0;
     Usage atFirst;
@@ -129,7 +130,7 @@ StationBench::StationBench(const QString &savedFolder, int cpuPeriodsToRun, int 
 {
     clock.start();
     QCoreApplication::instance()->installEventFilter(this);
-    // The window's title tells that a period was handed to the decoders.
+    // The window's title changes when a period was handed to the decoders.
     QObject::connect(&window, &QWidget::windowTitleChanged, this, [this](const QString &title) {
         if (title.contains(QStringLiteral("Decode Complete"))) {
             onPeriodClosed();
@@ -138,7 +139,7 @@ StationBench::StationBench(const QString &savedFolder, int cpuPeriodsToRun, int 
     QObject::connect(decodeTableOf(window)->model(), &QAbstractItemModel::rowsInserted, this,
                      [this] {
                          if (lastSample == 0) {
-                             return; // not the batch's first row
+                             return; // not the first row of the batch
                          }
                          const double sampleTime = lastSample;
                          lastSample = 0;
@@ -170,7 +171,7 @@ Usage StationBench::usage() const
 void StationBench::onPeriodClosed()
 {
     lastSample = qEnvironmentVariableIsSet("PELQ_JT9_PATH") ? lastArrival : 0;
-    window.setWindowTitle(QString()); // or the next period would not change it
+    window.setWindowTitle(QString()); // so that the next period changes it again
     if (closedPeriods == 0) {
         atFirst = usage();
     }
@@ -189,7 +190,7 @@ void StationBench::onRowsShown()
     }
 }
 
-// Meanwhile the station goes without a decoder: it would be decoding the next period.
+// The station has no decoder meanwhile, since it would decode the next period.
 void StationBench::runBareDecoders()
 {
     const QByteArray decoder = qgetenv("PELQ_JT9_PATH");

@@ -1,4 +1,4 @@
-// The list of good receivers and the status log, beside one parse (and one write) of their JSON.
+// The good receivers and the status log; the reference parses (and writes) their JSON once.
 
 #include "app/mainwindow.h"
 #include "base/datapaths.h"
@@ -26,7 +26,7 @@ QString hostNumber(int number)
     return QStringLiteral("receiver%1.example.org").arg(number);
 }
 
-// `last` is found only after all others were looked at.
+// `last` is at the end of the list, so that a search passes all entries.
 QByteArray receiverList(int entries, const QString &last)
 {
     QJsonArray list;
@@ -41,7 +41,7 @@ QByteArray receiverList(int entries, const QString &last)
     return QJsonDocument(list).toJson();
 }
 
-// So many sessions of a tenth as many receivers.
+// A log with this number of sessions, and a tenth as many receivers.
 QByteArray statusLog(int entries)
 {
     QJsonArray sessions;

@@ -1,4 +1,4 @@
-// A period of 100 decodes comes into a table that holds three: appended, resized and painted.
+// Appends a period of 100 decodes to a table with three periods, resizes it and paints it.
 
 #include "app/mainwindow.h"
 #include "base/timetext.h"
@@ -21,8 +21,7 @@ namespace
 constexpr int periodRows = 100;
 constexpr int fullRows = 3 * periodRows;
 
-// The same rows in a table of the same settings, and nothing else: no jt9 line is taken apart, no
-// row is looked at again.
+// A table with the same settings and the same rows, without parsing lines or checking rows again.
 class BareTable
 {
 public:
@@ -58,7 +57,7 @@ void BareTable::setSections(QHeaderView::ResizeMode mode)
     table->horizontalHeader()->setSectionResizeMode(mode);
 }
 
-// Sections held still while rows come and go: the table is measured once.
+// The sections are fixed while rows change, so the table is measured once.
 void BareTable::append(const QVector<DecodeCells> &rows)
 {
     table->setUpdatesEnabled(false);

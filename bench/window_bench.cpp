@@ -1,4 +1,4 @@
-// What the window does with decodes and data files, beside the bare work.
+// The window's work with decodes and data files, compared with the minimum.
 
 #include "app/startup.h"
 #include "bench/compare.h"

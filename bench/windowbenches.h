@@ -5,12 +5,12 @@
 namespace outpost
 {
 
-// Each registers its benchmarks with Google Benchmark, `rounds` rounds each.
+// Register benchmarks with Google Benchmark, with this number of rounds each.
 void registerTableBench(int rounds);
 void registerBroadcastBench(int rounds);
 void registerStoreBench(int rounds);
 
-// So many jt9 lines of a crowded period, all different.
+// This number of different jt9 lines, as in a crowded period.
 QStringList benchLines(int count);
 
 } // namespace outpost

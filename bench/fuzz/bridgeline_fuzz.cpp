@@ -44,7 +44,7 @@ void checkDecode(const BridgeDecode &decode, const ReferenceLine &line, const QS
     checkWire(decode);
 }
 
-// The duplicate store against a plain table; the times are any the input has.
+// Compares the store of recent keys with a plain table, at any times the input gives.
 class KeyStore
 {
 public:
@@ -68,8 +68,8 @@ private:
 };
 } // namespace
 
-// Input: a line with the period's label, then jt9's lines. The label is the station's own and holds
-// no TAB.
+// Input: a line with the period's label, then jt9's lines. The label comes from the station and
+// contains no TAB.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzInput input(data, size);

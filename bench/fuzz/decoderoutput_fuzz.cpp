@@ -13,7 +13,7 @@ namespace outpost
 
 namespace
 {
-// All decode lines of a whole output at once, however many.
+// All decode lines of the complete output, without a limit.
 QStringList referenceLines(const QByteArray &output)
 {
     QStringList lines;
@@ -77,7 +77,7 @@ bool sameSignal(const Record &a, const Record &b)
     return a.key == b.key && std::abs(double(a.freq) - b.freq) <= 12;
 }
 
-// The rule of the merge, without a set and without a pattern.
+// The merge rule without a set and without a pattern.
 void referenceMerge(const QStringList &lines, QList<Record> *records, QStringList *others)
 {
     QStringList otherKeys;
@@ -133,7 +133,7 @@ void checkMerge(const QStringList &lines)
             "lines are trimmed");
 }
 
-// A decoder that prints without end: the input over and over.
+// Simulates a decoder that never stops printing by repeating the input.
 void checkBound(const QByteArray &piece, int chunkBytes)
 {
     linesInChunks(piece.repeated(500000 / qMax(1, piece.size())), chunkBytes);

@@ -27,7 +27,7 @@ void checkFrequency(double mhz)
     }
 }
 
-// An optional sign, digits with at most one point among them, an optional exponent.
+// An optional sign, digits with at most one decimal point, an optional exponent.
 bool isDecimal(const QByteArray &text)
 {
     int at = text.startsWith('+') || text.startsWith('-') ? 1 : 0;
@@ -70,7 +70,7 @@ std::optional<double> referenceFrequency(const QString &text)
 }
 } // namespace
 
-// Input: what an operator types, or the frequency file.
+// Input: an operator's input, or the frequency file.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray content = FuzzInput(data, size).rest();

@@ -10,7 +10,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 
-// An invariant that does not hold ends the run, and libFuzzer keeps the input.
+// A violated invariant ends the run; libFuzzer then saves the input.
 inline void require(bool holds, const char *invariant)
 {
     if (holds) {
@@ -20,7 +20,7 @@ inline void require(bool holds, const char *invariant)
     std::abort();
 }
 
-// Takes an input apart from its front; past the end it gives zeros and empty texts.
+// Reads the input from the front; past the end it returns zeros and empty texts.
 class FuzzInput
 {
 public:
@@ -42,7 +42,7 @@ public:
         position += taken.size();
         return taken;
     }
-    QByteArray line() // without its LF
+    QByteArray line() // without LF
     {
         const int end = bytes.indexOf('\n', position);
         const QByteArray taken = take(end < 0 ? bytes.size() : end - position);
@@ -51,7 +51,7 @@ public:
     }
     QByteArray rest() { return take(bytes.size()); }
 
-    // For what takes long: true for one input in `count`, always the same ones.
+    // For slow checks: true for one input in `count`, always the same ones.
     bool isOneIn(int count) const
     {
         return qChecksum(bytes.constData(), static_cast<uint>(bytes.size())) % count == 0;

@@ -84,7 +84,7 @@ void checkKeys(const QString &host, int port)
     require(withoutKey(once, key).isEmpty(), "a key can be taken away again");
 }
 
-// The document as the toolkit writes it: whole numbers beyond 2^53 are the nearest double then.
+// The document as Qt writes it: integers beyond 2^53 become the nearest double.
 std::optional<QJsonArray> readDocument(const QByteArray &json)
 {
     const std::optional<QJsonArray> document = parseJsonArray(json);
@@ -92,13 +92,13 @@ std::optional<QJsonArray> readDocument(const QByteArray &json)
 }
 } // namespace
 
-// The toolkit's JSON parser loses memory where an object has a key twice.
+// Qt's JSON parser leaks memory if an object contains a key twice.
 extern "C" int __lsan_is_turned_off() // NOLINT(bugprone-reserved-identifier)
 {
     return 1;
 }
 
-// Input: a line with port and host, then the list's file.
+// Input: a line with port and host, then the file.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzInput input(data, size);

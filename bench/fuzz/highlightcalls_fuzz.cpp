@@ -21,8 +21,8 @@ bool isCall(const QString &entry)
     return valid;
 }
 
-// Upper case where a caseless comparison finds an A to Z: Unicode also folds the Kelvin sign and
-// the long s to a letter of these.
+// Upper case, including the characters that a case-insensitive comparison treats as A to Z: Unicode
+// folds the Kelvin sign and the long s to letters.
 QString folded(QString text)
 {
     for (QChar &c : text) {
@@ -37,7 +37,7 @@ QString folded(QString text)
     return text;
 }
 
-// The call stands alone: at no place is it touched by a character that calls are made of.
+// Whether the callsign occurs without a callsign character on either side.
 bool standsAlone(const QString &upperText, const QString &call)
 {
     for (int at = upperText.indexOf(call); at >= 0; at = upperText.indexOf(call, at + 1)) {
@@ -97,7 +97,7 @@ void checkMatch(const QString &text, const QStringList &calls)
 }
 } // namespace
 
-// Input: a line with a message, then the list as it is typed, a call on a line.
+// Input: a line with a message, then the list as typed, one callsign per line.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzInput input(data, size);

@@ -5,7 +5,7 @@
 namespace outpost
 {
 
-// Input: the state to begin with (index, predictor), then the payload of a compressed frame.
+// Input: the initial state (index, predictor), then the payload of a compressed frame.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzInput input(data, size);

@@ -57,7 +57,8 @@ void checkFields(const QJsonObject &keys, const Profile &read, const Profile &cu
             "a flag is read, or the current one kept");
 }
 
-// What is written holds all six fields: whatever was current, they are read again.
+// A written profile contains all six fields, so reading it gives the same values whatever was
+// current.
 void checkRoundTrip(const Profile &profile)
 {
     const QByteArray json = profileJson(profile);
@@ -69,7 +70,7 @@ void checkRoundTrip(const Profile &profile)
 }
 } // namespace
 
-// Qt's JSON parser loses memory where an object has a key twice.
+// Qt's JSON parser leaks memory if an object contains a key twice.
 extern "C" int __lsan_is_turned_off() // NOLINT(bugprone-reserved-identifier)
 {
     return 1;

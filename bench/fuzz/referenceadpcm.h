@@ -5,8 +5,8 @@
 namespace outpost
 {
 
-// IMA ADPCM once more, written for clearness: the three low bits weigh step, step/2 and step/4,
-// each truncated, step/8 is always added, and the top bit is the sign.
+// IMA ADPCM, written for clarity: the three low bits stand for step, step/2 and step/4, each
+// truncated; step/8 is always added; the high bit is the sign.
 inline int referenceSample(ImaAdpcmState &state, int nibble)
 {
     int part = imaStepTable[state.adpcmIndex];

@@ -6,7 +6,7 @@
 namespace outpost
 {
 
-// A decode line's five fields as text.
+// The five fields of a decode line as text.
 struct ReferenceLine {
     QString time;
     QString snr;
@@ -15,7 +15,7 @@ struct ReferenceLine {
     QString message;
 };
 
-// Reads a decode line by hand, field by field.
+// Parses a decode line by hand, field by field.
 class ReferenceReader
 {
 public:

@@ -14,7 +14,7 @@ namespace outpost
 
 namespace
 {
-// What the capture has to hold, sample by sample and without any shortcut.
+// Calculates the capture's expected contents, sample by sample and without shortcuts.
 class Reference
 {
 public:
@@ -111,22 +111,22 @@ void compare(const KiwiAudioCapture &capture, const SoundDecoder &sound, const R
     require(capture.periodStart() == reference.periodStartMs, "the reference's period start");
     require(same(capture.periodCounters(), reference.counters), "the reference's counters");
     if (!reference.started) {
-        return; // the decoder starts afresh with the capture
+        return; // starting the capture resets the decoder
     }
     require(sound.adpcmState().adpcmIndex == reference.adpcm.adpcmIndex, "the reference's index");
     require(sound.adpcmState().adpcmPredictor == reference.adpcm.adpcmPredictor,
             "the reference's predictor");
 }
 
-// Mostly short ones, so that runs are quick; the longest are longer than a receiver's.
+// Mostly short, so that runs are fast; the longest exceed those of a receiver.
 int readPayloadBytes(FuzzInput &input)
 {
     const int code = input.byte();
     return code >= 240 && input.isOneIn(64) ? (code - 239) * 4096 : code;
 }
 
-// A frame of the input's own flags and length, whose payload repeats a few bytes of the input, so
-// that a short input can fill a period.
+// A frame with the input's flags and length. The payload repeats a few bytes, so that a short input
+// can fill a period.
 QByteArray readFrame(FuzzInput &input)
 {
     QByteArray frame = "SND" + input.take(1).leftJustified(7, '\0');
@@ -139,7 +139,7 @@ QByteArray readFrame(FuzzInput &input)
     return frame;
 }
 
-// Runs the commands of the input; returns how many periods were closed.
+// Runs the commands in the input; returns the number of completed periods.
 int play(FuzzInput &input, const QString &folder)
 {
     constexpr int maxPeriods = 2;
@@ -171,7 +171,7 @@ int play(FuzzInput &input, const QString &folder)
             nowMs += input.word();
             break;
         case 3:
-            nowMs -= input.word(); // clocks are set back, too
+            nowMs -= input.word(); // a clock can be set back
             break;
         default:
             const QByteArray frame = readFrame(input);
@@ -198,7 +198,7 @@ int LLVMFuzzerInitialize(int *argc, char ***argv)
     return 0;
 }
 
-// Input: commands of one byte each with their arguments.
+// Input: one-byte commands with their arguments.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     static const QTemporaryDir folder;

@@ -22,7 +22,7 @@ bool isEntry(const QJsonValue &element, const StatusSession &session)
            entry.value(QLatin1String("Port")).toInt(0) == session.port;
 }
 
-// Whole, within what a double counts exactly.
+// An integer in the range that a double represents exactly.
 qint64 whole(const QJsonValue &value)
 {
     const double number = value.toDouble();
@@ -98,8 +98,8 @@ int lineEnds(const QJsonArray &entries, int from, const char *timeKey)
     return count;
 }
 
-// One line for each receiver and for each of the newest 20 sessions; a text with line ends of its
-// own has them shown.
+// One line per receiver and per session of the latest 20. Line breaks inside a text are shown as
+// they are.
 void checkHistory(const QByteArray &file, const std::optional<QJsonObject> &log)
 {
     const QString text = statusHistoryText(file);
@@ -132,7 +132,7 @@ StatusSession readSession(const QByteArray &line)
     return session;
 }
 
-// The document as the toolkit writes it: whole numbers beyond 2^53 are the nearest double then.
+// The document as Qt writes it: integers beyond 2^53 become the nearest double.
 std::optional<QJsonObject> readDocument(const QByteArray &json)
 {
     const std::optional<QJsonObject> document = parseJsonObject(json);
@@ -140,13 +140,13 @@ std::optional<QJsonObject> readDocument(const QByteArray &json)
 }
 } // namespace
 
-// The toolkit's JSON parser loses memory where an object has a key twice.
+// Qt's JSON parser leaks memory if an object contains a key twice.
 extern "C" int __lsan_is_turned_off() // NOLINT(bugprone-reserved-identifier)
 {
     return 1;
 }
 
-// Input: a line with port, decodes and host, then the log's file.
+// Input: a line with port, decodes and host, then the file.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzInput input(data, size);
