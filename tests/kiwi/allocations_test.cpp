@@ -1,4 +1,4 @@
-// What sound costs in memory: nothing, between one period's end and the next.
+// Sound must not allocate memory between the end of one period and the next.
 
 #include "app/receiversound.h"
 #include "decode/kiwiaudiocapture.h"
@@ -14,7 +14,7 @@ namespace outpost
 namespace
 {
 
-// Every way to allocate in this process ends in these.
+// All allocations of this process pass through these functions.
 std::atomic<int> allocations{0};
 
 } // namespace

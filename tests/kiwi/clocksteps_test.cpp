@@ -1,4 +1,4 @@
-// The computer's clock is set forward and back while a receiver is heard.
+// The system clock is set forward and back while a receiver is heard.
 
 #include "base/datafile.h"
 #include "tests/fixture/aftermath.h"
@@ -26,11 +26,11 @@ namespace
 {
 constexpr qint64 hourMs = 3600 * 1000;
 
-// What a debug build on a loaded machine may take beyond what it had.
+// What a debug build on a busy machine may use on top, in kB.
 constexpr qint64 maxExtraKb = 100 * 1024;
 constexpr int maxStallMs = 4000;
 
-// Finds one signal in each period, with the time that the period's folder has.
+// Finds one signal in each period, with the time in the name of the period's folder.
 const QByteArray decoder =
     "[ $5 = 0 ] && echo \"$(basename $(dirname \"$8\") | cut -d_ -f3) -12 0.3 1234 ~ CQ K1ABC "
     "FN42\"\nexit 0\n";
@@ -39,7 +39,8 @@ const QString untouchedTitle = QStringLiteral("PELQ Kiwi Outpost");
 
 QByteArray soundOf(int milliseconds)
 {
-    return adpcmFrame(QByteArray(milliseconds * 6, '\0')); // two samples a byte, 12 a millisecond
+    // Two samples per byte, 12 samples per ms.
+    return adpcmFrame(QByteArray(milliseconds * 6, '\0'));
 }
 
 QStringList shownPeriods(const TestStation &station)
@@ -97,7 +98,7 @@ void judge(Aftermath &aftermath)
 void ClockStepsTest::initTestCase()
 {
     adoptOrphans();
-    // What the toolkit makes once and keeps is made before the first comparison.
+    // Creates what Qt creates once and keeps, before the first comparison.
     PuppetReceiver receiver;
     TestStation station(decoder);
     station.hearPeriod(receiver);
@@ -109,8 +110,8 @@ void ClockStepsTest::onceBegunPeriodsGoByTheSamples_data()
     addSteps();
 }
 
-// And keepalives go out as ever; the session lasts as long as the clock says, but never less than
-// no time at all.
+// Keepalives continue as well. The session lasts as long as the clock says, but never less than 0
+// s.
 void ClockStepsTest::onceBegunPeriodsGoByTheSamples()
 {
     QFETCH(qint64, stepMs);
@@ -160,8 +161,8 @@ void ClockStepsTest::beforeThatTheFirstOneIsWaitedFor_data()
     addSteps();
 }
 
-// The first period keeps the start that it was given with the first sound. A clock set back has to
-// come there again; one set forward is there at once.
+// The first period keeps the start that it got with the first sound. After the clock is set back,
+// it must reach that time again; after it is set forward, it has reached it at once.
 void ClockStepsTest::beforeThatTheFirstOneIsWaitedFor()
 {
     QFETCH(qint64, stepMs);

@@ -1,4 +1,4 @@
-// The live report's file: where it lies, when it is rewritten, what the log says of it.
+// The file of the live report: its place, when it is rewritten, and what the log says.
 
 #include "tests/fixture/teststation.h"
 
@@ -13,8 +13,8 @@ namespace outpost
 
 namespace
 {
-// What went into the streams of files that are saved, the newest at the end: the file itself
-// stays empty.
+// What was written to the streams of saved files, the latest at the end; the file itself stays
+// empty.
 struct StreamedText {
     QString path;
     QString text;
@@ -22,7 +22,7 @@ struct StreamedText {
 QList<StreamedText> streamedTexts;
 } // namespace
 
-// The linker puts this in the place of QTextStream::operator<<(const QString &).
+// The linker replaces QTextStream::operator<<(const QString &) with this (--wrap).
 QTextStream &realStream(QTextStream *stream,
                         const QString &text) __asm__("__real__ZN11QTextStreamlsERK7QString");
 QTextStream &watchedStream(QTextStream *stream,
@@ -176,7 +176,7 @@ void EvidenceTest::oneFileForEachConnection()
     TestStation station;
     const qint64 firstMs = station.clock.now();
     openLink(station, receiver);
-    station.clock.set(firstMs + 7000); // the connection's start names the file
+    station.clock.set(firstMs + 7000); // the file is named after the connection's start
     sendSound(station, receiver, 20);
     openLink(station, receiver);
     sendSound(station, receiver, 1);

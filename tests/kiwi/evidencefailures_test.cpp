@@ -1,4 +1,4 @@
-// Reports that the file system refuses, in mounts of this process's own.
+// Reports that the file system refuses, on mounts private to this process.
 
 #include "tests/fixture/teststation.h"
 #include "tests/store/privatemounts.h"
@@ -11,10 +11,10 @@ namespace outpost
 
 namespace
 {
-bool privateMounts = false; // they are entered before the test starts
+bool privateMounts = false; // mounted before the tests start
 
-// This thread touches files as a user without rights, while it lives. Without the right to become
-// one, it already is one.
+// For its lifetime, this thread accesses files as an unprivileged user. If it may not change its
+// user, it is unprivileged already.
 class FilesAsNobody
 {
 public:
@@ -26,7 +26,7 @@ private:
     const int before;
 };
 
-// Nothing can be renamed onto it, and writing to it would work.
+// A mounted file: renaming onto it fails, although writing to it works.
 class MountedFile
 {
 public:
@@ -74,7 +74,7 @@ void EvidenceFailuresTest::withoutTheVariableThePathBeginsWithASlash()
     const PuppetReceiver receiver;
     TestStation station;
     qunsetenv("PELQ_KIWI_STAGE_CAPTURE_DIR");
-    // Here, and only here, anybody may write.
+    // Only here may any user write.
     const QTemporaryDir open(QStringLiteral("/tmp/open"));
     QVERIFY(QFile::setPermissions(open.path(), QFile::Permissions(QFlag(0x7777))));
     const QString before = QDir::currentPath();
@@ -82,7 +82,7 @@ void EvidenceFailuresTest::withoutTheVariableThePathBeginsWithASlash()
     station.connectTo(receiver.port());
     QTRY_COMPARE(receiver.commands().size(), 7);
     {
-        const FilesAsNobody asNobody; // the root folder stays as it is
+        const FilesAsNobody asNobody; // keeps the root folder clean
         for (int i = 0; i < 20; ++i) {
             receiver.sendBinary("SND");
         }

@@ -1,5 +1,5 @@
-// Peers that refuse, lie, flood or vanish: whatever they do, the window says what it should, goes
-// on answering its operator, and holds nothing of them afterwards. The figures are printed.
+// Peers that refuse, lie, flood or vanish. Whatever they do, the window shows the right status,
+// stays responsive, and keeps no resources of theirs. Prints the figures.
 
 #include "tests/fixture/aftermath.h"
 #include "tests/fixture/memoryhome.h"
@@ -34,17 +34,17 @@ private slots:
 
 namespace
 {
-// What a debug build on a loaded machine may take beyond what it had, in kB. A queue or a buffer
-// without a bound exceeds it within a second.
+// What a debug build on a busy machine may use on top, in kB. An unbounded queue or buffer exceeds
+// it within a second.
 constexpr qint64 maxExtraKb = 100 * 1024;
-// Likewise, how long the window may not answer.
+// How long the window may be unresponsive.
 constexpr int maxStallMs = 4000;
 
 const QString failed = QStringLiteral("Failed — no Kiwi SND endpoint produced data");
 const QString ended = QStringLiteral("Disconnected — verified SND stream ended");
 const QString connected = QStringLiteral("Connected — 14.074000 MHz\n");
 
-// The window's clock and its receiver's, which start together.
+// The clocks of the window and of its receiver, which start together.
 struct Air {
     explicit Air(qint64 utcMs) { clock.set(utcMs); }
 
@@ -65,7 +65,7 @@ struct Air {
     MadeUpClock clock;
 };
 
-// Far from every period's start.
+// A time far from any period's start.
 qint64 quietMs()
 {
     return MadeUpClock::boundaryMs() + 2000;
@@ -77,7 +77,7 @@ int soundFrames(const QString &status)
     return pattern.match(status).captured(1).toInt();
 }
 
-// Applies the receiver's address, waits for the state, presses Disconnect. Returns the last
+// Applies the receiver's address, waits for the state, and presses Disconnect. Returns the last
 // status before that.
 QString meet(TestStation &station, int port, const QString &state, int minSoundFrames)
 {
@@ -98,7 +98,7 @@ QString meet(TestStation &station, int port, const QString &state, int minSoundF
     return last;
 }
 
-// The window alone again, with the objects that it had at its start.
+// Whether only the window and its original objects are left.
 bool isAsAtItsStart(const TestStation &station, const Footprint &started)
 {
     return QTest::qWaitFor(
@@ -125,7 +125,7 @@ const QByteArray shortSound = binaryFrame("SND\x10\0\0\0\0\0\0");
 
 void HostilePeersTest::initTestCase()
 {
-    // What the toolkit makes once and keeps is made before the first comparison.
+    // Creates what Qt creates once and keeps, before the first comparison.
     adoptOrphans();
     Air air(quietMs());
     PeerThread peers;
@@ -287,8 +287,7 @@ void HostilePeersTest::connectingAgainAndAgainLeavesNothingBehind()
 namespace
 {
 
-// States of the link, each with the receiver that leads to it and what the status then begins
-// with.
+// States of the link, each with a receiver that leads to it and the start of the status text.
 void addStates()
 {
     QTest::addColumn<QString>("behaviour");

@@ -23,7 +23,7 @@ QVector<qint16> decodePayload(ImaAdpcmState &state, const QByteArray &payload)
     return samples;
 }
 
-// The payloads that the reference decoder below was given. Noise keeps the index high.
+// Payloads that were also given to the reference decoder below. Noise keeps the index high.
 QByteArray noisePayload()
 {
     QByteArray payload;
@@ -35,14 +35,15 @@ QByteArray noisePayload()
     return payload;
 }
 
-// Up through all steps, one a byte, and down again; the signs keep the samples from the limits.
+// Up through all steps, one per byte, and down again; the signs keep the samples away from the
+// limits.
 QByteArray sweepPayload()
 {
     return QByteArray("\x84\x0c").repeated(44) + "\x84\x4c" + QByteArray("\x80").repeated(50);
 }
 
-// The recommendation's steps: 7 to 14, then each a tenth more than the one before, without its
-// fraction, up to the largest sample.
+// The recommendation's steps: 7 to 14, then each a tenth larger than the one before, rounded down,
+// up to the largest sample.
 int recommendedStep(int index)
 {
     if (index < 8) {
@@ -128,7 +129,7 @@ void ImaAdpcmTest::everyStepIsTheRecommendedOne()
     }
 }
 
-// Samples that Python's audioop made of the same payload (nibbles swapped for it).
+// Samples that Python's audioop decoded from the same payload (with nibbles swapped).
 void ImaAdpcmTest::agreesWithAnIndependentDecoder_data()
 {
     QTest::addColumn<QByteArray>("payload");

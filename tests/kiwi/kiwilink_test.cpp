@@ -1,4 +1,4 @@
-// The link alone: what it tells the program, and what the program can choose for it.
+// The link alone: its callbacks and its options.
 
 #include "base/logline.h"
 #include "kiwi/kiwilink.h"
@@ -19,8 +19,8 @@ namespace
 {
 const QByteArray sound = adpcmFrame(QByteArray(1024, '\0'));
 
-// A link with a receiver of its own. What it calls back stands in the trace among its log lines,
-// with a "*".
+// A link with a receiver of its own. Callbacks appear in the trace among the log lines, marked with
+// "*".
 struct LinkBench {
     explicit LinkBench(KiwiLinkOptions options = withoutReport()) : target{localTarget(receiver)}
     {
@@ -51,7 +51,7 @@ struct LinkBench {
     static KiwiLinkOptions impatient()
     {
         KiwiLinkOptions options = withoutReport();
-        options.openTimeoutMs = 2000; // a busy machine opens a link within
+        options.openTimeoutMs = 2000; // long enough to open a link on a busy machine
         options.dataTimeoutMs = 20;
         return options;
     }

@@ -100,7 +100,8 @@ void ReceiverNoticesTest::eachNoticeOnceAMinute()
     QVERIFY(!recent.tell(busy, noonMs));
     QVERIFY(recent.tell(QStringLiteral("too_busy=4"), noonMs + 30000));
     QVERIFY(!recent.tell(busy, noonMs + 59999));
-    QVERIFY(recent.tell(busy, noonMs + 60000)); // a minute after it was told, not after it came
+    // A minute after it was logged, not after it last arrived.
+    QVERIFY(recent.tell(busy, noonMs + 60000));
     QVERIFY(!recent.tell(QStringLiteral("too_busy=4"), noonMs + 89999));
     QVERIFY(recent.tell(QStringLiteral("too_busy=4"), noonMs + 90000));
     QVERIFY(!recent.tell(busy, noonMs + 119999));
@@ -129,7 +130,7 @@ void ReceiverNoticesTest::atMost20DifferentOnesAMinute()
 {
     RecentNotices recent;
     int told = 0;
-    for (int i = 0; i < 5 * 600; ++i) { // ten a second
+    for (int i = 0; i < 5 * 600; ++i) { // ten per second
         told += recent.tell(QStringLiteral("too_busy=%1").arg(i), noonMs + 100 * i) ? 1 : 0;
     }
     QCOMPARE(told, 5 * 20);

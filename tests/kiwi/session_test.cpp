@@ -35,13 +35,13 @@ QString requestLine(int port, const QString &mhz)
         .arg(mhz);
 }
 
-// A list whose differences a failed comparison shows in full.
+// Joins the list, so that a failed comparison shows all differences.
 QString inLines(const QStringList &list)
 {
     return list.join(QLatin1Char('\n'));
 }
 
-// From the request up to the last command.
+// From the request to the last command.
 QStringList openingLines(int port, const QString &mhz)
 {
     QStringList lines{
@@ -62,7 +62,7 @@ QTimer *watchdogOf(const MainWindow &window)
     return watchdog;
 }
 
-// What the program has planned for later: its own timers that run, and Qt's single shots.
+// Pending actions of the program: its active timers and Qt's single shots.
 int plannedActions(const MainWindow &window)
 {
     const auto timers = window.findChildren<QTimer *>();
@@ -408,7 +408,7 @@ void SessionTest::noProbeStartsInsideASocketsSignal()
     station.connectTo(receiver.port());
     QTRY_COMPARE(receiver.commands().size(), 7);
     const auto sockets = [&] { return station.window->findChildren<QWebSocket *>(); };
-    // Called after the window's own handler; the link that ended goes with a later event.
+    // Runs after the window's own handler; the ended link is deleted by a later event.
     int maxSockets = 0;
     connect(sockets().first(), &QWebSocket::disconnected, this,
             [&] { maxSockets = qMax(maxSockets, sockets().size()); });
@@ -438,13 +438,13 @@ void SessionTest::refusedOnEveryEndpointFails()
     QCoreApplication::processEvents();
     QCOMPARE(plannedActions(*station.window), 0);
     QTRY_COMPARE(station.window->findChildren<QWebSocket *>().size(), 0);
-    // The failure stands only as long as the dialog: its text follows from the state.
+    // The failure text is gone when the dialog is opened again: the text follows from the state.
     inReceiverDialog(*station.window, [](ReceiverHands hands) {
         QCOMPARE(hands.status(), QStringLiteral("Disconnected"));
     });
 }
 
-// TCP refuses a broadcast address before it sends anything: the call that opens the link ends it.
+// TCP rejects a broadcast address without sending anything, so open() itself ends the link.
 void SessionTest::linksThatFailWhileTheyOpenAreFollowedByTheNextEndpoint()
 {
     TestStation station;
@@ -527,7 +527,7 @@ void SessionTest::anErrorLeavesTheMovingOnToTheWatchdog()
         QCOMPARE(hands.status(), QStringLiteral("Connecting — trying /kiwi/0/SND"));
         QVERIFY(watchdog->isActive());
         QCOMPARE(watchdog->interval(), 5000);
-        watchdog->start(0); // its time is up
+        watchdog->start(0); // expires now
         QTRY_COMPARE(hands.status(), QStringLiteral("Connecting — trying /kiwi/1/SND"));
         QCOMPARE(watchdog->interval(), 5000);
     });
@@ -564,7 +564,7 @@ void SessionTest::theWatchdogRunsUntilSoundArrives()
 
 namespace
 {
-// Decoders wait for `gate` and then print one line.
+// The decoders wait for `gate` and then print one line.
 QByteArray gatedDecoder(const QString &gate)
 {
     return "while [ ! -e " + QFile::encodeName(gate) + " ]; do sleep 0.02; done\n" +
@@ -611,7 +611,7 @@ void SessionTest::disconnectingDropsPendingPeriods()
     TestStation station(gatedDecoder(gate));
     station.hearPeriod(receiver);
     choose(*station.window, {QStringLiteral("Settings"), QStringLiteral("Disconnect Receiver")});
-    // The next connection's own first period, one minute later.
+    // The first period of the next connection, one minute later.
     station.clock.set(MadeUpClock::boundaryMs() + 55000);
     station.hear(receiver);
     station.clock.set(MadeUpClock::boundaryMs() + 60000);
@@ -695,7 +695,7 @@ void SessionTest::framesOfAnOldLinkAreIgnored()
     TestStation station;
     station.hear(receiver);
     station.trace.clear();
-    // On their way, not yet read, when the operator connects anew.
+    // Sent but not read yet when the operator reconnects.
     for (int i = 0; i < 5; ++i) {
         receiver.sendBinary(sound);
         receiver.sendText(QStringLiteral("late"));

@@ -1,6 +1,6 @@
-// Receivers that keep a link without ever giving sound: each window gives up after all four
-// endpoints, and holds nothing of them afterwards. The watchdog takes its real time, so all
-// windows wait at once, in one process.
+// Receivers that keep a connection without ever sending sound. Each window gives up after all four
+// endpoints and keeps no resources. The watchdog uses real time, so all windows wait at once, in
+// one process.
 
 #include "tests/fixture/aftermath.h"
 #include "tests/fixture/memoryhome.h"
@@ -33,7 +33,7 @@ const QStringList silentBehaviours = {
     QStringLiteral("text-only"),      QStringLiteral("too-busy:0.1"),
     QStringLiteral("other-tags-only")};
 
-// Peers that no receiver is: what they answer, and go on to say for ever.
+// Peers that are not receivers: their first answer, and what they send for ever afterwards.
 struct RawPeer {
     QByteArray first;
     QByteArray later;
@@ -43,16 +43,16 @@ QList<RawPeer> rawPeers()
 {
     const QByteArray aMegabyte(1024 * 1024, 'x');
     return {
-        {"HTTP/1.1 404 Not Found\r\n\r\n", aMegabyte},                // a body without end
-        {"HTTP/1.1 101 Switching Protocols\r\nX: ", aMegabyte},       // one line without end
+        {"HTTP/1.1 404 Not Found\r\n\r\n", aMegabyte},                // an endless body
+        {"HTTP/1.1 101 Switching Protocols\r\nX: ", aMegabyte},       // an endless header line
         {"SSH-2.0-OpenSSH\r\n", ""},                                  // another protocol
         {upgradeReply().replace("%ACCEPT%", "d3Jvbmcga2V5"), "\x82"}, // the wrong key
-        {upgradeReply(), QByteArray("\x89\x01p").repeated(10000)},    // pings, nothing else
+        {upgradeReply(), QByteArray("\x89\x01p").repeated(10000)},    // nothing but pings
         {upgradeReply(), QByteArray("\x82\x03MSG", 5).repeated(10000)},
     };
 }
 
-// In the home of the first, which writes the profile that the others read too.
+// Uses the home of the first window, so it reads the profile written there.
 std::unique_ptr<MainWindow> anotherWindow(const TestStation &station, int receiverPort)
 {
     testHome().writeProfile({{QStringLiteral("Host"), QStringLiteral("127.0.0.1")},
@@ -101,7 +101,7 @@ void SilentPeersTest::everyWindowGivesUpAndLeavesNothingBehind()
     windows.clear();
     station.reset();
     QCOMPARE(aftermath.whatStayed(), QStringList());
-    peers.reset(); // with all that it had still to say
+    peers.reset(); // with everything still to be sent
     aftermath.print(qPrintable(QStringLiteral("%1 silent peers at once").arg(ports.size())));
     QVERIFY(aftermath.staysWithin(200 * 1024));
 }

@@ -1,4 +1,4 @@
-// What the frames of an open link do: counters, keepalive, verification, capture, title, log.
+// Effects of frames on an open link: counters, keepalive, verification, capture, title, log.
 
 #include "tests/fixture/teststation.h"
 
@@ -74,7 +74,8 @@ void SoundFramesTest::keepaliveGoesOutWithTheFirstSoundAndEvery5000Ms()
     TestStation station;
     openLink(station, receiver);
     const qint64 startMs = station.clock.now();
-    // Time after the first sound, and the keepalives sent by then; one is among the commands.
+    // Time after the first sound, and the keepalives sent by then, including the one among the
+    // commands.
     const QVector<QPair<int, int>> steps = {{0, 2},    {1, 2},    {4999, 2},  {5000, 3},
                                             {5001, 3}, {9999, 3}, {10000, 4}, {14999, 4}};
     int frames = 0;
@@ -195,7 +196,7 @@ void SoundFramesTest::aSoundFrameOf10BytesStartsTheCaptureAndYieldsNoSample()
     QTRY_VERIFY(station.trace.contains(QStringLiteral("REAL KIWI SND DATA VERIFIED")));
     QVERIFY(QFileInfo(captureFolder()).isDir());
     QTRY_COMPARE(receiver.commands().size(), 8);
-    // One byte short of a period, frames without samples, and then the byte.
+    // One byte less than a period, frames without samples, then the last byte.
     station.clock.set(MadeUpClock::boundaryMs());
     receiver.sendBinary(adpcmFrame(QByteArray(89999, '\0')));
     for (int i = 0; i < 5; ++i) {
@@ -227,7 +228,7 @@ void SoundFramesTest::theFirstFramesAndEvery50thAreLogged()
     const PuppetReceiver receiver;
     TestStation station;
     openLink(station, receiver);
-    // Text frames count, too: the last of the first ten is binary frame 10.
+    // Text frames count as well, so the last of the first ten is binary frame 10.
     receiver.sendText(QStringLiteral("hello"));
     for (int i = 2; i <= 151; ++i) {
         receiver.sendBinary("MSG a");
@@ -335,7 +336,7 @@ void SoundFramesTest::aCaptureFolderThatCannotBeMadeIsTriedAgain()
 void SoundFramesTest::theTitleTellsOfAPeriodAndStays()
 {
     const PuppetReceiver receiver;
-    TestStation station("exit 1"); // a failing decoder does not touch it
+    TestStation station("exit 1"); // a failing decoder changes nothing
     station.hear(receiver);
     QCOMPARE(station.window->windowTitle(), QStringLiteral("PELQ Kiwi Outpost"));
     station.clock.set(MadeUpClock::boundaryMs());
@@ -366,7 +367,7 @@ void SoundFramesTest::theSessionOpensWithTheFirstSound()
     QTRY_VERIFY(statusText(station).startsWith(QStringLiteral("Connected")));
     QVERIFY(!QFile::exists(log));
     station.clock.set(station.clock.now() + 7000);
-    receiver.sendBinary(sound); // opens no second one
+    receiver.sendBinary(sound); // does not open a second one
     QTRY_VERIFY(statusText(station).contains(QStringLiteral("\nSND: 2 frames ")));
     choose(*station.window, {QStringLiteral("Settings"), QStringLiteral("Disconnect Receiver")});
     const QJsonArray sessions = jsonFile(log).value(QLatin1String("Sessions")).toArray();

@@ -1,4 +1,4 @@
-// What a receiver does to end, flood or starve a stream that has begun.
+// Receivers that end, flood or starve a stream.
 
 #include "tests/fixture/simulator.h"
 #include "tests/fixture/teststation.h"
@@ -24,7 +24,7 @@ private slots:
 
 namespace
 {
-// In real time, just after a period's start, far from every edge.
+// In real time, starting shortly after a period's start.
 void stream(KiwiSim &sim, TestStation &station, const QString &behaviour)
 {
     station.clock.set(MadeUpClock::boundaryMs() + 2000);

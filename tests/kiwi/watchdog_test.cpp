@@ -1,4 +1,4 @@
-// Links that bring no verified sound, in the watchdog's real time.
+// Links without verified sound, with the watchdog's real timeouts.
 
 #include "kiwi/kiwicommands.h"
 #include "tests/fixture/simulator.h"
@@ -30,7 +30,7 @@ QStringList givenUpLines(const QStringList &endpoints)
     return lines;
 }
 
-// From the opening, which may still be ahead.
+// Measured from the open link, which may be yet to come.
 void verifyGivenUpAfter6000Ms(const TestStation &station, const QString &endpoint)
 {
     const QString opened = QStringLiteral("Kiwi WebSocket open: %1. Waiting").arg(endpoint);
@@ -122,7 +122,7 @@ void WatchdogTest::connectsThatAreNeverAnsweredAreGivenUpAfter5000Ms()
     QVERIFY(!station.trace.contains(QStringLiteral("Kiwi WebSocket open")));
 }
 
-// They say why, and then neither close nor go on.
+// They give a reason, but neither close nor continue.
 void WatchdogTest::refusalsThatStayOpenAreGivenUpAfter6000Ms()
 {
     KiwiSim sim;
@@ -136,7 +136,7 @@ void WatchdogTest::refusalsThatStayOpenAreGivenUpAfter6000Ms()
     QTRY_VERIFY_WITH_TIMEOUT(
         station.trace.contains(QStringLiteral("REAL KIWI SND DATA VERIFIED at /kiwi/3/SND.")),
         10000);
-    QCOMPARE(sim.liveClients(), 1); // the refusing three are let go
+    QCOMPARE(sim.liveClients(), 1); // the three refusing ones are disconnected
 }
 
 void WatchdogTest::theTimeForSoundBeginsWhenTheLinkIsOpen()
