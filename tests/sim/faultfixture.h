@@ -9,7 +9,7 @@
 namespace outpost
 {
 
-// One receiver and one listener for each test; `start` names the behaviour of endpoint 0.
+// One receiver and one client per test; `start` selects the behaviour of endpoint 0.
 class FaultFixture : public QObject
 {
 protected:
@@ -22,7 +22,7 @@ protected:
         m_config.configKb = 1;
         m_config.audio = {ramp(0)};
         m_config.firstSoundDelayMs = 0;
-        // Early in a period there is no edge to wait for.
+        // Early in a period, so that the test does not run into a boundary.
         m_clock.jumpTo((m_clock.nowMs() / 15000 + 1) * 15000);
     }
 
@@ -48,8 +48,8 @@ protected:
 
     void jumpToBoundary() { m_client->jumpToBoundary(); }
 
-    // Returns once a listener at another endpoint, which came later, has heard sound: by then the
-    // first has had whatever it was going to have.
+    // Connects a second client to another endpoint and returns when it has heard sound. By then,
+    // the first client has received everything it will receive.
     void serveALaterListener()
     {
         SimClient later(&m_clock);
@@ -57,7 +57,7 @@ protected:
         QTRY_VERIFY(!later.sounds.isEmpty());
     }
 
-    // Raw TCP: what the receiver answers to a proper request.
+    // Sends a valid request over plain TCP.
     void request(QTcpSocket *socket, const char *path = "/kiwi/0/SND")
     {
         socket->connectToHost(text("127.0.0.1"), m_receiver->port());

@@ -28,7 +28,7 @@ struct NativeEnd {
     int error = 0; // errno of the last read
 };
 
-// A listener on a bare socket, which alone tells a reset from an end in order.
+// A client on a native socket; only there does a reset differ from an orderly end.
 NativeEnd nativeListener(quint16 port)
 {
     QByteArray bytes("GET /kiwi/0/SND HTTP/1.1\r\nSec-WebSocket-Key: key\r\n\r\n");
@@ -66,7 +66,7 @@ NativeEnd nativeListener(quint16 port)
 
 } // namespace
 
-// Sound at fault, and sound that ends.
+// Faulty sound, and sound that ends.
 class FaultsTest : public FaultFixture
 {
     Q_OBJECT

@@ -10,7 +10,7 @@
 namespace outpost
 {
 
-// The program itself: options, exit states, what it prints.
+// The program itself: options, exit codes, output.
 class ProgramTest : public QObject
 {
     Q_OBJECT
@@ -106,7 +106,7 @@ private slots:
         }
     }
 
-    // Without the generator, the band would be what fails.
+    // Without the generator, making the band would fail.
     void aTakenPortIsToldBeforeTheBandIsMade()
     {
         QFETCH(QString, behaviour);

@@ -290,7 +290,7 @@ private slots:
         const int before = client.sounds.size();
         const qint64 beforeMs = m_clock.nowMs();
         QTRY_VERIFY(client.sounds.size() - before >= 4);
-        const qint64 due = (m_clock.nowMs() - beforeMs) * 12 / 2048; // of 2048 samples each
+        const qint64 due = (m_clock.nowMs() - beforeMs) * 12 / 2048; // frames of 2048 samples
         QVERIFY(client.sounds.size() - before <= due + 2);
         QVERIFY(client.heard.isEmpty());
         m_clock.jumpTo(client.boundaryMs + 15000);
@@ -415,7 +415,7 @@ private slots:
         receiver.close();
         QCOMPARE(receiver.liveClients(), 0);
         QTRY_COMPARE(client.closes, 1);
-        listen(&receiver, config()); // and can begin again
+        listen(&receiver, config()); // and can start again
     }
 
     void aClientThatDoesNotReadGetsABoundedQueue()
@@ -433,7 +433,7 @@ private slots:
         }
         QTRY_VERIFY(wasSent(receiver, "first sound frame"));
         m_clock.jumpTo(m_clock.nowMs() + 18000);
-        int periods = -1; // sent so far; stands still once the queue is full
+        int periods = -1; // sent so far; stops growing when the queue is full
         const auto standsStill = [&] {
             QTest::qWait(300);
             return std::exchange(periods, periodsSent(receiver)) == periodsSent(receiver);

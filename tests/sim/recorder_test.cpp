@@ -23,8 +23,8 @@ QJsonObject percentDecodedJson(const QByteArray &value)
 
 } // namespace
 
-// A recording client as other people write them: it says who it is, reads the configuration, tunes
-// when it is told the sample rate, asks for sound when it is told the audio rate, and complains of
+// A recording client as others write them: it identifies itself, reads the configuration, tunes
+// when it is told the sample rate, requests sound when it is told the audio rate, and reports
 // everything that it does not understand.
 class Recorder : public QObject
 {
@@ -128,14 +128,14 @@ private:
         }
     }
 
-    const QStringList m_tuning; // said when told the sample rate
-    const QStringList m_start;  // said when told the audio rate
+    const QStringList m_tuning; // sent after the sample rate
+    const QStringList m_start;  // sent after the audio rate
     QWebSocket m_socket;
     QTimer m_keepalive;
     AdpcmState m_adpcm;
 };
 
-// Clients other than the station, which say more than its seven commands, and in another order.
+// Clients other than the station, which send more than its seven commands, and in another order.
 class RecorderTest : public QObject
 {
     Q_OBJECT

@@ -11,7 +11,7 @@ using namespace sim;
 
 namespace
 {
-// How often the system has asked again for a connection that nobody has answered yet.
+// How often the system has retransmitted an unanswered SYN.
 int repeatedConnects(const QTcpSocket &socket)
 {
     struct tcp_info info = {};
@@ -47,7 +47,7 @@ private slots:
         QVERIFY(m_config.endpoints.apply(text("all=no-connect"), &error));
         QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
         std::array<QTcpSocket, 5> sockets;
-        QVERIFY(sockets.front().bind(QHostAddress::LocalHost)); // so that its descriptor is known
+        QVERIFY(sockets.front().bind(QHostAddress::LocalHost)); // so that it has a descriptor
         for (QTcpSocket &socket : sockets) {
             socket.connectToHost(text("127.0.0.1"), m_receiver->port());
         }
@@ -170,7 +170,7 @@ private slots:
             return m_client->messages.count(message) + m_client->others.count(message) +
                    m_client->texts.count(QString::fromLatin1(message));
         };
-        for (int i = 0; i < 3; ++i) { // again and again
+        for (int i = 0; i < 3; ++i) { // repeatedly
             QTRY_VERIFY(count() > i);
             m_clock.jumpTo(m_clock.nowMs() + 501);
             QTest::qWait(10);
@@ -197,7 +197,7 @@ private slots:
         QFETCH(QByteArray, message);
         start(behaviour.constData());
         QTRY_COMPARE(m_client->messages, QList<QByteArray>{message});
-        QTRY_COMPARE(m_receiver->commands().size(), 7); // read, though nothing comes of them
+        QTRY_COMPARE(m_receiver->commands().size(), 7); // read, but without effect
         const QSignalSpy pong(&m_client->socket, &QWebSocket::pong);
         m_client->socket.ping();
         m_clock.jumpTo(m_clock.nowMs() + 70000);
@@ -205,7 +205,7 @@ private slots:
         QCOMPARE(m_client->messages, QList<QByteArray>{message});
         QVERIFY(m_client->sounds.isEmpty() && pong.isEmpty());
         QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
-        QTRY_COMPARE(m_receiver->liveClients(), 1); // the later one is gone
+        QTRY_COMPARE(m_receiver->liveClients(), 1); // the later one is disconnected
     }
 
     void notices_data()

@@ -19,7 +19,7 @@ inline QString text(const char *latin1)
     return QString::fromLatin1(latin1);
 }
 
-// A period of sound that differs from that of every other number.
+// Samples that differ from period to period.
 inline sim::Samples ramp(int period)
 {
     sim::Samples samples(sim::kPeriodSamples);
@@ -29,7 +29,7 @@ inline sim::Samples ramp(int period)
     return samples;
 }
 
-// UTC that tests can push forward; runs on by itself.
+// UTC for tests: it can be moved forward and runs at the real rate.
 class TestClock
 {
 public:
@@ -44,7 +44,7 @@ public:
         m_heldMs = nowMs();
         m_isHeld = true;
     }
-    void release() // goes on from where it was held
+    void release() // continues from where it was held
     {
         m_isHeld = false;
         m_jumpedMs += m_heldMs - nowMs();
@@ -60,8 +60,8 @@ private:
     QElapsedTimer m_running;
 };
 
-// A listener as the program is one: seven commands at the opening, its first boundary picked at the
-// first sound frame, periods cut by counting.
+// A client like the program: it sends seven commands when the link opens, picks its first boundary
+// at the first sound frame, and splits periods by counting samples.
 class SimClient : public QObject
 {
 public:
@@ -84,7 +84,7 @@ public:
         socket.open(QUrl(QStringLiteral("ws://127.0.0.1:%1%2").arg(port).arg(path)));
     }
 
-    // Returns once nothing more comes at the present time of the clock.
+    // Returns when nothing more arrives at the current time of the clock.
     void takeEverything() const
     {
         m_clock->hold();
@@ -96,7 +96,7 @@ public:
         m_clock->release();
     }
 
-    // Past the filler to the boundary, once sound has begun.
+    // Once sound has started, skips the filler and jumps to the boundary.
     void jumpToBoundary()
     {
         m_clock->jumpTo(boundaryMs - 390);

@@ -128,7 +128,7 @@ private slots:
     {
         const QByteArray old = goodBytes();
         QString error;
-        // Writes beyond the limit fail as on a full disk.
+        // Writes beyond the limit then fail as they do on a full disk.
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit before{};
         getrlimit(RLIMIT_FSIZE, &before);

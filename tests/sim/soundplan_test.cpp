@@ -50,7 +50,7 @@ private slots:
         for (int ms = 0; ms < 15000; ++ms) {
             const qint64 earliest = kMidnightMs + ms;
             const SoundPlan plan = planSound(earliest, frameMs);
-            // A listener that sees it up to 250 ms late still picks this boundary.
+            // A client that sees it up to 250 ms late still picks this boundary.
             QCOMPARE(firstBoundaryMs(plan.firstFrameMs), plan.boundaryMs);
             QCOMPARE(firstBoundaryMs(plan.firstFrameMs + 250), plan.boundaryMs);
             QVERIFY(plan.firstFrameMs >= earliest);

@@ -14,7 +14,7 @@ namespace
 
 constexpr qint64 kBoundaryMs = 1700006400000; // a multiple of 15000
 
-// Every sample of every period is different from its neighbours and from the other periods.
+// Neighbouring samples differ, and so do the periods.
 Samples ramp(int period)
 {
     Samples samples(kPeriodSamples);
@@ -225,8 +225,8 @@ private slots:
     void framesAreDueAtTheirRate()
     {
         SoundStream stream = streamAt({}, ramp, 6);
-        // Six frames of 170.67 ms before; the last ones early, so that none comes past the
-        // boundary.
+        // Six frames of 170.67 ms come before it. The last ones are sent early, so that none
+        // arrives after the boundary.
         QVector<int> dueMs;
         for (int i = 0; i < 9; ++i) {
             dueMs.append(int(stream.dueMs() - kBoundaryMs));

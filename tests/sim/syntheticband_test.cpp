@@ -22,7 +22,7 @@ QString text(const char *latin1)
     return QString::fromLatin1(latin1);
 }
 
-// The period as a listener hears it.
+// The period after the codec.
 Samples throughTheCodec(const Samples &samples)
 {
     AdpcmState encoder;
@@ -105,7 +105,7 @@ private slots:
 
     void planIsTheSameEveryTime()
     {
-        // Pinned: tests and caches on other machines count on it.
+        // Fixed, since tests and caches on other machines depend on it.
         QCOMPARE(plannedStations(0).at(0).message, text("CQ WB4ZXH MI22"));
         QCOMPARE(plannedStations(0).at(0).audioHz, 207.0);
     }
