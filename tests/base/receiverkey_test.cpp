@@ -141,7 +141,7 @@ void ReceiverKeyTest::storedKeysAreReadBackFromDisk_data()
     QTest::newRow("one beyond ASCII") << list("kiwi.\u00f6sterreich:8073");
 }
 
-// A copy of the file is one that no cache of this process knows.
+// Reads a copy of the file, which is not in this process's cache.
 void ReceiverKeyTest::storedKeysAreReadBackFromDisk()
 {
     QFETCH(QStringList, keys);

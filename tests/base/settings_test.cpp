@@ -45,7 +45,7 @@ class SettingsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); } // on Windows for the lock
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); } // for the lock on Windows
     void storedDepth_data();
     void storedDepth();
     void openedByTheirOwnNames();
@@ -92,7 +92,7 @@ void SettingsTest::openedByTheirOwnNames()
     QCOMPARE(settings.applicationName(), QStringLiteral("PELQ Kiwi Outpost"));
 }
 
-// Also on a first start, when the lock's folder is not there yet.
+// Works on a first start, too, when the folder of the lock does not exist yet.
 void SettingsTest::aChangeIsMadeUnderALock()
 {
     const QTemporaryDir folder;
@@ -107,7 +107,7 @@ void SettingsTest::aChangeIsMadeUnderALock()
     QVERIFY(!QFile::exists(lockFile(settings)));
 }
 
-// One that has the lock and does not let it go.
+// The other copy never releases the lock.
 void SettingsTest::aChangeWaitsForAnotherCopy()
 {
     const QTemporaryDir folder;

@@ -1,4 +1,4 @@
-// The dialogs on a screen of 400 by 300: the offscreen platform's, at twice the resolution.
+// The dialogs on a screen of 400 by 300: that of the offscreen platform, scaled by two.
 
 #include "app/stationfont.h"
 #include "base/smallscreen.h"
@@ -25,7 +25,7 @@ namespace outpost
 namespace
 {
 
-const bool twiceAsLarge = qputenv("QT_SCALE_FACTOR", "2"); // before the application is made
+const bool twiceAsLarge = qputenv("QT_SCALE_FACTOR", "2"); // before the application object exists
 const QStringList help{QStringLiteral("Help"), QStringLiteral("Help / About PELQ Kiwi Outpost")};
 const QStringList highlight{QStringLiteral("Settings"), QStringLiteral("Highlight Calls...")};
 const QStringList receiver{QStringLiteral("Settings"), QStringLiteral("Kiwi Receiver...")};
@@ -40,7 +40,7 @@ QRect freeArea(const QWidget *window)
     return window->screen()->availableGeometry();
 }
 
-// Opens it from the menu, does `act` in it and closes it, whether it is modal or not.
+// Opens the dialog from the menu, calls `act` and closes the dialog, modal or not.
 void inDialog(const TestStation &station, const QStringList &entry,
               const std::function<void(QDialog *)> &act)
 {
@@ -72,7 +72,7 @@ bool isWhollyInView(const QWidget *widget)
     return inView;
 }
 
-// What keeps the dialog from being usable; empty when nothing does.
+// Why the dialog is not usable; empty if it is.
 QString outOfReach(const QDialog *dialog)
 {
     if (!freeArea(dialog).contains(dialog->frameGeometry())) {
@@ -178,7 +178,7 @@ void SmallScreenTest::theDialogTakesTheFreeArea()
              [](QDialog *dialog) { QCOMPARE(dialog->frameGeometry(), freeArea(dialog)); });
 }
 
-// Whoever goes through it with Tab sees where they are; the arrow keys show the rest.
+// With Tab, the focused control is always visible; the arrow keys scroll to the rest.
 void SmallScreenTest::whatIsAboveTheButtonsScrolls()
 {
     const TestStation station;
@@ -272,7 +272,7 @@ void SmallScreenTest::aDialogThatGrowsStaysOnTheScreen()
     });
 }
 
-// As by its own screen, when it is not its parent's.
+// Even if the dialog is on another screen than its parent.
 void SmallScreenTest::aDialogThatGrowsGoesByItsOwnFrame()
 {
     QWidget parent(nullptr, Qt::FramelessWindowHint);
