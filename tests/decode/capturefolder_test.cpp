@@ -1,4 +1,4 @@
-// Which folder the decoders of several copies of the program work in.
+// The scratch roots of several copies of the program.
 
 #include "decode/capturefolder.h"
 #include "tests/fixture/anotherprocess.h"
@@ -32,7 +32,7 @@ public:
     ~OtherCopy() { end(); }
     Q_DISABLE_COPY(OtherCopy)
 
-    QString answer() const { return line; } // its folder, and whether that is its own
+    QString answer() const { return line; } // its folder, and whether it owns it
 
     void end()
     {
@@ -197,7 +197,7 @@ private slots:
     }
 #endif
 
-    // As when the copy was killed before it had written its number, or its number is used again.
+    // As if the copy was killed before it wrote its process id, or the id was reused.
     void aLockThatTellsNobodyIsTakenOverOnceItIsOld()
     {
         makeOldFile(wanted() + QStringLiteral(".lock"));
@@ -207,7 +207,7 @@ private slots:
         QVERIFY(folder.isOwn());
     }
 
-    // Qt's own lock for that, of a copy that was killed as it took it.
+    // Qt's second lock, left by a copy that was killed while taking over the first.
     void whatATakeoverHasLeftIsTakenOverToo()
     {
         makeOldFile(wanted() + QStringLiteral(".lock"));
@@ -222,7 +222,7 @@ private slots:
     {
         const OtherCopy other(wanted());
         QFile file(wanted() + QStringLiteral(".lock"));
-        if (file.open(QIODevice::ReadWrite)) { // Windows does not let it
+        if (file.open(QIODevice::ReadWrite)) { // Windows does not allow it
             QVERIFY(file.setFileTime(QDateTime::currentDateTime().addDays(-7),
                                      QFileDevice::FileModificationTime));
             file.close();
@@ -232,7 +232,7 @@ private slots:
         QCOMPARE(folder.path(), wanted() + QStringLiteral("-2"));
     }
 
-    // So long a name that there is room for the folder's and none for that of its lock.
+    // The name is so long that the folder fits, but the lock file's name does not.
     void whereNoLockCanBeHadTheFolderIsShared()
     {
         const QString longest = place->filePath(QString(253, QLatin1Char('c')));

@@ -7,7 +7,7 @@
 namespace outpost
 {
 
-// Whether the process of that number runs; one that has ended and is not yet reaped does not.
+// Whether the process with this id is running; a zombie is not.
 inline bool isAlive(const QByteArray &pid)
 {
     QFile stat(QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(pid.trimmed())));
@@ -18,14 +18,14 @@ inline bool isAlive(const QByteArray &pid)
     return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
 }
 
-// A named pipe with a line in it for as long as this lives: a script that reads from the pipe, or
-// is about to, goes on.
+// A named pipe that contains a line for the lifetime of this object, so that a script that reads
+// from it continues.
 class OpenedPipe
 {
 public:
     explicit OpenedPipe(const QString &path) : pipe(path)
     {
-        if (!pipe.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) { // never blocks
+        if (!pipe.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) { // does not block
             qFatal("cannot open the pipe");
         }
         pipe.write("\n");

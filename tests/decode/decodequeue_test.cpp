@@ -33,11 +33,12 @@ class DecodeQueueTest : public QObject
     Q_OBJECT
 
 private slots:
-    // Every order in which the workers of three periods can report, which one of a period it is
-    // left aside: 12! / (4!)^3 = 34650.
+    // All orders in which the workers of three periods can report, without telling the workers of a
+    // period apart: 12! / (4!)^3 = 34650.
     void periodsComeOnceAndInOrderHoweverTheWorkersReport()
     {
-        std::vector<int> reports = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2}; // of which period
+        // The period of each report.
+        std::vector<int> reports = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2};
         int orders = 0;
         do {
             DecodeQueue queue(workers);
@@ -59,7 +60,7 @@ private slots:
                     }
                     ++given;
                 }
-                // As many as possible: the next one has a worker to report.
+                // No period is held back without need: the next one still waits for a worker.
                 QVERIFY(given == 3 || reported[given] < workers);
                 QCOMPARE(queue.pendingCount(),
                          int(std::count_if(reported, reported + 3,
@@ -71,7 +72,8 @@ private slots:
         QCOMPARE(orders, 34650);
     }
 
-    // The 24 orders of one period's workers: lines that are no decodes keep the order of arrival.
+    // The 24 orders of one period's workers. Lines that are not decodes stay in the order of
+    // arrival.
     void whatWorkersReportIsMergedInTheOrderOfArrival()
     {
         std::vector<int> arrival = {0, 1, 2, 3};
@@ -129,7 +131,7 @@ private slots:
         queue.add(2);
         queue.report(1, 0, one(QStringLiteral("~ old")));
         queue.report(2, 0, {});
-        queue.report(2, 0, one(QStringLiteral("~ old"))); // finished, and waits for the first
+        queue.report(2, 0, one(QStringLiteral("~ old"))); // finished, but held back by the first
         queue.add(1);
         queue.add(2);
         QVERIFY(queue.report(1, 0, one(QStringLiteral("~ new"))).isEmpty());

@@ -1,4 +1,4 @@
-// How the station comes by its decoder: the search at the start, the choice by hand.
+// How the station finds its decoder: the search at the start, and the selection by the operator.
 
 #include "app/mainwindow.h"
 #include "decode/decoderchooser.h"
@@ -42,7 +42,7 @@ QString publishedPath()
     return qEnvironmentVariable("PELQ_JT9_PATH");
 }
 
-// An installation as on Windows, in a folder of the test's home; its decoder.
+// A Windows-style installation in a folder of the test's home. Returns its decoder.
 QString installedUnder(const QString &folder, const QString &name = QStringLiteral("jt9.exe"))
 {
     const QString base = testHome().path(folder) + QLatin1Char('/');
@@ -74,7 +74,7 @@ void selectByHand(const MainWindow &window)
                     QStringLiteral("Select Installed jt9.exe...")});
 }
 
-// The part alone, and what it told.
+// The part alone, with what it told its owner.
 struct LoneChooser {
     QWidget parent;
     QString current;
@@ -86,7 +86,7 @@ struct LoneChooser {
                                   [this](const QString &path) { selected << path; }}};
 };
 
-// What is saved and what is published while the trace says that a decoder is in use.
+// Records what is saved and published at the time the log says that a decoder is in use.
 class WhileLogged
 {
 public:
@@ -118,7 +118,7 @@ private slots:
     void init();
 
     void theStartSearchesOnceTheEventLoopRuns();
-#ifndef Q_OS_WIN // where no environment can move the profile of another process
+#ifndef Q_OS_WIN // the environment cannot move another process's profile there
     void theStartLooksInThePlacesOfTheProgram_data();
     void theStartLooksInThePlacesOfTheProgram();
 #endif
@@ -145,7 +145,7 @@ private slots:
     void anotherChoiceIsRefused();
 
 private:
-    // With the search at the start done.
+    // Returns after the search at the start.
     std::unique_ptr<MainWindow> startedWindow();
 
     const ScriptedDecoder decoder{"exit 0"};
@@ -186,7 +186,7 @@ void DecoderChooserTest::theStartLooksInThePlacesOfTheProgram_data()
     QTest::newRow("one of its environment") << QStringLiteral("local/Programs/WSJT-X/bin");
 }
 
-// The program itself, in a folder from which a decoder may be used: no build folder is one.
+// The program itself, in a folder from which decoders are accepted; build folders are refused.
 void DecoderChooserTest::theStartLooksInThePlacesOfTheProgram()
 {
     QFETCH(QString, folder);
@@ -244,7 +244,7 @@ void DecoderChooserTest::aFoundDecoderIsSavedAndPublished()
 
 void DecoderChooserTest::aPathStillValidIsFoundFirstAndNotSavedAgain()
 {
-    // Not as the program writes it, so that writing it again would show.
+    // Formatted differently from the program's output, so that a rewrite would show.
     const QByteArray profile = "{\"Jt9Path\":\"" + decoder.path().toUtf8() +
                                "\",\"BridgePort\":" + QByteArray::number(freePort()) + "}";
     putFile(profileFile(), profile);

@@ -1,5 +1,5 @@
-// Decoders that fail, and a capture folder that does: the period in question brings nothing, the
-// next one is decoded as ever, and nothing stays behind.
+// Failing decoders, and a failing capture folder: the affected period has no decodes, the next one
+// is decoded normally, and nothing is left behind.
 
 #include "base/datapaths.h"
 #include "display/decoderow.h"
@@ -43,11 +43,11 @@ private slots:
 
 namespace
 {
-// Entered before main(), and so before any thread starts.
+// Mounted before main(), and so before any thread starts.
 const bool privateMounts = enterPrivateMounts();
 
-// What a debug build on a loaded machine may take beyond what it had, in kB. Of 400 MB of output
-// it would be more if any of it were kept.
+// What a debug build on a busy machine may use on top, in kB. If any of the 400 MB of output were
+// kept, it would be more.
 constexpr qint64 maxExtraKb = 100 * 1024;
 
 #ifdef __SANITIZE_ADDRESS__
@@ -56,8 +56,8 @@ constexpr int maxWorkMs = 3000;
 constexpr int maxWorkMs = 300;
 #endif
 
-// A period measures the columns by a part of the rows, and the height of plain rows once. Each
-// of 6000 rows would be 30,000 cells.
+// After a period, the columns are measured with some of the rows, and the height of plain rows
+// once. All 6000 rows would be 30,000 cells.
 constexpr int maxMeasuredCells = 2000;
 
 // Counts the cells that a view measures.
@@ -79,7 +79,7 @@ const QByteArray goodDecoder =
     "[ $5 = 0 ] && echo \"$(basename $(dirname \"$8\") | cut -d_ -f3) -12 0.3 1234 ~ CQ K1ABC "
     "FN42\"\nexit 0\n";
 
-// Fails in the first period and works from then on.
+// Fails in the first period and works afterwards.
 QByteArray faultyOnce(const QByteArray &fault)
 {
     return "case \"$8\" in *_142315_*)\n" + fault + "\n;; esac\n" + goodDecoder;
@@ -112,7 +112,7 @@ void FaultyDecoderTest::initTestCase()
 {
     QVERIFY2(privateMounts, privateMountsRefused);
     adoptOrphans();
-    // What the toolkit makes once and keeps is made before the first comparison.
+    // Creates what Qt creates once and keeps, before the first comparison.
     PuppetReceiver receiver;
     TestStation station(goodDecoder);
     station.hearPeriod(receiver);
@@ -220,7 +220,7 @@ void FaultyDecoderTest::aFolderThatIsThereAgainIsUsedAgain()
     auto station = std::make_unique<TestStation>(goodDecoder);
     station->hear(receiver);
     const QString inUse =
-        testHome().captureFolder(); // with a file in its place, the next start would use another
+        testHome().captureFolder(); // with a file in its place, the next start would choose another
     std::unique_ptr<MemoryMount> disk;
     if (fault == QLatin1String("full") || fault == QLatin1String("read-only")) {
         disk = std::make_unique<MemoryMount>(inUse, "size=200k");
@@ -246,7 +246,7 @@ void FaultyDecoderTest::aFolderThatIsThereAgainIsUsedAgain()
         QVERIFY(QFile::remove(inUse));
     }
     disk.reset();
-    // A worker of the first period that comes late may have found the folder; the third has it.
+    // A late worker of the first period may have found the folder, but the third period has it.
     sendPeriod(receiver);
     sendPeriod(receiver);
     QTRY_VERIFY(shownPeriods(*station).contains(QStringLiteral("14:23:45")));
@@ -255,7 +255,7 @@ void FaultyDecoderTest::aFolderThatIsThereAgainIsUsedAgain()
     judge(aftermath);
 }
 
-// It waits for the decoders that run; those that wait for their turn never start.
+// The window waits for running decoders; queued ones never start.
 void FaultyDecoderTest::theWindowMayGoWhileADecoderRuns()
 {
     PuppetReceiver receiver;
@@ -267,7 +267,7 @@ void FaultyDecoderTest::theWindowMayGoWhileADecoderRuns()
     sendPeriod(receiver);
     QTRY_COMPARE(fileBytes(runs).count('+'), 4);
     std::thread opener([gate = station->decoder.file(QStringLiteral("gate"))] {
-        QThread::msleep(700); // by then the window has begun to wait
+        QThread::msleep(700); // by then the window is waiting
         putFile(gate, {});
     });
     station->window.reset();
@@ -334,9 +334,9 @@ void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken_data()
     QTest::newRow("500 times the same message a worker") << QByteArray("\"CQ \" w");
 }
 
-// What makes it quick is counted. The time itself is a figure; it is judged in long runs, where the
-// quickest of three periods counts, since any can be slow on a busy machine. A wide message makes
-// a wide window, within the bound of a line.
+// Counts the operations that would be slow. The time itself is only printed, and checked in long
+// runs, where the fastest of three periods counts, since any can be slow on a busy machine. A wide
+// message makes a wide window, limited by the length of a line.
 void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken()
 {
     QFETCH(QByteArray, message);
@@ -371,11 +371,11 @@ void FaultyDecoderTest::theWindowAnswersWhileDecodersPrintAllThatIsTaken()
         const Heartbeat heartbeat;
         sendPeriod(receiver);
         QTRY_COMPARE_WITH_TIMEOUT(newest(), QString::fromLatin1(period), 60000);
-        QTest::qWait(50); // what a batch leaves to be measured later
+        QTest::qWait(50); // time for delayed measuring
         maxMeasured = qMax(maxMeasured, std::exchange(delegate->measured, 0));
         const bool isFull = qstrcmp(period, "14:23:45") > 0;
         QCOMPARE(std::exchange(removals, 0), isFull ? 1 : 0);
-        if (isFull) { // as many rows go as come
+        if (isFull) { // rows are added and removed in equal numbers
             minWorkMs = qMin(minWorkMs, heartbeat.longestWorkMs());
         }
     }

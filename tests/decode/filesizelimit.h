@@ -7,7 +7,7 @@
 namespace outpost
 {
 
-// Makes every write of this process beyond `bytes` of a file fail while it lives.
+// For its lifetime, writes of this process beyond `bytes` of a file fail.
 class FileSizeLimit
 {
 public:

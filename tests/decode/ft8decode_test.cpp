@@ -44,7 +44,7 @@ private slots:
         QCOMPARE(asList(decode.words), parts);
     }
 
-    // The table shows what the pattern does not take, and numbers stay as they were printed.
+    // The table shows lines that the pattern rejects, and numbers stay as printed.
     void readsALineByItsWordsAndByThePattern_data()
     {
         QTest::addColumn<QString>("line");

@@ -156,7 +156,7 @@ private slots:
         QCOMPARE(distinctPaths(paths, fileNames), distinct);
     }
 
-    // Off Windows these are two folders, and only one of them holds a decoder.
+    // Off Windows these are two folders, and only one of them contains a decoder.
     void aCandidateIsFoundBesideOneOfOtherLetterCase_data()
     {
         QTest::addColumn<bool>("isCandidate");
@@ -217,7 +217,7 @@ private slots:
         QFETCH(QString, winner);
         setAge(makeInstallation(QStringLiteral("r/a/jt9.exe")), ageOfA);
         setAge(makeInstallation(QStringLiteral("r/b/jt9.exe")), ageOfB);
-        setAge(makeFile(QStringLiteral("r/c/jt9.exe")), 1); // newest of all, but not installed
+        setAge(makeFile(QStringLiteral("r/c/jt9.exe")), 1); // the newest, but not installed
         QCOMPARE(findInstalledJt9({{}, {root->filePath(QStringLiteral("r"))}, {}}),
                  root->filePath(winner));
     }
@@ -241,7 +241,7 @@ private slots:
         makeInstallation(decoder);
         makeInstallation(QStringLiteral("WSJT/wsjtx/bin/jt9.exe"));
         QVERIFY(QDir::setCurrent(root->path()));
-        QVERIFY(isInstalledJt9(decoder)); // as a file below the current folder
+        QVERIFY(isInstalledJt9(decoder)); // relative to the current folder
         QCOMPARE(findInstalledJt9({{decoder}, {}, {}}), QString());
         QCOMPARE(findInstalledJt9({{}, {}, { decoder }}), QString());
         QCOMPARE(findInstalledJt9({{}, {QStringLiteral("C:/WSJT")}, {}}), QString());

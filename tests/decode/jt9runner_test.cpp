@@ -18,7 +18,7 @@
 
 namespace
 {
-// What this program sends signals to, as kill() has it: negative for a group.
+// Targets of this program's signals, as in kill(): negative for a group.
 QVector<pid_t> signalled;
 } // namespace
 
@@ -47,7 +47,7 @@ constexpr int maxGrowthKb = 400000; // the sanitizer keeps freed memory on purpo
 constexpr int maxGrowthKb = 30000;
 #endif
 
-// A value of this process's memory in kB, as /proc/self/status names it.
+// A memory value of this process in kB, by its name in /proc/self/status.
 int memoryKb(const QByteArray &name)
 {
     QFile status(QStringLiteral("/proc/self/status"));
@@ -70,7 +70,7 @@ QStringList linesInChunks(const QByteArray &text, int chunkBytes)
     return output.finish();
 }
 
-// Sets an environment variable, or unsets it (null value), while it lives.
+// For its lifetime, sets an environment variable, or unsets it (null value).
 class Variable
 {
 public:
@@ -87,15 +87,14 @@ private:
     const QByteArray before;
 };
 
-// While it lives, executing the file waits: for the end of this lease, which the system ends by
-// itself only after 45 s.
+// For its lifetime, executing the file blocks on a lease, which the system breaks only after 45 s.
 class HeldProgram
 {
 public:
     explicit HeldProgram(const QString &path)
         : file(::open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC))
     {
-        // Who waits is told by a signal, here one that does nothing.
+        // The holder of the lease gets a signal when someone waits; here one without effect.
         if (::fcntl(file, F_SETSIG, SIGURG) != 0 || ::fcntl(file, F_SETLEASE, F_WRLCK) != 0) {
             qFatal("cannot hold the program");
         }
@@ -107,7 +106,7 @@ private:
     const int file;
 };
 
-// The toolkit's warnings while it lives.
+// Collects Qt's warnings for its lifetime.
 class Warnings
 {
 public:
@@ -469,7 +468,7 @@ private slots:
     void theEndOfAKilledDecoderIsWaitedFor()
     {
         const ScriptedDecoder decoder(QStringLiteral("exec sleep 1000"));
-        const Warnings warnings; // such as that of a process that is left before its end
+        const Warnings warnings; // such as that of a process destroyed while running
         QCOMPARE(run({5000, 300, 60000}), QStringList());
         QCOMPARE(warnings.all(), QStringList());
     }
@@ -503,7 +502,7 @@ private slots:
         QTRY_VERIFY(!isAlive(child));
     }
 
-    // By then its number may be that of a stranger's.
+    // By then, another process may have its id.
     void aGroupThatHasEndedIsNotSignalled()
     {
         const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
@@ -515,7 +514,7 @@ private slots:
         QVERIFY(groupWasSignalled());
     }
 
-    // Nothing but its group tells whose it is.
+    // Only its group identifies it.
     void aChildWithoutAnEnvironmentIsKilledToo()
     {
         const ScriptedDecoder decoder(
@@ -538,7 +537,7 @@ private slots:
         QTRY_VERIFY(!isAlive(child));
     }
 
-    // Where the folder is not this run's own, the environment tells nothing.
+    // In a shared folder, the environment does not identify the run.
     void inASharedFolderOnlyTheGroupIsKilled()
     {
         const ScriptedDecoder decoder(QStringLiteral("sleep 1000 & echo $! > $here/inGroup\n") +
@@ -567,7 +566,7 @@ private slots:
             << ends << 45000 << true << QString();
     }
 
-    // The other process has an environment much like the run's.
+    // The other process has an environment similar to that of the run.
     void otherProcessesLive()
     {
         QFETCH(QString, script);
@@ -626,7 +625,7 @@ private slots:
         const ScriptedDecoder decoder(script);
         QFile peak(QStringLiteral("/proc/self/clear_refs"));
         QVERIFY(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-        QCOMPARE(peak.write("5"), qint64(1)); // the peak restarts from the present size
+        QCOMPARE(peak.write("5"), qint64(1)); // resets the peak to the current size
         const int before = memoryKb("VmRSS");
         const QStringList lines = run({5000, finishMs, 5000});
         QVERIFY(lines.size() >= minLines);
@@ -661,8 +660,8 @@ private:
         return runJt9(wav, work->path(), {725, 1550}, 2, limits, folderIsOwn);
     }
 
-    // A decoder whose child leaves its process group and outlives it; the child tells its number
-    // and waits for a line in the pipe "never".
+    // A decoder whose child leaves its process group and outlives it. The child prints its id and
+    // waits for a line in the pipe "never".
     static QString leavingChild(const QString &redirections)
     {
         return QStringLiteral("mkfifo $here/never $here/up\n"

@@ -27,7 +27,7 @@ namespace outpost
 
 namespace
 {
-// 14:23:15 UTC on 16 January 2026, a period's start.
+// 14:23:15 UTC on 16 January 2026, the start of a period.
 const qint64 boundaryMs =
     QDateTime(QDate(2026, 1, 16), QTime(14, 23, 15), Qt::UTC).toMSecsSinceEpoch();
 const QString receiver = QStringLiteral("/kiwi/0/SND");
@@ -54,7 +54,7 @@ QByteArray adpcmFrame(const QByteArray &payload)
 }
 
 #ifndef Q_OS_WIN
-// Scripted decoders wait for it: while it is closed, `flock -s $here/<name> <command>` blocks.
+// Holds back scripted decoders: while it is closed, `flock -s $here/<name> <command>` blocks.
 class Gate
 {
 public:
@@ -180,9 +180,9 @@ private slots:
         QCOMPARE(capture->periodCounters().samples, 0);
         take(plainFrame("abcd"), boundaryMs);
         QVERIFY(capture->isArmed());
-        QCOMPARE(capture->periodCounters().samples, 2); // this very frame's count
+        QCOMPARE(capture->periodCounters().samples, 2); // only this frame's
         QCOMPARE(capture->periodCounters().framesSeen, 3);
-        take(plainFrame("abcd"), boundaryMs - 5000); // the clock is not asked again
+        take(plainFrame("abcd"), boundaryMs - 5000); // the clock is not used any more
         QCOMPARE(capture->periodCounters().samples, 4);
         QCOMPARE(capture->periodStart(), boundaryMs);
     }
@@ -195,7 +195,7 @@ private slots:
         QVERIFY(!take(plainFrame({}), boundaryMs).attempted);
         QVERIFY(!take(adpcmFrame({}), boundaryMs).attempted);
         QCOMPARE(capture->periodCounters().samples, 0);
-        QCOMPARE(capture->periodCounters().framesSeen, 3); // arming took one
+        QCOMPARE(capture->periodCounters().framesSeen, 3); // the start took one
     }
 
     void plainSamplesAreWholeLittleEndianPairs()
@@ -294,7 +294,7 @@ private slots:
         QCOMPARE(capture->periodCounters().peak, 0);
         QCOMPARE(capture->periodCounters().sumOfSquares, 0);
         QVERIFY(capture->isStarted() && capture->isArmed());
-        QVERIFY(!capture->appendSample(-7)); // the 180001st is the next period's first
+        QVERIFY(!capture->appendSample(-7)); // sample 180001 belongs to the next period
         QCOMPARE(capture->periodCounters().samples, 1);
         QCOMPARE(capture->periodCounters().peak, 7);
     }
@@ -303,7 +303,7 @@ private slots:
     {
         arm();
         ImaAdpcmState state;
-        const QByteArray payload(90000, '\x47'); // two samples a byte
+        const QByteArray payload(90000, '\x47'); // two samples per byte
         QVERIFY(!take(adpcmFrame(payload.left(89999)), boundaryMs).attempted);
         const SoundOutcome outcome = take(adpcmFrame(payload.left(2)), boundaryMs + 99000);
         QVERIFY(outcome.attempted && outcome.succeeded);
@@ -314,7 +314,7 @@ private slots:
             decodeImaNibble(state, 7);
             decodeImaNibble(state, 4);
         }
-        QVERIFY(sameState(sound.adpcmState(), state)); // a period's end does not touch it
+        QVERIFY(sameState(sound.adpcmState(), state)); // the end of a period does not change it
         QVERIFY(!take(plainFrame("ab"), boundaryMs).attempted);
     }
 
@@ -330,13 +330,13 @@ private slots:
         QCOMPARE(capture->periodStart(), 0);
         QCOMPARE(capture->periodCounters().samples, 0);
         QCOMPARE(capture->periodCounters().framesSeen, 0);
-        take(plainFrame("abcd"), boundaryMs - 3000); // the next connection starts afresh
+        take(plainFrame("abcd"), boundaryMs - 3000); // the next connection starts anew
         QVERIFY(capture->isStarted());
         QVERIFY(sameState(sound.adpcmState(), ImaAdpcmState()));
         QCOMPARE(capture->periodStart(), boundaryMs);
     }
 
-#ifndef Q_OS_WIN // where windows/capture looks at the workers
+#ifndef Q_OS_WIN // windows/capture checks the workers there
     // ---- what reaches the decoders ----
 
     void thePeriodsSamplesReachTheDecoderUnchanged()
@@ -401,7 +401,7 @@ private slots:
         QCOMPARE(batches.size(), 4);
         for (const Delivery &batch : qAsConst(batches)) {
             QCOMPARE(batch.label, QStringLiteral("14:23:15"));
-            QCOMPARE(batch.lines.size(), 2); // raw: the doubles are still there
+            QCOMPARE(batch.lines.size(), 2); // unmerged, with duplicates
         }
         QVERIFY(QDir(folder->path()).isEmpty());
     }
@@ -506,7 +506,7 @@ private slots:
         QCOMPARE(log.lines(), lines);
     }
 
-    // As after a crash whose core dump takes its time.
+    // As after a crash with a slow core dump.
     void failuresAreLoggedInTheOrderOfThePeriods()
     {
         const ScriptedDecoder decoder(QStringLiteral(
@@ -515,7 +515,7 @@ private slots:
         const LogTrace log;
         capture->queueDecodeSlices(boundaryMs, silence);
         capture->queueDecodeSlices(boundaryMs + KiwiAudioCapture::periodMs, silence);
-        QTRY_COMPARE(batches.size(), 7); // all but the one that waits
+        QTRY_COMPARE(batches.size(), 7); // all but the delayed one
         QCOMPARE(log.lines(), QStringList());
         gate.open();
         QTRY_COMPARE(periods.size(), 2);
@@ -532,7 +532,7 @@ private slots:
         const ScriptedDecoder decoder(
             QStringLiteral("case $slot in *_142315_S1_*) exec sleep 1000;; esac; echo \"~ $5\""));
         const LogTrace log;
-        capture->setDecoderLimits({60000, 10000, 60000}); // the other three need a part of it
+        capture->setDecoderLimits({60000, 10000, 60000}); // the other three need only part of it
         QElapsedTimer timer;
         timer.start();
         capture->queueDecodeSlices(boundaryMs, silence);
@@ -571,7 +571,7 @@ private slots:
 
     void periodsAreDeliveredInOrder()
     {
-        // Worker 0 of the first period is held back; the second period's finish meanwhile.
+        // Worker 0 of the first period is held back; those of the second period finish meanwhile.
         const ScriptedDecoder decoder(
             QStringLiteral("case $slot in *_142315_S1_*) flock -s $here/gate true;; esac\n"
                            "echo \"~ $slot\""));
@@ -667,9 +667,9 @@ private slots:
 
     void aPeriodQueuedAgainIsGatheredAnewAndOnce()
     {
-        // The workers tell which call they are of: its capture folder. Half of the first and the
-        // second call's are held back; the third call's end only when all four run at once, and
-        // so after all earlier ones have reported.
+        // Each worker's capture folder tells the call it belongs to. Half of the first and the
+        // second call's workers are held back. The third call's workers finish only when all four
+        // run at once, and so after all earlier ones have reported.
         const ScriptedDecoder decoder(
             QStringLiteral("call=${PWD%/*}; call=${call##*/}\n"
                            "[ $5 -lt 1000 ] || flock -s $here/$call true\n"
@@ -682,12 +682,12 @@ private slots:
         QTRY_COMPARE(batchesOf("first"), 2);
         queueIn("second", boundaryMs);
         QTRY_COMPARE(batchesOf("second"), 2);
-        QVERIFY(periods.isEmpty()); // four workers have reported, but two of them to no avail
+        QVERIFY(periods.isEmpty()); // four workers have reported, but two of them in vain
         second.open();
         QTRY_COMPARE(periods.size(), 1);
         QCOMPARE(periods.first().lines.filter(QStringLiteral("second")).size(), 4);
         QCOMPARE(periods.first().lines.size(), 4);
-        first.open(); // what its last two report is of no known period any more
+        first.open(); // its last two report for a period that is no longer known
         queueIn("third", boundaryMs + 15000);
         QTRY_COMPARE(batchesOf("third"), 4);
         QCOMPARE(batchesOf("first"), 2);
@@ -695,7 +695,7 @@ private slots:
 
     void anIdlePoolKeepsItsThreads()
     {
-        QTRY_COMPARE(pooledThreads(), 0); // those of the captures before this one have gone
+        QTRY_COMPARE(pooledThreads(), 0); // those of earlier captures have ended
         const ScriptedDecoder decoder(
             QStringLiteral("echo + >> $here/log; flock -s $here/gate true; echo '~ x'"));
         const Gate gate(decoder.left(QStringLiteral("gate")));
@@ -764,7 +764,7 @@ private slots:
             other.queueDecodeSlices(boundaryMs, silence);
             capture->queueDecodeSlices(boundaryMs, silence);
             QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")), QByteArray("+\n+\n"));
-            capture.reset(); // what it had queued never runs, and the other's stays
+            capture.reset(); // its queued work never runs; the other's stays
         }
         QTRY_COMPARE(others.size(), 1);
         const QByteArray log = decoder.readLeft(QStringLiteral("log"));
@@ -857,7 +857,7 @@ private slots:
         const Gate gate(decoder.left(QStringLiteral("gate")));
         capture->queueDecodeSlices(boundaryMs, silence);
         capture->queueDecodeSlices(boundaryMs + 15000, silence);
-        QTRY_COMPARE(batches.size(), 7); // the second is finished and waits for the first
+        QTRY_COMPARE(batches.size(), 7); // the second is finished and held back by the first
         capture->reset();
         batches.clear();
         QFile second(decoder.left(QStringLiteral("second")));
@@ -894,7 +894,7 @@ private slots:
         capture->queueDecodeSlices(boundaryMs + 15000, silence);
         QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")).count('+'), 4);
         std::thread opener([&gate] {
-            QThread::msleep(300); // by then the destruction has begun to wait
+            QThread::msleep(300); // by then the destructor is waiting
             gate.open();
         });
         capture.reset();
@@ -925,7 +925,7 @@ private:
         return captureFrame(*capture, sound, bytes, receiver, nowMs);
     }
 
-    // Started 3 s before the boundary and armed at it, with no samples yet.
+    // Starts 3 s before the boundary and reaches it, without samples so far.
     void arm()
     {
         QCOMPARE(capture->start(receiver, boundaryMs - 3000), QString());
@@ -959,14 +959,14 @@ private:
     }
 
 #ifndef Q_OS_WIN
-    // In a capture folder of that name.
+    // Uses a capture folder with this name.
     void queueIn(const char *name, qint64 periodStartMs)
     {
         capture->setCaptureFolder(folder->filePath(QLatin1String(name)));
         capture->queueDecodeSlices(periodStartMs, silence);
     }
 
-    // Those with a line that contains the word.
+    // The number of batches with a line that contains the word.
     int batchesOf(const char *word) const
     {
         return static_cast<int>(
@@ -975,7 +975,7 @@ private:
             }));
     }
 
-    // Threads of this process that bear the toolkit's name for those of a pool.
+    // Threads of this process that have Qt's name for pool threads.
     static int pooledThreads()
     {
         const QDir tasks(QStringLiteral("/proc/self/task"));

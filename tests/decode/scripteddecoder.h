@@ -10,9 +10,9 @@ namespace outpost
 {
 
 // An installed decoder whose behaviour is a shell script: "jt9" beside "wsjtx" in a folder of its
-// own, which the environment names. In the script $here is the folder that it can leave things
-// in for the test, $slot the name of the worker's scratch folder; $5, $7 and $8 are the low and
-// high Hz and the WAV file.
+// own, named by the environment. In the script, $here is a folder for files that the test reads,
+// $slot the name of the worker's scratch folder; $5, $7 and $8 are the low and high Hz and the WAV
+// file.
 class ScriptedDecoder
 {
 public:
@@ -39,7 +39,7 @@ public:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    // Names of what the decoder has left, sorted.
+    // Names of the files that the decoder has left, sorted.
     QStringList allLeft() const { return QDir(left(QString())).entryList(QDir::Files, QDir::Name); }
 
     void writeProgram(const QString &file, const QString &script) const

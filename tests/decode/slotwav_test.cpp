@@ -90,7 +90,7 @@ private slots:
         QVERIFY(QDir(capture->path()).isEmpty());
     }
 
-#ifndef Q_OS_WIN // where windows/capture looks at the workers
+#ifndef Q_OS_WIN // windows/capture checks the workers there
     void reportsAnIncompleteWrite()
     {
         const FileSizeLimit limit(100000);
@@ -145,7 +145,8 @@ private slots:
         };
         if (folderIsOwn) {
             const bool hasEnded = QTest::qWaitFor([&] { return !isAlive(child); });
-            const OpenedPipe never(decoder.left(QStringLiteral("never"))); // lets it go in any case
+            // Releases it in any case.
+            const OpenedPipe never(decoder.left(QStringLiteral("never")));
             QTRY_VERIFY(!isAlive(child));
             QVERIFY(hasEnded);
             QVERIFY(!lived());
@@ -257,7 +258,7 @@ private slots:
         QVERIFY(QDir(deep.captureFolder).isEmpty());
     }
 
-    // Its path just fits; that of a file in it does not.
+    // The folder's path is just short enough; that of a file in it is too long.
     void aFileThatCannotBeOpenedIsTheCauseAndLeavesNoFolder()
     {
         const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
@@ -272,7 +273,7 @@ private slots:
         QVERIFY(QDir(deep.captureFolder).isEmpty());
     }
 
-    // What lies in it has too long a path to be removed by.
+    // It contains a file whose path is too long to be removed.
     void anOldFolderThatCannotBeRemovedIsTheCause()
     {
         const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
@@ -293,7 +294,7 @@ private slots:
         QVERIFY(decoder.allLeft().isEmpty());
     }
 
-    // What the decoder leaves has too long a path to be removed by.
+    // The decoder leaves a file whose path is too long to be removed.
     void aFolderThatStaysIsTheCauseAndTheLinesAreKept()
     {
         const QString tooLong(100, QLatin1Char('x'));
@@ -358,7 +359,7 @@ private:
     }
 
 #ifndef Q_OS_WIN
-    // A capture folder in which the worker's folder has a path of so many bytes.
+    // A capture folder in which the worker's folder has a path of this many bytes.
     QString deepFolder(int workerFolderBytes) const
     {
         const int bytes = workerFolderBytes - 1 - workerFolderName(job()).size();

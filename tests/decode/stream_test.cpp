@@ -1,5 +1,5 @@
-// Every sample on its way from the receiver to the decoder: the WAV files that the decoder is
-// given are the stream after the codec, period after period without a gap.
+// Every sample on its way from the receiver to the decoder: the WAV files are the stream after the
+// codec, period after period without a gap.
 
 #include "sim/simwav.h"
 #include "tests/fixture/aftermath.h"
@@ -17,7 +17,7 @@ namespace
 constexpr int periods = 3;
 constexpr int wavHeaderBytes = 44;
 
-// Noise at the level of a busy band, another one for each period.
+// Noise at the level of a busy band, different for each period.
 QVector<sim::Samples> busyBand()
 {
     QVector<sim::Samples> all;
@@ -32,7 +32,7 @@ QVector<sim::Samples> busyBand()
     return all;
 }
 
-// The decoder keeps each WAV under the name of its worker's folder.
+// The decoder keeps each WAV file under the name of its worker's folder.
 QByteArray keepingDecoder(const QString &folder)
 {
     return "part=$(basename $(dirname \"$8\"))\n"
@@ -55,7 +55,7 @@ QStringList wavNames(qint64 startMs)
 
 const qint64 boundaryMs = MadeUpClock::boundaryMs();
 
-// A receiver of a busy band and the station that hears it.
+// A receiver of a busy band and a station that listens to it.
 struct Stream {
     Stream(const QString &behaviour, bool raw, double speed)
     {
@@ -81,8 +81,8 @@ struct Stream {
         return reached && frames <= maxFrames;
     }
 
-    // The clock stands still while the frames before the boundary are on their way, so that none
-    // of them can arrive after it.
+    // Stops the clock while the frames before the boundary are in transit, so that none arrives
+    // after it.
     void comeToTheBoundary(int framesBefore)
     {
         station.clock.set(boundaryMs - 4000);
@@ -95,7 +95,7 @@ struct Stream {
                  qPrintable(station.window->kiwiStatusText()));
     }
 
-    // Every decoder got every sample of its period.
+    // Checks that every decoder got every sample of its period.
     void judge()
     {
         QTRY_VERIFY(sent.size() >= periods);
@@ -109,7 +109,7 @@ struct Stream {
                 QVERIFY2(heard == sim::toLittleEndian(period.samples), qPrintable(name));
             }
         }
-        // Uncompressed, it is the band itself.
+        // Uncompressed, the stream is the band itself.
         if (config.raw) {
             QVERIFY(sent.at(1).samples == config.audio.at(1));
         }
@@ -138,7 +138,7 @@ private slots:
 void StreamTest::initTestCase()
 {
     adoptOrphans();
-    // What the toolkit makes once and keeps is made before the first comparison.
+    // Creates what Qt creates once and keeps, before the first comparison.
     const PuppetReceiver receiver;
     TestStation station;
     station.hearPeriod(receiver);
@@ -176,7 +176,7 @@ void StreamTest::theDecoderGetsTheStreamSampleForSample()
     QFETCH(int, soundFramesEach);
     Stream stream(behaviour, raw, 1000);
     stream.comeToTheBoundary(4000 * 12 / frameSamples * soundFramesEach);
-    stream.station.clock.set(boundaryMs + periods * 15 + 2); // it is 1000 times as fast
+    stream.station.clock.set(boundaryMs + periods * 15 + 2); // the sound is 1000 times as fast
     stream.judge();
 }
 
@@ -188,7 +188,7 @@ void StreamTest::soundInBurstsIsComplete_data()
     QTest::newRow("raw in bursts") << true << 512;
 }
 
-// Nothing for 2.5 s and then all of it, over and over.
+// Repeatedly nothing for 2.5 s, then everything at once.
 void StreamTest::soundInBurstsIsComplete()
 {
     constexpr int burstMs = 2500;
@@ -202,7 +202,7 @@ void StreamTest::soundInBurstsIsComplete()
         for (int burst = 0; burst <= periods * 15000 / burstMs; ++burst) {
             stream.station.clock.set(boundaryMs + burst * burstMs);
             const int frames = framesBefore + burst * burstMs * 12 / frameSamples;
-            QVERIFY(stream.hasHeard(frames, frames + 1)); // one begins with the burst's end
+            QVERIFY(stream.hasHeard(frames, frames + 1)); // one starts when the burst ends
         }
         stream.judge();
         QCOMPARE(stream.sent.size(), periods);

@@ -1,5 +1,5 @@
-// Two windows side by side, each with a profile, a receiver and a bridge port of its own, and both
-// with the program folder, the data and the decoder of the other.
+// Two windows side by side, each with its own profile, receiver and bridge port. They share the
+// program's folder, the data and the decoder.
 
 #include "base/datapaths.h"
 #include "tests/display/bridgeclient.h"
@@ -19,8 +19,8 @@ namespace
 {
 constexpr int periods = 3;
 
-// It ends only when the other window's run of the same worker has begun, and that of silence only
-// after that of noise.
+// Ends only when the same worker of the other window has started; the run of silence also waits for
+// the run of noise.
 const QByteArray decoderScript = R"(
 marks=$(dirname "$0")/../$(basename "$PWD")
 if tail -c 1000 "$8" | tr -d '\000' | grep -q .; then own=noise; other=silence
@@ -154,7 +154,7 @@ private slots:
                                           {silent.receiver.port(), periods}}));
         QVERIFY(!lies("capture.lock"));
         QVERIFY(!lies("capture-2.lock"));
-        QVERIFY(besideTheCapture().rmdir(QStringLiteral("capture-2"))); // as it is empty
+        QVERIFY(besideTheCapture().rmdir(QStringLiteral("capture-2"))); // it is empty
         QCOMPARE(captureLeftovers(), QStringList());
     }
 
