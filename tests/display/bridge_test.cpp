@@ -54,8 +54,8 @@ private:
     {
         (*station)->onDecodesDelivered(label, parseDecodeLines(lines));
     }
-    // What the client heard since it was greeted. Lines keep their order on the way, so that
-    // whatever was sent has arrived when this last one has.
+    // What the client has received since the greeting. Lines arrive in order, so all earlier ones
+    // are there once this last one is.
     QByteArray heardSinceGreeting()
     {
         static int count = 0;
@@ -74,10 +74,10 @@ private:
 namespace
 {
 
-// From now on it takes nothing, and is a client until the event loop runs.
+// Makes a socket close: it takes no more data, but stays a client until the event loop runs.
 void startClosing(QTcpSocket *atTheStation)
 {
-    atTheStation->write("x"); // closing waits for this
+    atTheStation->write("x"); // closing waits until this is sent
     atTheStation->disconnectFromHost();
     QCOMPARE(atTheStation->state(), QAbstractSocket::ClosingState);
 }
@@ -258,7 +258,7 @@ void BridgeTest::theDecodesOfABatchAreSentAtOneTime()
     deliver({example, another});
     station->tickMs = 0;
     station->nowMs += 80000;
-    for (int i = 0; i < 40; ++i) { // both become old in the same moment
+    for (int i = 0; i < 40; ++i) { // both expire in the same moment
         deliver({another, example});
         station->nowMs += 500;
     }
@@ -282,7 +282,7 @@ void BridgeTest::withoutClientsNothingIsKeptForLater()
     deliver({example, jt9Line(QStringLiteral("CQ W1AW FN31"))});
     client = std::make_unique<BridgeClient>(station->bridgePort);
     QVERIFY(client->waitForGreeting());
-    deliver({example}); // was not remembered as sent
+    deliver({example}); // not remembered as sent
     QCOMPARE(heardSinceGreeting(), exampleSent);
 }
 

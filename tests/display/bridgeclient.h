@@ -6,7 +6,7 @@
 namespace outpost
 {
 
-// A program that listens to the bridge, and all that it has heard.
+// A client of the bridge, with everything it has received.
 class BridgeClient
 {
 public:
@@ -27,7 +27,7 @@ public:
     QByteArray heard;
 };
 
-// A client that takes one byte and then nothing more.
+// A client that reads one byte and then nothing more.
 class LazyClient
 {
 public:
@@ -42,7 +42,7 @@ public:
     bool isConnected = false;
 };
 
-// The bridge's line for these fields, made without the program's help.
+// The bridge's line for these fields, built without the program's code.
 inline QByteArray decodeLine(const QByteArrayList &fields)
 {
     return "PELQOUTPOST2|" + fields.join('\t').toBase64() + '\n';

@@ -1,4 +1,4 @@
-// Clients that misbehave, and a bridge that runs out of descriptors.
+// Misbehaving clients, and a bridge that runs out of descriptors.
 
 #include "bridgeclient.h"
 #include "display/acceptretry.h"
@@ -20,14 +20,14 @@ namespace outpost
 {
 
 #ifndef Q_OS_WIN
-// While it lives, this process can open no further descriptor.
+// For its lifetime, this process cannot open any more descriptors.
 class DescriptorShortage
 {
 public:
     DescriptorShortage()
     {
         getrlimit(RLIMIT_NOFILE, &before);
-        // The event loop cannot wait for more descriptors than the limit.
+        // The event loop cannot poll more descriptors than the limit.
         for (int i = 0; i < 300; ++i) {
             fillers.append(dup(STDERR_FILENO));
         }
@@ -56,7 +56,7 @@ private:
 namespace
 {
 
-// Whether somebody is in the listener's queue.
+// Whether a client is in the listener's queue.
 bool somebodyWaits(int listener)
 {
     pollfd queue{listener, POLLIN, 0};
@@ -93,7 +93,7 @@ private slots:
     void theGreetingLeavesAtOnce();
     void aDecodeLeavesAtOnce();
     void stoppingEndsTheConnectionThenClosesTheSocket();
-#ifndef Q_OS_WIN // where descriptors know no such limit
+#ifndef Q_OS_WIN // descriptors have no such limit there
     void clientsComeInAgainAfterAShortageOfDescriptors();
     void clientsComeInAfterAShortageFromTheStart();
     void anEmptyQueueIsNoErrorAfterAShortage();
@@ -103,7 +103,7 @@ private slots:
 private:
     std::unique_ptr<LogTrace> trace;
     std::unique_ptr<LoneBridge> bridge;
-    std::unique_ptr<BridgeClient> client; // an ordinary one, besides the other
+    std::unique_ptr<BridgeClient> client; // a normal one, besides the other
     int delivered = 0;
 
     // About 60 kB on the wire.
@@ -116,7 +116,7 @@ private:
         bridge->deliver(lines);
     }
 #ifndef Q_OS_WIN
-    // The bridge's first client comes while there is no descriptor for it.
+    // The first client connects while there is no descriptor for it.
     void startInAShortage(QTcpSocket &waiting)
     {
         (*bridge)->stop();
@@ -134,7 +134,7 @@ private:
         QCOMPARE(waiting.readAll(), BridgeClient::readyLine());
     }
 #endif
-    // Whether the ordinary client hears the next decode.
+    // Whether the normal client receives the next decode.
     bool isHeard()
     {
         const QByteArray line = "CQ " + QByteArray::number(++delivered);
@@ -170,7 +170,7 @@ void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
     const LazyClient lazy(bridge->port);
     QVERIFY(lazy.isConnected);
     QTRY_COMPARE(bridge->sockets().size(), 2);
-    const BridgeClient third(bridge->port); // behind it in the list
+    const BridgeClient third(bridge->port); // after it in the list
     QVERIFY(third.waitForGreeting());
     qint64 maxWaiting = 0;
     const QString remain = QStringLiteral("WSJT bridge client disconnected; 2 client(s) remain.");
@@ -185,7 +185,7 @@ void BridgeClientsTest::aClientThatNeverReadsIsDroppedAtABound()
     QVERIFY(maxWaiting <= 4 * 1024 * 1024);
     QVERIFY(maxWaiting > 1024 * 1024);
     QVERIFY(isHeard());
-    QCOMPARE(client->heard.count('\n'), delivered + 1); // nobody else missed a line
+    QCOMPARE(client->heard.count('\n'), delivered + 1); // no other client missed a line
     QTRY_COMPARE(third.heard.size(), client->heard.size());
 }
 
@@ -218,9 +218,9 @@ void BridgeClientsTest::aClientThatReadsSlowlyIsKept()
     BridgeClient slow(bridge->port);
     QVERIFY(slow.waitForGreeting());
     slow.socket.setReadBufferSize(1);
-    slow.socket.blockSignals(true); // reads nothing for a while
+    slow.socket.blockSignals(true); // stops reading for a while
     for (int i = 0; i < 30; ++i) {
-        deliverMuch(); // less than the bound
+        deliverMuch(); // less than the limit
     }
     QVERIFY(isHeard());
     slow.socket.blockSignals(false);
@@ -237,7 +237,7 @@ void BridgeClientsTest::whatClientsSendIsThrownAway()
         client->socket.write(megabyte);
         QTRY_VERIFY(client->socket.bytesToWrite() < megabyte.size());
     }
-    QVERIFY(bridge->sockets().first()->readBufferSize() > 0); // 0 would be without bound
+    QVERIFY(bridge->sockets().first()->readBufferSize() > 0); // 0 means no limit
     QTRY_COMPARE(client->socket.bytesToWrite(), 0);
     QTRY_COMPARE(bridge->sockets().first()->bytesAvailable(), 0);
     QVERIFY(isHeard());
@@ -275,7 +275,7 @@ void BridgeClientsTest::aClientThatIsGoneBeforeItIsGreeted()
     }
 #ifdef Q_OS_WIN
     QTRY_COMPARE(trace->lines().filter(QStringLiteral("client connected")).size(), 2);
-    QVERIFY(isHeard()); // Wine tells that it is gone when something is sent to it
+    QVERIFY(isHeard()); // Wine notices that it is gone only when something is sent to it
 #endif
     QTRY_COMPARE(trace->count(oneRemains), 1);
     QVERIFY(isHeard());
@@ -290,7 +290,7 @@ void BridgeClientsTest::aClientThatResetsBeforeItIsAccepted()
         sim::resetOnClose(hasty.socket.socketDescriptor());
     }
     QTRY_COMPARE(trace->count(oneRemains), 1);
-    // It is logged with its address or not at all.
+    // It is logged with its address, or not at all.
     for (const QString &line : trace->lines().filter(QStringLiteral("client connected"))) {
         QVERIFY2(line.contains(QStringLiteral(": 127.0.0.1:")), qPrintable(line));
     }
@@ -298,7 +298,7 @@ void BridgeClientsTest::aClientThatResetsBeforeItIsAccepted()
     QVERIFY(isHeard());
 }
 
-// The bridge learns of it in the middle of a broadcast.
+// The bridge notices it in the middle of a broadcast.
 void BridgeClientsTest::aClientThatIsFoundGoneCostsTheOthersNothing()
 {
     LazyClient gone(bridge->port);
@@ -316,7 +316,7 @@ void BridgeClientsTest::aClientThatIsFoundGoneCostsTheOthersNothing()
     QCOMPARE(trace->lines().filter(QStringLiteral("client disconnected; 3 client(s)")).size(), 1);
 }
 
-// The next two do without the event loop, which would send what a flush has not sent.
+// The next two run without the event loop, which would send what was not flushed.
 void BridgeClientsTest::theGreetingLeavesAtOnce()
 {
     QTcpSocket hasty;
@@ -355,9 +355,9 @@ void BridgeClientsTest::clientsComeInAgainAfterAShortageOfDescriptors()
         const DescriptorShortage shortage;
         QVERIFY(waiting.waitForConnected());
         for (int i = 0; i < 3; ++i) {
-            QCoreApplication::processEvents(); // the listener tries in vain
+            QCoreApplication::processEvents(); // the listener fails to accept
         }
-        QVERIFY(isHeard()); // the other client does not suffer
+        QVERIFY(isHeard()); // the other client is not affected
         QVERIFY(somebodyWaits(listener));
         QCOMPARE(bridge->sockets().size(), 1);
     }
@@ -370,7 +370,7 @@ void BridgeClientsTest::clientsComeInAfterAShortageFromTheStart()
 {
     QTcpSocket waiting;
     startInAShortage(waiting);
-    // From now on it is an ordinary listener again, which neither complains nor waits.
+    // From now on the listener works normally, without errors or pauses.
     const auto *pause = bridge->listener()->findChild<QTimer *>();
     for (int i = 0; i < 5; ++i) {
         const BridgeClient another(bridge->port);
@@ -380,7 +380,7 @@ void BridgeClientsTest::clientsComeInAfterAShortageFromTheStart()
     QCOMPARE(trace->lines().filter(QStringLiteral("not accepted")).size(), 1);
 }
 
-// The client that woke the listener up may be gone again when the listener looks for it.
+// The client that woke the listener may be gone when the listener checks its queue.
 void BridgeClientsTest::anEmptyQueueIsNoErrorAfterAShortage()
 {
     QTcpSocket waiting;

@@ -1,5 +1,5 @@
-// Crowds at the bridge: many clients, deaf ones, talkative ones. Whoever listens hears every
-// decode, and nothing of the crowd stays.
+// Many clients at the bridge: normal ones, some that do not read, some that flood. Every normal
+// client receives every decode, and no resources are left behind.
 
 #include "decode/ft8decode.h"
 #include "tests/fixture/aftermath.h"
@@ -32,8 +32,8 @@ constexpr int readyBytes = 18;
 
 using Crowd = std::vector<std::unique_ptr<QTcpSocket>>;
 
-// In groups that fit the system's queue for a listener; who finds it full tries again seconds
-// later.
+// Connects in groups that fit the listener's queue. The system retries a connection that finds it
+// full only seconds later.
 Crowd comeIn(const TestStation &station, int clients)
 {
     Crowd crowd;
@@ -77,7 +77,7 @@ void judge(Aftermath &aftermath, qint64 maxExtraKb)
 
 void BridgeCrowdTest::initTestCase()
 {
-    // Both ends of each connection are this process's.
+    // This process has both ends of each connection.
     const rlimit enough = {4096, 4096};
     QCOMPARE(setrlimit(RLIMIT_NOFILE, &enough), 0);
     const TestStation station;

@@ -9,7 +9,7 @@ namespace outpost
 namespace
 {
 
-// What a client program makes of one bridge line: the five fields.
+// The five fields that a client reads from a bridge line.
 QStringList clientFields(const QByteArray &line)
 {
     const QByteArray tag = "PELQOUTPOST2|";
@@ -152,7 +152,7 @@ void BridgeProtocolTest::thePeriodLabelBeatsThePrintedTime()
         const QString line = QLatin1String(printed) + QStringLiteral(" -12 0.3 1234 ~ CQ");
         QCOMPARE(bridgeDecode(parseDecodeLine(line), &periodTime)->time, QStringLiteral("101530"));
     }
-    periodTime = bridgePeriodTime(QStringLiteral("ab:cd:ef")); // six characters are enough
+    periodTime = bridgePeriodTime(QStringLiteral("ab:cd:ef")); // any six characters are accepted
     QCOMPARE(bridgeDecode(parseDecodeLine(exampleLine), &periodTime)->time,
              QStringLiteral("abcdef"));
 }

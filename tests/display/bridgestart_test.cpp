@@ -1,4 +1,4 @@
-// Starting and stopping the bridge, and the port it takes.
+// Starting and stopping the bridge, and its port.
 
 #include "bridgeclient.h"
 #include "decode/ft8decode.h"
@@ -123,7 +123,7 @@ void BridgeStartTest::aPortOutOfRangeBecomesTheDefault_data()
     }
 }
 
-// Somebody else may have the default port on this machine; then the trace tells it.
+// Another program on this machine may use the default port; the log then says so.
 void BridgeStartTest::aPortOutOfRangeBecomesTheDefault()
 {
     QFETCH(int, port);
@@ -198,7 +198,7 @@ void BridgeStartTest::startingWhileListeningChangesNothing()
     QVERIFY(bridgeStatus().contains(QStringLiteral("— 1 client(s)")));
 }
 
-// What counts is whether anybody can come in, not whether there is a listener.
+// What counts is whether clients can connect, not whether there is a listener.
 void BridgeStartTest::aListenerThatHasClosedIsReplaced()
 {
     const BridgeClient client(station->bridgePort);

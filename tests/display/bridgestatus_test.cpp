@@ -100,7 +100,7 @@ void BridgeStatusTest::itIsASmallWindowOfTheStation()
 
 void BridgeStatusTest::theEntryShowsTheSameWindowAgain()
 {
-    (*station)->findChild<QTcpServer *>()->close(); // without telling the window
+    (*station)->findChild<QTcpServer *>()->close(); // without notifying the window
     QCOMPARE(text(), listening(0) + QStringLiteral("Last output: None"));
     (*station)->activateWindow();
     QTRY_VERIFY(!dialog->isActiveWindow());
@@ -116,7 +116,7 @@ void BridgeStatusTest::itClosesByEscapeEnterAndButton()
 {
     QTest::keyClick(dialog, Qt::Key_Escape);
     QTRY_VERIFY(!dialog);
-    (*station)->refreshBridgeStatus(); // the closed window is left alone
+    (*station)->refreshBridgeStatus(); // must not touch the closed window
     show();
     QTRY_VERIFY(dialog->focusWidget());
     QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
@@ -140,7 +140,7 @@ void BridgeStatusTest::aFreshBridgeListensAndHasSentNothing()
     QCOMPARE(text(), listening(0) + QStringLiteral("Last output: None"));
 }
 
-// The count is that of the batch, with what was not sent.
+// The count is that of the batch, including decodes that were not sent.
 void BridgeStatusTest::itShowsClientsAndTheLastOutput()
 {
     const QStringList batch{jt9Line(QStringLiteral("CQ K1ABC")),

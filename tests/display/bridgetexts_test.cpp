@@ -36,7 +36,7 @@ private slots:
 
 void BridgeTextsTest::initTestCase()
 {
-    qputenv("TZ", "IST-5:30"); // understood everywhere; local time must show nowhere
+    qputenv("TZ", "IST-5:30"); // understood on every system; local time must not show
     QVERIFY(QDateTime::currentDateTime().offsetFromUtc() != 0);
 }
 
@@ -57,7 +57,7 @@ void BridgeTextsTest::aStoppedBridgeShowsItsLastError()
     QFETCH(QString, shown);
     BridgeState bridge;
     bridge.lastError = error;
-    bridge.lastOutputMs = 1700000000000; // survives a stop, but is not shown
+    bridge.lastOutputMs = 1700000000000; // kept after a stop, but not shown
     QCOMPARE(bridgeStatusText(bridge), QStringLiteral("Bridge: Stopped\nLast error: ") + shown);
 }
 

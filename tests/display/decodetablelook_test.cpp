@@ -182,13 +182,13 @@ void DecodeTableLookTest::theNewestRowIsInView()
     table->scrollToTop();
     append("10:15:45", jt9Lines(1));
     QVERIFY(isAtTheBottom());
-    QTest::qWait(0); // and after all that was posted
+    QTest::qWait(0); // and after all posted events
     QVERIFY(isAtTheBottom());
     const QRect newest = table->visualItemRect(table->item(60, 0));
     QVERIFY(table->viewport()->rect().contains(newest.center()));
 }
 
-// No row is selected then, which alone would bring it into view.
+// Then no row is selected; a selection alone would scroll it into view.
 void DecodeTableLookTest::aHighlightedNewestRowIsInViewToo()
 {
     append("10:15:30", jt9Lines(60));
@@ -218,7 +218,7 @@ void DecodeTableLookTest::aHighlightedNewestRowIsNotCovered()
     QVERIFY(table->selectedItems().isEmpty());
 }
 
-// Nothing is selected, but the row that was current stays so.
+// The selection is cleared, but the current row stays current.
 void DecodeTableLookTest::theArrowKeysGoOnFromTheUncoveredRow()
 {
     append("10:15:30", jt9Lines(3));
@@ -283,7 +283,7 @@ void DecodeTableLookTest::updatesAreSuspendedWhileRowsComeAndGo()
     QVERIFY(table->updatesEnabled());
 }
 
-// Once when it is whole; Qt then paints once more for the rows and columns that changed in size.
+// Painted once when it is complete, and once more by Qt for the resized rows and columns.
 void DecodeTableLookTest::aBatchIsPaintedWhenItIsWhole()
 {
     append("10:15:15", jt9Lines(40));

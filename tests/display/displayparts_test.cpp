@@ -1,4 +1,4 @@
-// The display's parts alone, without the station's window.
+// The parts of the display without the station's window.
 
 #include "decode/ft8decode.h"
 #include "display/decodetable.h"

@@ -12,8 +12,8 @@
 namespace outpost
 {
 
-// A shown window in a fresh home: its time of day stands still until a test moves it, its bridge
-// listens on a free port and its decoder decodes nothing.
+// A visible window with a new home. Its clock stands still until the test moves it, its bridge
+// listens on a free port, and its decoder finds nothing.
 class DisplayStation
 {
 public:
@@ -45,7 +45,7 @@ public:
 
     int bridgePort = freePort();
     qint64 nowMs = 1769768144000; // 10:15:44 UTC on 30 January 2026
-    qint64 tickMs = 0;            // by which the time goes on whenever it is asked for
+    qint64 tickMs = 0;            // advances the clock at each reading
     std::unique_ptr<MainWindow> window;
 
 private:

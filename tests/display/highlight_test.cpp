@@ -21,8 +21,8 @@ const QString askingText = QStringLiteral("Enter up to 10 complete callsigns, on
 
 } // namespace
 
-// What one edit shows, window after window: the text in each dialog, the title and text of each
-// box.
+// Everything shown during an edit, in order: the text of each dialog, and the title and text of
+// each box.
 using Seen = QStringList;
 
 namespace
@@ -39,9 +39,8 @@ void type(QWidget *editor, const QString &text)
     }
 }
 
-// Types each text in turn into the dialog that asks, replacing what is there, and ends it with
-// Enter on OK; every box is closed with Enter. The dialog that comes up after the last text is
-// cancelled with Escape.
+// Enters each text in the dialog, replacing the previous one, and confirms it with OK; every box is
+// closed with Enter. The dialog after the last text is cancelled with Escape.
 Seen edit(const MainWindow &window, QStringList typedTexts)
 {
     Seen seen;
@@ -92,7 +91,7 @@ QStringList callsNumbered(int count)
     return calls;
 }
 
-// The text in the dialog of another process that starts with the settings on disk now.
+// The text in the dialog of another process that starts with the settings now on disk.
 QString textAfterRestart()
 {
     QProcess restarted;
@@ -107,7 +106,7 @@ QString textAfterRestart()
 int showTextAfterRestart(int argc, char **argv)
 {
 #ifdef Q_OS_WIN
-    useTestPlaces(); // the calling test's
+    useTestPlaces(); // those of the calling test
 #endif
     QApplication application(argc, argv);
     const MainWindow window;
@@ -146,7 +145,7 @@ private slots:
     void aCallMustStandAlone();
     void whatIsStoredSurvivesARestart_data();
     void whatIsStoredSurvivesARestart();
-#ifndef Q_OS_WIN // whose registry is no text to edit
+#ifndef Q_OS_WIN // its registry is not a text file
     void storedCallsAreReadStrictly_data();
     void storedCallsAreReadStrictly();
     void nothingIsWrittenBackByReading();
@@ -295,7 +294,7 @@ void HighlightTest::anotherCurrentRowKeepsItsSelection()
     QCOMPARE(decodeTableOf(**station)->selectedItems().size(), 5);
 }
 
-// Nothing is selected, but the row that was current stays so.
+// The selection is cleared, but the current row stays current.
 void HighlightTest::theArrowKeysGoOnFromTheUncoveredRow()
 {
     append({QStringLiteral("CQ W1AW FN31"), QStringLiteral("CQ K1ABC FN42"),
@@ -308,7 +307,7 @@ void HighlightTest::theArrowKeysGoOnFromTheUncoveredRow()
     QCOMPARE(table->currentRow(), 2);
 }
 
-// Whoever sees the colours may rely on it that the calls are stored.
+// When the colours are visible, the callsigns must be stored already.
 void HighlightTest::theCallsAreSavedBeforeTheRowsAreColoured()
 {
     append({QStringLiteral("CQ K1ABC FN42")});
@@ -452,7 +451,7 @@ void HighlightTest::whatIsStoredSurvivesARestart()
     QCOMPARE(textAfterRestart(), lines(calls));
 }
 
-#ifndef Q_OS_WIN // whose registry is no text to edit
+#ifndef Q_OS_WIN // its registry is not a text file
 void HighlightTest::storedCallsAreReadStrictly_data()
 {
     QTest::addColumn<QByteArray>("stored");

@@ -11,7 +11,7 @@ inline QString jt9Line(const QString &message, int audioHz = 1234, const QString
         .arg(snr.isEmpty() ? QStringLiteral("-12") : snr, QString::number(audioHz), message);
 }
 
-// So many decodes, all different.
+// This number of decodes, all different.
 inline QStringList jt9Lines(int count)
 {
     QStringList lines;

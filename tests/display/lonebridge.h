@@ -10,8 +10,8 @@
 namespace outpost
 {
 
-// The bridge without a window, on a free port: its time of day stands still until a test moves it,
-// and what it tells its owner is kept.
+// The bridge without a window, on a free port. Its clock stands still until the test moves it, and
+// its callbacks are recorded.
 class LoneBridge
 {
 public:

@@ -8,7 +8,7 @@
 namespace outpost
 {
 
-// Gives the window another size as soon as it is made, before it is first filled.
+// Resizes the window as soon as it is created, before it is first filled.
 class EarlyHand : public QObject
 {
 public:

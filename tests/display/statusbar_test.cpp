@@ -57,7 +57,7 @@ void StatusBarTest::aBridgeWithoutClientsShowsAsDisconnected()
 {
     QTcpSocket probe;
     probe.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station->bridgePort));
-    QVERIFY(probe.waitForConnected()); // it listens; the window has not heard of the client yet
+    QVERIFY(probe.waitForConnected()); // the bridge listens, but has not accepted the client yet
     QCOMPARE(summary(), nothingConnected);
     QVERIFY((*station)->statusBar()->currentMessage().isEmpty());
 }
@@ -114,7 +114,7 @@ void StatusBarTest::everyBatchShowsTheSessionsDecodes()
     QVERIFY(summary().endsWith(QStringLiteral(" | TDecodes 37")));
     markSummary();
     (*station)->appendDecodes(QStringLiteral("10:16:00"), {});
-    QVERIFY(summary().endsWith(QStringLiteral(" | TDecodes 67"))); // the newest period again
+    QVERIFY(summary().endsWith(QStringLiteral(" | TDecodes 67"))); // the latest period again
 }
 
 void StatusBarTest::aSessionsStartAndEndShowItsDecodes()

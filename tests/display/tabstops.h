@@ -7,8 +7,8 @@
 namespace outpost
 {
 
-// The controls that the Tab key leads to in a window, from the focused one round to it again, by
-// the names that a screen reader tells; a nameless control is an empty text.
+// The accessible names of a window's controls in Tab order, starting with the focused one, until
+// the focus returns to it; empty for a control without a name.
 inline QStringList tabStops(QWidget *window)
 {
     QStringList names;

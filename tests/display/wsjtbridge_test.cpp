@@ -1,4 +1,4 @@
-// The bridge alone: what its owner is asked and told, and what stays within it.
+// The bridge alone: what it asks and tells its owner, and what it keeps to itself.
 
 #include "bridgeclient.h"
 #include "jt9lines.h"
@@ -51,7 +51,7 @@ private:
     std::unique_ptr<LoneBridge> bridge;
 
     BridgeState state() { return (*bridge)->state(); }
-    // Takes the bridge's port while it lives.
+    // Occupies the bridge's port for its lifetime.
     std::unique_ptr<QTcpServer> otherProgram() const
     {
         auto server = std::make_unique<QTcpServer>();
@@ -106,7 +106,7 @@ void WsjtBridgeTest::aPortOutOfRangeIsCorrectedAndTold_data()
     }
 }
 
-// Somebody else may have the default port on this machine; then the trace tells it.
+// Another program on this machine may use the default port; the log then says so.
 void WsjtBridgeTest::aPortOutOfRangeIsCorrectedAndTold()
 {
     QFETCH(int, port);
@@ -120,7 +120,7 @@ void WsjtBridgeTest::aPortOutOfRangeIsCorrectedAndTold()
 void WsjtBridgeTest::aPortInRangeIsNotCorrected()
 {
     (*bridge)->start();
-    bridge->port = 70000; // while it listens, nothing comes of it
+    bridge->port = 70000; // no effect while it listens
     (*bridge)->start();
     QCOMPARE(bridge->correctedPorts, QList<int>());
     QVERIFY(
@@ -158,7 +158,7 @@ void WsjtBridgeTest::aGoodStartOnRequestClearsTheError()
     other.reset();
     (*bridge)->start();
     QCOMPARE(state().lastError, QStringLiteral("Bridge failed to start"));
-    (*bridge)->startOnRequest(); // it listens already
+    (*bridge)->startOnRequest(); // it is listening already
     QCOMPARE(state().lastError, QString());
 }
 
@@ -189,7 +189,7 @@ void WsjtBridgeTest::clientsAreCountedAndToldOf()
     QCOMPARE(bridge->clientChanges, 3);
 }
 
-// Once, whether anybody was there or not: the clients that it drops are not told of one by one.
+// Called once, with or without clients: dropped clients are not reported one by one.
 void WsjtBridgeTest::everyStopIsTold()
 {
     (*bridge)->start();
