@@ -1,5 +1,5 @@
-// Data files that something else has damaged: the window starts, its dialogs open, and what is
-// recorded next is kept, however the file looks.
+// Damaged data files: whatever they contain, the window starts, its dialogs open, and new entries
+// are saved.
 
 #include "tests/fixture/home.h"
 #include "tests/fixture/logtrace.h"
@@ -38,7 +38,7 @@ private slots:
     void aFrequencyCutAtAnyByteIsAFrequency();
     void aFileOfAnotherKindIsLivedWith_data();
     void aFileOfAnotherKindIsLivedWith();
-#ifndef Q_OS_WIN // where memory in use is not measured
+#ifndef Q_OS_WIN // memory use is not measured there
     void hugeFilesAreLivedWith_data();
     void hugeFilesAreLivedWith();
 #endif
@@ -81,7 +81,7 @@ QJsonArray savedList()
     return QJsonDocument::fromJson(fileBytes(listFile())).array();
 }
 
-// What the receiver dialog shows in its fields when it is opened.
+// What the receiver dialog shows in its fields after it is opened.
 struct SeenForm {
     QString host;
     QString port;
@@ -114,7 +114,7 @@ void finishASession(MainWindow &window)
     window.finishStatusSession();
 }
 
-// What any damage must leave possible, in a window that has started beside it.
+// What must work after any damage, in a window that has just started.
 void useEverything(MainWindow &window)
 {
     openForm(window);
@@ -138,7 +138,7 @@ void DamagedFilesTest::init()
                              {QStringLiteral("Port"), 8074},
                              {QStringLiteral("Jt9Path"), decoder.path()},
                              {QStringLiteral("BridgePort"), bridgePort}});
-    trace.reset(); // one at a time
+    trace.reset(); // only one may exist at a time
     trace = std::make_unique<LogTrace>();
 }
 
@@ -192,7 +192,7 @@ void DamagedFilesTest::aStatusLogCutAtAnyByteTakesTheNextSession()
     }
 }
 
-// Cut short it may name another one; it is never out of range.
+// A truncated file may give another frequency, but never one out of range.
 void DamagedFilesTest::aFrequencyCutAtAnyByteIsAFrequency()
 {
     const QByteArray whole = "14.074000";
@@ -241,7 +241,7 @@ void DamagedFilesTest::aFileOfAnotherKindIsLivedWith()
 void DamagedFilesTest::hugeFilesAreLivedWith_data()
 {
     QTest::addColumn<QByteArray>("content");
-    // Half a minute for each of the last two at their full size, most of it to show such a text.
+    // At full size, the last two take half a minute each, mostly to show such a text.
     const int size = qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS") ? 50 << 20 : 5 << 20;
     QTest::newRow("megabytes of blanks") << QByteArray(size, ' ');
     QTest::newRow("megabytes of noise") << QByteArray("\xde\xad\xbe\xef").repeated(size / 4);
@@ -269,7 +269,7 @@ void DamagedFilesTest::hugeFilesAreLivedWith()
         MainWindow window;
         useEverything(window);
     }
-    trace->clear(); // it names the host
+    trace->clear(); // it contains the host
     const Footprint after = footprintNow();
     std::printf("FIGURE %s in every file: peak %+lld kB, after %+lld kB, %lld ms for everything\n",
                 QTest::currentDataTag(), static_cast<long long>(after.peakKb - before.residentKb),

@@ -1,5 +1,5 @@
-// The list of good receivers: recorded while decodes come in, shown and shortened in the Kiwi
-// Receiver dialog.
+// The list of good receivers: recorded while decodes arrive; shown and edited in the Kiwi Receiver
+// dialog.
 
 #include "app/mainwindow.h"
 #include "base/receiverkey.h"
@@ -86,7 +86,7 @@ QStringList comboTexts(const QComboBox *combo)
     return texts;
 }
 
-// Chooses the item and clicks Remove Selected; the label's answer.
+// Selects the item and clicks Remove Selected. Returns the text of the label.
 QString removeItem(const ReceiverForm &form, int index)
 {
     form.goodReceivers->setCurrentIndex(index);
@@ -134,7 +134,7 @@ private slots:
     void aBlankHostIsNotRecorded();
     void aDamagedFileIsReplaced_data();
     void aDamagedFileIsReplaced();
-#ifndef Q_OS_WIN // whose sockets are no files
+#ifndef Q_OS_WIN // sockets are not files there
     void aFileThatCannotBeReadIsReplaced();
 #endif
     void manyReceiversAreKeptAndListed();
@@ -183,7 +183,7 @@ void GoodReceiverListTest::writeProfile(const QString &host, int port) const
 }
 
 #ifdef OUTPOST_STREAMS
-// One worker finds two messages; the others, one each, only after that was recorded.
+// One worker finds two messages; the others find one each, after the receiver was recorded.
 void GoodReceiverListTest::theFirstWorkerThatDecodesRecordsTheReceiver()
 {
     const QString later = testHome().path(QStringLiteral("later"));
@@ -196,7 +196,7 @@ void GoodReceiverListTest::theFirstWorkerThatDecodesRecordsTheReceiver()
                                         " ]; do sleep 0.02; done\n"
                                         "  echo \"000000 -12  0.1 $5 ~  CQ K3ABC FN42\"\n"
                                         "fi");
-    // The station's time runs twenty times as fast as ours.
+    // The station's clock runs twenty times as fast as real time.
     QElapsedTimer ours;
     ours.start();
     const auto fastClock = [&ours] { return madeUpMs + 20 * ours.elapsed(); };
@@ -256,7 +256,7 @@ void GoodReceiverListTest::theFrequencyInUseIsRecorded()
              7.0740005);
 }
 
-// The rows of the three periods shown, not those of the latest alone.
+// With the rows of all three periods shown, not only those of the latest.
 void GoodReceiverListTest::theTableRecordsWithAllItsRows()
 {
     MainWindow window;
@@ -283,7 +283,7 @@ void GoodReceiverListTest::laterDecodesLeaveTheFileAsItIs()
 {
     MainWindow window;
     window.recordGoodReceiver(3);
-    // Not as the program writes it, so that writing it again would show.
+    // Formatted differently from the program's output, so that a rewrite would show.
     const QByteArray first = fileBytes(listFile()).replace("    ", "\t");
     putFile(listFile(), first);
     putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.074");
@@ -352,7 +352,7 @@ void GoodReceiverListTest::aDamagedFileIsReplaced()
 }
 
 #ifndef Q_OS_WIN
-// A socket lies in the folder like a file; nobody can read it as one, but a file can replace it.
+// A socket is in the folder like a file. It cannot be read, but a file can replace it.
 void GoodReceiverListTest::aFileThatCannotBeReadIsReplaced()
 {
     MainWindow window;
@@ -464,7 +464,7 @@ void GoodReceiverListTest::removingTellsSoAndForgets()
         QVERIFY(form.goodReceivers->itemText(2).startsWith(QStringLiteral("last:2 ")));
         QCOMPARE(form.goodReceivers->currentIndex(), 0);
         QVERIFY(!form.remove->isEnabled());
-        QCOMPARE(form.host->text(), QStringLiteral("Kiwi.Example")); // the edits stay
+        QCOMPARE(form.host->text(), QStringLiteral("Kiwi.Example")); // the edits are unchanged
     });
     QCOMPARE(fileBytes(listFile()), QJsonDocument(QJsonArray{entry(QStringLiteral("first"), 1),
                                                              entry(QStringLiteral("last"), 2)})
@@ -598,7 +598,7 @@ void GoodReceiverListTest::removingWhatIsGoneSaysSo_data()
     QTest::newRow("another port") << QJsonArray{entry(QStringLiteral("kiwi"), 1)};
 }
 
-// Another window of this station may have removed it.
+// Another window may have removed it.
 void GoodReceiverListTest::removingWhatIsGoneSaysSo()
 {
     QFETCH(QJsonArray, left);

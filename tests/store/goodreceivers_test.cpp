@@ -194,7 +194,7 @@ void GoodReceiversTest::removingAnAbsentReceiverChangesNothing()
     const QJsonArray list = json(R"([{"Host": "a"}, 5])");
     QCOMPARE(withoutReceiver(list, QStringLiteral("kiwi"), 8073), list);
     QCOMPARE(withoutReceiver({}, QStringLiteral("kiwi"), 8073), QJsonArray());
-    // Text in the list has no host at all, not an empty one.
+    // An element that is text has no host, not even an empty one.
     QCOMPARE(withoutReceiver(json("[5]"), QString(), 8073), json("[5]"));
 }
 

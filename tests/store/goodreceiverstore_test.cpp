@@ -1,4 +1,4 @@
-// The good receivers and the removed ones together, as files and settings hold them.
+// The good receivers and the removed ones, as the files and the settings hold them.
 
 #include "base/datapaths.h"
 #include "base/lockfile.h"
@@ -34,7 +34,8 @@ class GoodReceiverStoreTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); } // for Windows' settings lock
+    // For the settings lock on Windows.
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
 
     void init()
     {
@@ -124,7 +125,7 @@ private slots:
         const QString place = folder->filePath(QStringLiteral("place"));
         settings = SettingsStore(place + QStringLiteral("/settings.ini"));
         GoodReceiverStore store = newStore();
-        QVERIFY(QFile(place).open(QIODevice::WriteOnly)); // where the folder belongs
+        QVERIFY(QFile(place).open(QIODevice::WriteOnly)); // in the folder's place
         store.removeGoodReceiver(QStringLiteral("kiwi"), 8073);
         store.recordGoodReceiver(receiver(QStringLiteral("kiwi")), recordedMs);
         QCOMPARE(listed(store).size(), 1);
@@ -176,7 +177,7 @@ private:
         return texts;
     }
 
-    // From a copy of the file, whose name Qt's cache does not know.
+    // Reads a copy of the file, which is not in Qt's cache.
     QStringList removed() const
     {
         const QTemporaryDir elsewhere;
@@ -185,7 +186,8 @@ private:
         return removedKeys(QSettings(copy, QSettings::IniFormat));
     }
 
-    // While another copy of the program holds the list, and does not let it go.
+    // Whether the change waits while another copy of the program holds the list without releasing
+    // it.
     bool waits(const std::function<void()> &change) const
     {
         QLockFile stuck(listPath() + QStringLiteral(".lock"));

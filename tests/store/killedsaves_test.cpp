@@ -1,4 +1,4 @@
-// The program is killed while it saves: each data file is then the old one or the new one, whole.
+// The program is killed while saving: each data file is then completely old or completely new.
 
 #include "base/atomicfile.h"
 #include "base/settings.h"
@@ -45,8 +45,8 @@ int kills()
     return qEnvironmentVariableIsSet("OUTPOST_LONG_TESTS") ? 1000 : 50;
 }
 
-// Runs `save` with 0, 1, 2, … in a process of its own, and kills it at a moment that nobody can
-// foresee, from before its first save to well after it.
+// Runs `save` with 0, 1, 2, … in another process, and kills it at a random moment between the start
+// of its first save and well after its end.
 void killWhile(const std::function<void(int)> &save, qint64 saveMicroseconds)
 {
     static std::mt19937 random(std::random_device{}());
@@ -138,10 +138,10 @@ void KilledSavesTest::aFileIsTheOldOneOrTheNewOne()
         QVERIFY2(found == oldContent || found == newContent, found.left(100).constData());
         newOnes += found == newContent ? 1 : 0;
     }
-    QVERIFY(newOnes > 0 && newOnes < kills()); // or else no save was ever interrupted
+    QVERIFY(newOnes > 0 && newOnes < kills()); // otherwise no save was interrupted
 }
 
-// Written in the toolkit's own way, with a lock file beside it and a folder for the draft.
+// Written as Qt does it, with a lock file beside the settings and a folder for the draft.
 void KilledSavesTest::theSettingsAreTheOldOnesOrTheNewOnes()
 {
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder->path()));
@@ -163,7 +163,7 @@ void KilledSavesTest::theSettingsAreTheOldOnesOrTheNewOnes()
 
 namespace
 {
-// The folder of a draft as a killed save leaves it.
+// The draft's folder as a killed save leaves it.
 QString leaveADraft()
 {
     const QString path = stationSettings().fileName();
@@ -189,7 +189,7 @@ void KilledSavesTest::theNextSaveClearsWhatAKilledOneHasLeft()
     QVERIFY(QFile::exists(ofAPerson));
 }
 
-// It has the lock for as long as it needs its draft.
+// The copy holds the lock for as long as it needs its draft.
 void KilledSavesTest::draftsOfARunningCopyStay()
 {
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder->path()));

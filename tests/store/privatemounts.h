@@ -17,7 +17,7 @@ inline bool writeProcessFile(const char *path, const QByteArray &line)
            file.write(line) == line.size();
 }
 
-// Without privileges: become root of a user namespace of its own.
+// Without privileges: becomes root of a new user namespace.
 inline bool becomeOwnRoot()
 {
     const QByteArray uidMap = "0 " + QByteArray::number(getuid()) + " 1";
@@ -27,27 +27,27 @@ inline bool becomeOwnRoot()
            writeProcessFile("/proc/self/gid_map", gidMap);
 }
 
-// Moves this process into a mount namespace of its own, so that it can mount small or read-only
-// file systems that no other process sees and that end with it. To be called from main(), before
-// any thread starts; the test library starts one of its own.
+// Moves this process to a new mount namespace. It can then mount small or read-only file systems
+// that no other process sees, and that disappear with it. Call before any thread starts; the test
+// library starts one of its own.
 inline bool enterPrivateMounts()
 {
     return (geteuid() == 0 || becomeOwnRoot()) && unshare(CLONE_NEWNS) == 0 &&
            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
-// What to say when that failed.
+// The message for a failure.
 inline constexpr const char *privateMountsRefused =
     "This test mounts file systems of its own, and the system refuses that. Run it as root, or let "
     "every user make user namespaces (sysctl user.max_user_namespaces, "
     "kernel.unprivileged_userns_clone, kernel.apparmor_restrict_unprivileged_userns; in a "
     "container its seccomp profile).";
 
-// A file system in memory on an existing folder, for as long as this lives.
+// For its lifetime, mounts a file system in memory on an existing folder.
 class MemoryMount
 {
 public:
-    // `options` as in mount(8): "size=256k"
+    // `options` as in mount(8), such as "size=256k".
     MemoryMount(const QString &folder, const char *options)
         : target(QFile::encodeName(folder)),
           mounted(mount("tmpfs", target.constData(), "tmpfs", 0, options) == 0)

@@ -1,5 +1,5 @@
-// The profile and the frequency file as an operator meets them: at the start, in the File menu,
-// and behind Apply.
+// The profile and the frequency file as an operator uses them: at the start, in the File menu, and
+// with Apply.
 
 #include "app/mainwindow.h"
 #include "sim/kiwisim.h"
@@ -55,7 +55,7 @@ bool takesClients(int port)
     return socket.waitForConnected(2000);
 }
 
-// Host, port and frequency as the receiver dialog shows them.
+// Host, port and frequency in the receiver dialog.
 QStringList shownReceiver(const MainWindow &window)
 {
     QStringList shown;
@@ -65,7 +65,7 @@ QStringList shownReceiver(const MainWindow &window)
     return shown;
 }
 
-// The titles of the boxes that come up during `act`; each is closed.
+// Calls `act` and closes all boxes that come up. Returns their titles.
 QStringList boxesDuring(const std::function<void()> &act)
 {
     QStringList titles;
@@ -81,8 +81,8 @@ QStringList boxesDuring(const std::function<void()> &act)
     return titles;
 }
 
-// With a box up, the window would not be there before somebody has closed it.
-// Returns when all that has been posted so far, and all timers of 0 ms, have had their turn.
+// Returns when all events posted so far, and all timers of 0 ms, were handled. With a box open, it
+// would not return before the box is closed.
 void finishWhatIsQueued()
 {
     bool finished = false;
@@ -131,7 +131,7 @@ private slots:
     void openCancelledDoesNothing();
     void openRefusesWhatIsNoProfile_data();
     void openRefusesWhatIsNoProfile();
-#ifndef Q_OS_WIN // whose sockets are no files
+#ifndef Q_OS_WIN // sockets are not files there
     void openTellsWhyAFileCannotBeOpened();
 #endif
 
@@ -157,7 +157,7 @@ private:
     int bridgePort = 0;
 };
 
-// The search finds the scripted decoder where no other is installed too.
+// The search finds the scripted decoder even if no other is installed.
 void ProfileFilesTest::initTestCase()
 {
     const QByteArray folder = QFile::encodeName(QFileInfo(decoder.path()).path());
@@ -368,7 +368,7 @@ void ProfileFilesTest::openChangesNeitherBridgeNorDecoder()
 }
 
 #ifdef OUTPOST_STREAMS
-// Not even one that is up: the operator applies the new receiver when they want it.
+// Not even a live one: the operator connects to the new receiver with Apply.
 void ProfileFilesTest::openKeepsTheLinkAsItIs()
 {
     KiwiSim receiver;
@@ -390,7 +390,7 @@ void ProfileFilesTest::openKeepsTheLinkAsItIs()
     const LogTrace trace;
     chooseFile(path, [&] { choose(window, entry("Open Profile...")); });
     QVERIFY(trace.contains(QStringLiteral("Profile opened: ") + path));
-    finishWhatIsQueued(); // as a new attempt would be
+    finishWhatIsQueued(); // a new attempt would be queued
     QVERIFY(summaryLine(window).startsWith(QStringLiteral("Kiwi Connected")));
     QVERIFY(!trace.contains(QStringLiteral("Kiwi receiver disconnected.")));
     QVERIFY(!trace.contains(QStringLiteral("requested")));
@@ -450,7 +450,7 @@ void ProfileFilesTest::openRefusesWhatIsNoProfile()
 }
 
 #ifndef Q_OS_WIN
-// A socket lies in the folder like a file, but nobody can open it as one.
+// A socket is in the folder like a file, but cannot be opened.
 void ProfileFilesTest::openTellsWhyAFileCannotBeOpened()
 {
     const QString path = testHome().path(QStringLiteral("socket.json"));
@@ -611,7 +611,7 @@ void ProfileFilesTest::quietSavesGoToTheDefaultProfileOnly()
     QCOMPARE(jsonObject(path), expected);
 }
 
-// A box would keep Apply from coming back.
+// A box would block Apply.
 void ProfileFilesTest::quietSavesFailSilently()
 {
     const MainWindow window;

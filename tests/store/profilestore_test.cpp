@@ -1,4 +1,4 @@
-// The profile and the frequency in use, and the files that keep them.
+// The profile and the frequency in use, and their files.
 
 #include "base/datapaths.h"
 #include "store/profilestore.h"
@@ -118,7 +118,7 @@ private slots:
         QVERIFY(!QFile::exists(frequencyFilePath(folder())));
     }
 
-    // Never into the one that is opened.
+    // Never to the opened profile.
     void whatIsSavedQuietlyGoesToTheDefaultProfile()
     {
         put(elsewhere(), R"({"Host": "kiwi"})");

@@ -1,4 +1,4 @@
-// The Kiwi Receiver dialog as an operator meets it.
+// The Kiwi Receiver dialog as an operator uses it.
 
 #include "app/mainwindow.h"
 #include "base/receiverkey.h"
@@ -102,7 +102,7 @@ QList<QWidget *> shownButtons(const ReceiverForm &form)
     return buttons;
 }
 
-// What the key leads to, from the control with the focus until it is reached again.
+// The controls that the key reaches, from the focused one until it has the focus again.
 QList<QWidget *> focusRound(const QDialog *dialog, Qt::Key key)
 {
     QList<QWidget *> round;
@@ -262,7 +262,7 @@ void ReceiverDialogTest::everyFieldHasItsCellAndItsLabel()
     });
 }
 
-// The buttons come in the order in which the platform shows them.
+// The platform determines the order of the buttons.
 void ReceiverDialogTest::tabRunsThroughEveryControlAndBack_data()
 {
     QTest::addColumn<QDialogButtonBox::ButtonLayout>("buttonLayout");
@@ -373,7 +373,7 @@ void ReceiverDialogTest::opensOnTheFrequencyLastSaved_data()
                           << QStringLiteral("144.174000");
 }
 
-// Another program of this station may have saved it meanwhile.
+// Another copy of the program may have saved it meanwhile.
 void ReceiverDialogTest::opensOnTheFrequencyLastSaved()
 {
     QFETCH(QByteArray, saved);
@@ -638,7 +638,7 @@ void ReceiverDialogTest::closingRevertsNothing_data()
     QTest::newRow("Escape") << true;
 }
 
-// What was applied stays, what was typed after it is gone.
+// Applied values stay, later input is discarded.
 void ReceiverDialogTest::closingRevertsNothing()
 {
     QFETCH(bool, byEscape);
@@ -739,7 +739,7 @@ void ReceiverDialogTest::disconnectTellsSoAndStaysOpen()
     QCOMPARE(trace.count(QStringLiteral("Kiwi receiver disconnected.")), 1);
 }
 
-// Its label is gone by then.
+// Its label no longer exists.
 void ReceiverDialogTest::linkNewsAfterClosingGoesNowhere()
 {
     startSim();

@@ -1,4 +1,4 @@
-// The session with a receiver: timed, counted, written to the log and told.
+// The session with a receiver: timed, counted, logged and reported.
 
 #include "base/datapaths.h"
 #include "base/lockfile.h"
@@ -79,7 +79,7 @@ private slots:
         QCOMPARE(changes, 1);
     }
 
-    // In a folder that is not there yet.
+    // Creates the folder if necessary.
     void aFinishedSessionIsInTheLog()
     {
         finishASession();
@@ -95,7 +95,7 @@ private slots:
         QVERIFY(log->text().contains(QStringLiteral("Kiwi.Example:8073 | Sessions: 1 | ")));
     }
 
-    // The listener may read the log at once.
+    // The callback may read the log at once.
     void aChangeIsToldWhenItIsThere()
     {
         QStringList told;
@@ -139,7 +139,7 @@ private slots:
         QCOMPARE(changes, 2);
     }
 
-    // One that holds the log and does not let it go.
+    // The other copy never releases the log.
     void finishingWaitsForAnotherCopy()
     {
         QVERIFY(QDir().mkpath(dataFolder()));

@@ -140,7 +140,7 @@ void StatusLogTest::hostsInAnyCaseShareOneEntry()
     const QJsonObject entry = receiversOf(log).at(0).toObject();
     QCOMPARE(entry.value(QStringLiteral("Host")).toString(), QStringLiteral("Kiwi"));
     QCOMPARE(entry.value(QStringLiteral("Sessions")).toInt(), 2);
-    // What was logged stays as it was typed then.
+    // A logged session keeps the host as it was typed then.
     QCOMPARE(sessionsOf(log).at(0).toObject().value(QStringLiteral("Host")).toString(),
              QStringLiteral("KIWI"));
 }
@@ -150,7 +150,7 @@ void StatusLogTest::anotherPortIsAnotherReceiver()
     const QJsonObject old = json(R"({"Receivers": [{"Host": "Kiwi"}]})");
     QJsonObject log = withFinishedSession(old, session(QStringLiteral("Kiwi"), 8073), startMs);
     log = withFinishedSession(log, session(QStringLiteral("Kiwi"), 8074), startMs);
-    // The entry without a port is one of port 0, not of the usual port.
+    // An entry without a port counts as port 0, not as the usual port.
     QCOMPARE(receiversOf(log).size(), 3);
     QCOMPARE(receiversOf(log).at(2).toObject().value(QStringLiteral("Port")).toInt(), 8074);
 }

@@ -1,4 +1,4 @@
-// Someone reads in the Status Log while it is refreshed.
+// A person reads the Status Log while it is refreshed.
 
 #include "app/mainwindow.h"
 #include "tests/fixture/home.h"
@@ -41,7 +41,7 @@ void select(QPlainTextEdit *view, const char *part, bool backwards = false)
     view->setTextCursor(cursor);
 }
 
-// As a person gets it who copies it.
+// As copied to the clipboard.
 QString selectedText(QPlainTextEdit *view)
 {
     QApplication::clipboard()->clear();
@@ -98,7 +98,7 @@ private:
     QPlainTextEdit *view = nullptr;
 };
 
-// 25 sessions at so many receivers: more than there is room for.
+// 25 sessions with this number of receivers: more than fit into the view.
 void StatusLogReadingTest::init()
 {
     testHome().clear();
@@ -202,7 +202,7 @@ void StatusLogReadingTest::theScrollPositionSurvivesARefresh()
     QCOMPARE(view->verticalScrollBar()->value(), 20);
 }
 
-// Four lines go above it and one comes; the oldest session goes from the list.
+// Four lines above it go and one is added; the oldest session leaves the list.
 void StatusLogReadingTest::aSelectionSurvivesTheEndOfASession()
 {
     select(view, "session 20 | kiwi20");
@@ -230,7 +230,7 @@ void StatusLogReadingTest::whatIsInViewStaysWhenLinesComeAbove()
     QCOMPARE(firstLineInView(view), first);
 }
 
-// As edited into the file by hand; the view shows such characters as others.
+// As edited by hand; the view shows such characters as others.
 void StatusLogReadingTest::anOddNameIsNoHindrance()
 {
     window.reset();
@@ -266,7 +266,7 @@ void StatusLogReadingTest::nothingIsKeptToBeUndone()
 void StatusLogReadingTest::aRefreshWithoutNewsChangesNothing()
 {
     int changes = 0;
-    const QObject watch; // ends before what it counts
+    const QObject watch; // destroyed before what it counts
     connect(view->document(), &QTextDocument::contentsChange, &watch, [&] { ++changes; });
     auto *timer = view->window()->findChild<QTimer *>({}, Qt::FindDirectChildrenOnly);
     int timeouts = 0;
@@ -279,7 +279,7 @@ void StatusLogReadingTest::aRefreshWithoutNewsChangesNothing()
 void StatusLogReadingTest::onlyTheTimeIsReplaced()
 {
     QStringList replaced;
-    const QObject watch; // ends before the list
+    const QObject watch; // destroyed before the list
     connect(view->document(), &QTextDocument::contentsChange, &watch,
             [&](int position, int removed, int added) {
                 replaced.append(view->toPlainText().mid(position, added));

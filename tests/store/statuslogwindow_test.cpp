@@ -208,7 +208,7 @@ void StatusLogWindowTest::opensModelessWithItsLook()
     QVERIFY(box->mapTo(dialog, QPoint()).y() > viewEnd);
 }
 
-// Looking again shows the same window and reads nothing.
+// Showing it again raises the same window and reads nothing.
 void StatusLogWindowTest::existsOnce()
 {
     const auto window = newWindow();
@@ -235,7 +235,7 @@ void StatusLogWindowTest::closesAndOpensAgain()
     const QPointer<QDialog> dialog = logWindow();
     QTest::mouseClick(dialog->findChild<QPushButton *>(), Qt::LeftButton);
     QTRY_VERIFY(dialog.isNull());
-    runSession(window.get(), 1000); // what refreshes the window finds none
+    runSession(window.get(), 1000); // there is no window to refresh
     openLog(*window);
     QVERIFY(logWindow() != nullptr);
     QVERIFY(shows("Kiwi.Example:8073 | Sessions: 1 "));
@@ -471,7 +471,7 @@ void StatusLogWindowTest::aSessionIsRecordedWhole()
                                               "}\n"));
 }
 
-// A profile opened meanwhile changes the receiver of the next session.
+// A profile opened meanwhile changes only the receiver of the next session.
 void StatusLogWindowTest::aSessionKeepsWhatItBeganWith()
 {
     const auto window = newWindow();
@@ -651,7 +651,7 @@ void StatusLogWindowTest::closingTheProgramFinishesTheSession()
     QCOMPARE(savedCount("Sessions"), 1);
 }
 
-// It is the window that takes its link down, after the bridge.
+// The window disconnects the link, after the bridge has stopped.
 void StatusLogWindowTest::theEndOfTheEventLoopLeavesTheSessionToTheWindow()
 {
     auto window = newWindow();

@@ -1,4 +1,4 @@
-// The dialogs of the store by themselves: what they ask for, tell and show without a station.
+// The dialogs of the store without a station: what they ask for, report and show.
 
 #include "store/receiverdialog.h"
 #include "store/statuslogwindow.h"
@@ -131,7 +131,7 @@ private slots:
         QTRY_VERIFY(!log);
     }
 
-    // Shown again, it goes on counting where it was.
+    // When it is shown again, its timer continues.
     void presentingTheLogAgainLeavesItsTimerAlone()
     {
         StatusLogWindow log(&window, [] {});

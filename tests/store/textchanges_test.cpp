@@ -23,7 +23,7 @@ QString changed(QString from, const QVector<TextChange> &changes)
     return from;
 }
 
-// Few different lines, so that many come again, and the empty one among them.
+// Few different lines, so that many occur repeatedly, some of them empty.
 QString anyText(QRandomGenerator *random)
 {
     QStringList lines;
@@ -34,7 +34,7 @@ QString anyText(QRandomGenerator *random)
     return lines.join(QLatin1Char('\n'));
 }
 
-// "[" and "]" are taken out; they tell where a selection begins and ends.
+// "[" and "]" mark the start and the end of a selection and are removed.
 struct MarkedText {
     QString text;
     int start = -1;
@@ -161,7 +161,7 @@ void TextChangesTest::everyPositionStaysInTheText()
         const QString from = anyText(&random);
         const QString to = anyText(&random);
         const QVector<TextChange> changes = textChanges(from, to);
-        int before = 0; // of a selection from the position before to this one
+        int before = 0; // of a selection from the previous position to this one
         for (int position = 0; position <= from.size(); ++position) {
             const int start = changedPosition(changes, position, Edge::Start);
             const int end = changedPosition(changes, position, Edge::End);
@@ -172,7 +172,7 @@ void TextChangesTest::everyPositionStaysInTheText()
     }
 }
 
-// 100,000 lines, all different and then all but one the same.
+// 100,000 lines, first all different, then all equal but one.
 void TextChangesTest::longTextsTakeNoLongerPerLine()
 {
     QStringList lines;

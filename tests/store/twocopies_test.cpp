@@ -1,5 +1,5 @@
-// Two running copies of the program with the same data: what both change at the same time is all
-// there afterwards.
+// Two running copies of the program with the same data: changes that both make at the same time are
+// all kept.
 
 #include "app/mainwindow.h"
 #include "base/datapaths.h"
@@ -37,7 +37,7 @@ QString hostOf(const QString &copy, int round)
     return QStringLiteral("%1-%2.example").arg(copy).arg(round);
 }
 
-// The profile's file is this copy's own: the other one must not find it half written.
+// Each copy has its own profile file, so that it does not read a half-written one.
 void hearOf(MainWindow &window, const QString &host)
 {
     const QString path =
@@ -57,8 +57,8 @@ void removeReceiver(const MainWindow &window, const QString &host)
     });
 }
 
-// One copy: it hears new receivers, ends sessions with a receiver that the other has, too, and
-// removes a receiver now and then.
+// Runs one copy: it hears new receivers, finishes sessions with a receiver that both have, and
+// sometimes removes a receiver.
 int beACopy(const QString &name)
 {
     MainWindow window;
@@ -152,8 +152,8 @@ private slots:
 #endif
     }
 
-    // The lists are then written as if the other were not there; the settings wait for the next
-    // change, and count until then.
+    // The lists are then written without regard to the other copy. The settings wait for the next
+    // change; until then the unsaved change applies.
     void aStuckCopyHoldsNobodyUpForLong()
     {
         QFETCH(QString, path);

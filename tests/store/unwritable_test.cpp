@@ -1,4 +1,4 @@
-// What happens when the disk is full or read-only, on file systems of this process's own.
+// Full and read-only disks, on mounts private to this process.
 
 #include "base/atomicfile.h"
 #include "base/datafile.h"
@@ -16,7 +16,7 @@ namespace outpost
 namespace
 {
 
-bool privateMounts = false; // they are entered before the test starts
+bool privateMounts = false; // mounted before the tests start
 
 } // namespace
 
@@ -38,7 +38,7 @@ private slots:
     void installedProgramsCaptureInTheCacheEvenWhereTheyCouldWrite();
 
 private:
-    // A mounted folder with a file of its own and no room for anything more.
+    // Fills the mounted folder with a file until nothing more fits.
     void fillUp(const QString &folder);
 
     QTemporaryDir folder;
@@ -128,7 +128,7 @@ void UnwritableTest::settingsAreTheOldOnesOrTheNewOnesHoweverFullTheDisk_data()
     QTest::newRow("many pages of settings") << 3000;
 }
 
-// Page by page from no room at all up to the first save that has enough.
+// Page by page, from no space at all to the first save that has enough.
 void UnwritableTest::settingsAreTheOldOnesOrTheNewOnesHoweverFullTheDisk()
 {
     QFETCH(int, calls);
@@ -155,7 +155,7 @@ void UnwritableTest::settingsAreTheOldOnesOrTheNewOnesHoweverFullTheDisk()
         QVERIFY(filler.resize(filler.size() - 4096));
     }
     QVERIFY(refusals > 2);
-    const QString copy = folder.filePath(QString::number(calls)); // unknown to any cache
+    const QString copy = folder.filePath(QString::number(calls)); // not in any cache
     QVERIFY(QFile::copy(path, copy));
     const QSettings found(copy, QSettings::IniFormat);
     QCOMPARE(found.allKeys().size(), 3);

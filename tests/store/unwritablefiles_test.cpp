@@ -1,5 +1,4 @@
-// What the operator is told when the disk is full or read-only, on file systems of this process's
-// own.
+// What the operator is told when the disk is full or read-only, on mounts private to this process.
 
 #include "app/mainwindow.h"
 #include "base/receiverkey.h"
@@ -28,7 +27,7 @@ namespace outpost
 namespace
 {
 
-// Entered before main(), and so before any thread starts.
+// Mounted before main(), and so before any thread starts.
 const bool privateMounts = enterPrivateMounts();
 
 QString listFile()
@@ -51,7 +50,7 @@ QString settingsFile()
     return stationSettings().fileName();
 }
 
-// The folder of a file on a small disk of its own, for as long as this lives.
+// For its lifetime, mounts a small disk on a file's folder.
 class SmallDisk
 {
 public:
@@ -64,7 +63,7 @@ public:
 
     bool isMounted() const { return disk.isMounted(); }
     bool makeReadOnly() { return disk.makeReadOnly(); }
-    // Leaves no room for anything more than so many pages.
+    // Fills the disk except for this number of pages.
     bool fillUp(int freePages = 0)
     {
         QFile filler(folder + QStringLiteral("/filler"));
@@ -84,7 +83,7 @@ private:
     MemoryMount disk;
 };
 
-// Removes the only saved receiver, once `spoil` has been done to the disk; the label's answer.
+// Spoils the disk with `spoil`, then removes the only receiver. Returns the text of the label.
 QString removeReceiver(const MainWindow &window, const std::function<bool()> &spoil)
 {
     QString answer;
@@ -178,7 +177,7 @@ void UnwritableFilesTest::aReadOnlyDiskRefusesTheProfile()
     QCOMPARE(box.text, QStringLiteral("Existing file %1 is not writable").arg(profileFile()));
 }
 
-// What was applied is used all the same; both files stay as they were.
+// The applied values are used; both files stay unchanged.
 void UnwritableFilesTest::applyIsSilentAboutAFullDisk()
 {
     SmallDisk disk(profileFile());
@@ -319,7 +318,7 @@ void UnwritableFilesTest::aRemovalThatCannotBeSavedCountsAllTheSame_data()
     addSettingsFaults();
 }
 
-// Until the program ends; and it is saved with the next change that can be saved.
+// It applies until the program ends, and is saved with the next successful change.
 void UnwritableFilesTest::aRemovalThatCannotBeSavedCountsAllTheSame()
 {
     QFETCH(int, freePages);
@@ -353,7 +352,7 @@ void UnwritableFilesTest::aRemovalThatCannotBeSavedCountsAllTheSame()
     QCOMPARE(settingOnDisk(callsSetting), keptCalls);
 }
 
-// What was kept for want of room no longer counts once a change could be saved.
+// A change that could not be saved no longer applies after a later one was saved.
 void UnwritableFilesTest::aReceiverAppliedAfterAFailedRemovalIsRecordedAgain()
 {
     SmallDisk disk(settingsFile());
@@ -379,7 +378,7 @@ void UnwritableFilesTest::applyingAReceiverKeepsTheSettings_data()
     addSettingsFaults();
 }
 
-// What was applied is used all the same, and recorded again.
+// The applied values are used, and the receiver is recorded again.
 void UnwritableFilesTest::applyingAReceiverKeepsTheSettings()
 {
     QFETCH(int, freePages);
