@@ -23,7 +23,7 @@ ProfileReading noProfile(const QString & /*path*/)
     return {std::nullopt, QStringLiteral("No such file or directory")};
 }
 
-// The file holds its name.
+// The contents are the file's name.
 ProfileReading profileOfText(const QString &path)
 {
     return parseProfile(path.toUtf8(), Profile());
@@ -104,7 +104,7 @@ private slots:
         row("a.json --connect", "Unexpected argument 'a.json'.");
         row("-", "Unexpected argument '-'.");
         row("-- --connect", "Unexpected argument '--connect'.");
-        row("--platform=offscreen", "Unknown option 'platform'."); // Qt does not take it either
+        row("--platform=offscreen", "Unknown option 'platform'."); // Qt does not accept it either
     }
 
     void whatCannotBeUsedIsRefused()
@@ -204,7 +204,7 @@ private slots:
         }
     }
 
-    // Qt passes over it, and so does the station.
+    // Qt ignores it, and so does the station.
     void anOptionOfQtWithoutItsValuePasses() { QVERIFY(!read(words("-platform")).ending); }
 };
 

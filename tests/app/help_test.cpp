@@ -30,7 +30,7 @@ private slots:
 
 namespace
 {
-// Opens it from the menu; `act` closes it. Returns when it is closed.
+// Opens the dialog from the menu; `act` must close it. Returns when it is closed.
 void inHelp(const TestStation &station, const std::function<void(QDialog *)> &act)
 {
     bool opened = false;
@@ -119,7 +119,7 @@ void HelpTest::escapeAndReturnCloseIt_data()
     QTest::newRow("Enter") << Qt::Key_Enter << static_cast<int>(QDialog::Accepted);
 }
 
-// Without a look at where the focus is: on the text.
+// Regardless of the focus, which is on the text.
 void HelpTest::escapeAndReturnCloseIt()
 {
     QFETCH(Qt::Key, key);

@@ -100,7 +100,7 @@ void HelpTextTest::sixNumberedSteps()
     }
 }
 
-// In the order in which a person does it.
+// In the order in which a person follows them.
 void HelpTextTest::theSecondStepTellsWhatToEnter()
 {
     const QString step = lines().at(lines().indexOf(QStringLiteral("GETTING STARTED")) + 3);

@@ -1,4 +1,4 @@
-// Who the program is, for the desktop and for its own data folder.
+// The program's names, as the desktop and its data folder use them.
 
 #include "app/identity.h"
 #include "tests/fixture/home.h"

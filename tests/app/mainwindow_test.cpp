@@ -1,4 +1,4 @@
-// The window as it stands after its start, and how it goes.
+// The window after its start, and how it ends.
 
 #include "base/settings.h"
 #include "decode/ft8decode.h"
@@ -32,7 +32,7 @@ int summaryWidth(const QFont &font)
     return QFontMetrics(font).horizontalAdvance(longestSummary);
 }
 
-// In the turn of which object, of those that calls are posted to, something comes true.
+// Records which receiver's posted event makes a condition true.
 class TurnWatch : public QObject
 {
 public:
@@ -128,7 +128,7 @@ void MainWindowTest::theClearButtonStandsInTheMenuBarsCorner()
     QCOMPARE(clear->toolTip(), QStringLiteral("Clear the displayed decode list"));
     QCOMPARE(clear->focusPolicy(), Qt::NoFocus);
     QCOMPARE(clear->minimumWidth(), 52);
-    bar->setCornerWidget(nullptr, Qt::TopRightCorner); // with it the bar is higher
+    bar->setCornerWidget(nullptr, Qt::TopRightCorner); // a corner widget makes the bar higher
     const int height = qMax(20, bar->sizeHint().height() - 2);
     QCOMPARE(clear->minimumHeight(), height);
     QCOMPARE(clear->maximumHeight(), height);
@@ -346,7 +346,7 @@ void MainWindowTest::highlightsTheCallsOfTheLastRun()
 }
 
 #ifdef OUTPOST_STREAMS
-// Neither inside the capture's own turn, in which a worker's result arrives.
+// Not in the event of the capture in which a worker's result arrives.
 void MainWindowTest::decodesAreTakenInTurnsOfTheWindowsOwn()
 {
     const PuppetReceiver receiver;
@@ -369,7 +369,7 @@ void MainWindowTest::endsSilentlyWithTheBridgeFirst()
     client.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(station.bridgePort));
     QTRY_VERIFY(client.canReadLine());
     station.hear(receiver);
-    // The session cannot be saved: the line that says so tells when the link is taken down.
+    // The session cannot be saved; the log line about it shows when the link is disconnected.
     putFile(testHome().dataFile(QStringLiteral("receiver-status-log.json/in-the-way")), {});
     station.trace.clear();
     QTimer::singleShot(0, qApp, [] { QCoreApplication::quit(); });
@@ -399,7 +399,7 @@ void MainWindowTest::endsWhileAPeriodIsDecoded()
     QVERIFY(!QFile::exists(ended));
     station.window.reset();
     QCOMPARE(station.trace.lines(), QStringList{QStringLiteral("Local WSJT bridge stopped.")});
-    QCoreApplication::processEvents(); // nothing is delivered any more
+    QCoreApplication::processEvents(); // nothing more is delivered
     const QJsonObject log =
         jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")));
     QCOMPARE(log.value(QLatin1String("Sessions")).toArray().size(), 1);
@@ -413,7 +413,7 @@ void MainWindowTest::endsWhileConnecting()
     station.trace.clear();
     station.window.reset();
     QCOMPARE(station.trace.lines(), QStringList{QStringLiteral("Local WSJT bridge stopped.")});
-    QCoreApplication::processEvents(); // a probe that was queued goes nowhere
+    QCoreApplication::processEvents(); // a queued probe has no effect
     QTRY_COMPARE(receiver.liveLinks(), 0);
 }
 #endif

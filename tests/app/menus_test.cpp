@@ -1,4 +1,4 @@
-// The menu bar: the tree, what each entry does, and the decode depth that one submenu keeps.
+// The menu bar: its structure, what each entry does, and the decode depth.
 
 #include "base/settings.h"
 #include "tests/fixture/teststation.h"
@@ -67,7 +67,7 @@ QStringList depthOnDisk()
     return settingOnDisk(QStringLiteral("decoder/depth"));
 }
 
-// The name and content of every file in the home.
+// Names and contents of all files in the home.
 [[maybe_unused]] QMap<QString, QByteArray> filesAtHome()
 {
     QMap<QString, QByteArray> files;
@@ -170,7 +170,7 @@ void MenusTest::noEntryHasAShortcutAnIconOrAToolTip()
         QVERIFY2(entry->shortcuts().isEmpty(), qPrintable(entry->text()));
         QVERIFY2(entry->icon().isNull(), qPrintable(entry->text()));
         QVERIFY2(entry->statusTip().isEmpty(), qPrintable(entry->text()));
-        // Without one of its own an entry shows its text.
+        // An entry without a tool tip shows its text.
         QCOMPARE(entry->toolTip(), QAction(entry->text()).toolTip());
         QVERIFY2(entry->isEnabled() && entry->isVisible(), qPrintable(entry->text()));
     }
@@ -330,7 +330,7 @@ void MenusTest::theDecodeEntriesAreInert()
     QCOMPARE(station.window->kiwiStatusText(), status);
     QCOMPARE(station.window->windowTitle(), title);
     QCOMPARE(receiver.liveLinks(), 1);
-    // The capture goes on, too.
+    // The capture also continues.
     station.clock.set(MadeUpClock::boundaryMs());
     receiver.sendBinary(adpcmFrame(QByteArray(90000, '\0')));
     QTRY_COMPARE(station.window->windowTitle(),

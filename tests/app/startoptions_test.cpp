@@ -1,4 +1,4 @@
-// A start with options: what the window then has, and what it leaves alone.
+// Starting with options: what the window then uses, and what it leaves unchanged.
 
 #include "base/settings.h"
 #include "decode/decoderchooser.h"
@@ -204,7 +204,7 @@ private:
         window->show();
     }
 
-    // What the Kiwi Receiver dialog shows when it is opened.
+    // The host in the Kiwi Receiver dialog.
     QString enteredHost() const
     {
         QString text;

@@ -1,5 +1,5 @@
-// The application font. Which families the machine has is made up with rules of fontconfig's that
-// rename the fonts found, in a process of its own for each case.
+// The application font. Each case runs in a process of its own, with fontconfig rules that rename
+// the installed fonts.
 
 #include "app/stationfont.h"
 #include "tests/fixture/home.h"
@@ -15,7 +15,7 @@ namespace outpost
 
 namespace
 {
-// Lets fonts of the family `real` appear as `shown`, the rest keeping their names.
+// Shows fonts of the family `real` as `shown`; other fonts keep their names.
 QByteArray renaming(const QByteArray &real, const QByteArray &shown)
 {
     return "<match target=\"scan\"><test name=\"family\"><string>" + real +
@@ -31,10 +31,10 @@ QByteArray describe(const QFont &font)
         .toUtf8();
 }
 
-// The font of a program that starts on a machine with these rules; without any, on this one.
+// The font of a program that starts with these rules; without rules, with this machine's fonts.
 QString fontWith(const QByteArray &rules)
 {
-    const QTemporaryDir folder; // the cache, too, holds the names of one case only
+    const QTemporaryDir folder; // the font cache, too, must have only the names of one case
     const QString config = folder.filePath(QStringLiteral("fonts.conf"));
     putFile(config, "<?xml version=\"1.0\"?><fontconfig><dir>/usr/share/fonts</dir><cachedir>" +
                         QFile::encodeName(folder.filePath(QStringLiteral("cache"))) +

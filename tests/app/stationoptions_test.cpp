@@ -1,4 +1,4 @@
-// A station keeps to the folders that it is given.
+// A station uses only the folders that it is given.
 
 #include "decode/ft8decode.h"
 #include "tests/fixture/teststation.h"

@@ -34,10 +34,10 @@ void (*actionOf(int number))(int)
     return action.sa_handler;
 }
 
-// A station that never comes back to its event loop, and says when it has been asked to end.
+// A station that never returns to its event loop, and prints when it was asked to end.
 int stayStuck()
 {
-    ::signal(SIGTERM, SIG_DFL); // also where the tests run in the background
+    ::signal(SIGTERM, SIG_DFL); // also when the tests run in the background
     ::signal(SIGINT, SIG_DFL);
     quitOnTermination();
     sigset_t all;
@@ -101,11 +101,11 @@ void TerminationTest::aSecondRequestOfAnyKindEndsOneThatIsStuck()
     AnotherProcess station({QStringLiteral("--stuck")});
     QCOMPARE(station.nextLine(), QByteArray("stuck\n"));
     const auto id = static_cast<pid_t>(station.processId());
-    ::kill(id, SIGHUP); // which it was started to ignore, before and after
+    ::kill(id, SIGHUP); // ignored since its start
     ::kill(id, first);
     QCOMPARE(station.nextLine(), QByteArray("asked\n"));
     ::kill(id, SIGHUP);
-    QVERIFY(!station.waitForFinished(200)); // longer than what counts as one request
+    QVERIFY(!station.waitForFinished(200)); // longer than signals that count as one request
     ::kill(id, second);
     QVERIFY(station.waitForFinished());
     QCOMPARE(station.exitStatus(), QProcess::CrashExit);
