@@ -44,7 +44,7 @@ class BridgeAndLogs(unittest.TestCase):
             with BridgeClient(station.bridge_port) as second:
                 wait_for(second.decodes, "second period at the bridge", 120)
                 station.wait_until_decoded(second.decodes()[0][0])
-                # Only noise follows, so that nothing changes any more.
+                # Only noise follows, so the counts stay.
                 two = Period(receiver.heard_period(2))
                 wait_for(lambda: two.has_reached(first), "whole second period")
                 wait_for(lambda: two.has_reached(second), "whole second period, second client")
@@ -147,7 +147,7 @@ class BridgeAndLogs(unittest.TestCase):
         [entry] = home.read_json("good-kiwi-receivers.json")
         self.assertEqual((entry["Host"], entry["Port"], entry["FrequencyMhz"]),
                          ("127.0.0.1", port, 14.074))
-        # The count is that of the worker that was ready first.
+        # The count is that of the worker that finished first.
         self.assertIn(entry["LastDecodeCount"], range(1, len(one.rows) + 1))
 
 

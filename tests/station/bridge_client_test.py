@@ -17,7 +17,7 @@ class BridgeClient(unittest.TestCase):
     def setUp(self):
         self.bridge = socket.socket()
         self.bridge.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-        self.bridge.bind(("127.0.0.1", 0))  # refuses until it listens
+        self.bridge.bind(("127.0.0.1", 0))  # refuses connections until it listens
         self.client = subprocess.Popen(
             [sys.executable, CLIENT, str(self.bridge.getsockname()[1])],
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)

@@ -1,4 +1,4 @@
-// Prints the text on the clipboard of the display, which no tool of the test's packages does.
+// Prints the text on the display's clipboard. No tool in the tests' packages does that.
 
 #include <QClipboard>
 #include <QGuiApplication>

@@ -27,7 +27,7 @@ class Decode(NamedTuple):
 
 def decode_band(wav, low_hz, high_hz):
     with tempfile.TemporaryDirectory() as folder:
-        # The decoder leaves files of its own in its home and working folder.
+        # The decoder writes files to its home and to its working folder.
         environment = dict(os.environ, HOME=folder)
         command = ["jt9", "--ft8", "-d", "2", "-L", str(low_hz), "-H", str(high_hz), wav]
         output = subprocess.run(command, cwd=folder, env=environment, text=True, check=True,

@@ -14,7 +14,7 @@ from station import PROGRAMS, Display, Home, Program, wait_for
 LONGEST_SECONDS = 300
 MIN_SURE_DB = -12
 
-# Some in the overlaps of the decoder's sub-bands; none so weak that the codec makes a difference.
+# Some are in the overlaps of the sub-bands; none is so weak that the codec matters.
 EVENING = [(320, 0, "CQ K1ABC FN42"), (775, -3, "K1ABC W9XYZ EN37"), (800, 3, "CQ DL2XYZ JO62"),
            (1210, -8, "W9XYZ K1ABC -11"), (1500, -5, "CQ JA1XYZ PM95"),
            (2225, 2, "K1ABC W9XYZ R-09"), (2700, -6, "W9XYZ K1ABC RR73")]
@@ -43,7 +43,7 @@ class Demo(Program):
     """A demonstration. All run the same program, so each decodes in a capture folder of its own."""
 
     def __init__(self, home, *options, display=None):
-        # What a person reads, without the program's trace, which CTest keeps.
+        # The output that a person reads, without the log, which CTest keeps.
         super().__init__([PROGRAMS / "kiwi-outpost-demo", *options], home.environment(display),
                          errors=None)
 

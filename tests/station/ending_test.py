@@ -75,14 +75,14 @@ class Ending(unittest.TestCase):
                                   stderr=subprocess.PIPE) as station:
                 self.assertIn(b"Local WSJT bridge listening", station.stderr.readline())
                 station.stderr.close()
-                station.send_signal(signal.SIGTERM)  # at its end the station writes a line
+                station.send_signal(signal.SIGTERM)  # the station writes a line when it ends
                 self.assertEqual(station.wait(60), 0)
 
     def test_a_hang_up_that_it_was_started_to_ignore_does_not_end_it(self):
         signal.signal(signal.SIGHUP, signal.SIG_IGN)
         with self.connected_station() as (home, station, display, port):
             station.send(signal.SIGHUP)
-            window = station.open_view(1, VIEWS[1])  # still at the operator's hands
+            window = station.open_view(1, VIEWS[1])  # still in use by the operator
             display.close(window)
             station.send(signal.SIGTERM)
             self.check_end(home, station, port)

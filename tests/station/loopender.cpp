@@ -1,4 +1,4 @@
-// A plug-in for the toolkit that ends a program's event loop with the result 7.
+// A Qt plug-in that ends a program's event loop with the result 7.
 
 #include <QCoreApplication>
 #include <QGenericPlugin>

@@ -1,6 +1,6 @@
-// Makes the pictures of the user guide: the real windows, worked as an operator works them, while
-// the real decoder decodes the simulated receiver's band. usage: kiwi-outpost-screenshots FOLDER
-// [--dark]; QT_SCALE_FACTOR scales them.
+// Takes the pictures for the user guide: operates the real windows while the real decoder decodes
+// the simulated receiver's band.
+// Usage: kiwi-outpost-screenshots FOLDER [--dark]; QT_SCALE_FACTOR scales the pictures.
 
 #include "app/mainwindow.h"
 #include "app/startup.h"
@@ -74,7 +74,7 @@ void press(QWidget *dialog, const QString &text)
     qFatal("no button %s", qPrintable(text));
 }
 
-// Connects to the receiver of the profile; the picture, if named, shows the live link.
+// Connects to the profile's receiver; if `name` is given, saves a picture of the live link.
 void connectReceiver(const MainWindow &window, const QString &name)
 {
     whenDialogOpens([&](QWidget *dialog) {
@@ -121,7 +121,7 @@ void showMenu(const MainWindow &window, const QStringList &path, const QString &
     menu->close();
 }
 
-// Rows of so many periods are in the table.
+// Waits until the table has rows of this number of periods.
 void waitForPeriods(const QTableWidget &table, int periods)
 {
     const auto enough = [&] {

@@ -26,7 +26,7 @@ private slots:
 
 namespace
 {
-// `perPeriod` more each period, up and down by `wavering` around that.
+// Grows by `perPeriod` per period, alternating by `wavering` around the line.
 QVector<Sample> series(int periods, double perPeriod, double wavering)
 {
     QVector<Sample> samples;

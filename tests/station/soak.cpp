@@ -1,8 +1,8 @@
-// The station through days in minutes: the real window, fed with sound as fast as it takes it,
-// while sessions open and end, bridge clients come and go, highlights are edited and windows
-// opened and closed. Memory, threads, descriptors and objects are measured all along; the exit
-// status is 1 when one of them grows.
-// usage: kiwi-outpost-soak [--periods N]
+// Days of operation within minutes: the real window gets sound as fast as it can process it, while
+// sessions start and end, bridge clients connect and disconnect, highlights are edited and windows
+// are opened and closed. Measures memory, threads, descriptors and objects; the exit status is 1 if
+// one of them grows.
+// Usage: kiwi-outpost-soak [--periods N]
 
 #include "app/mainwindow.h"
 #include "app/startup.h"
@@ -38,11 +38,11 @@ namespace outpost
 namespace
 {
 constexpr int periodMs = 15000;
-constexpr int framePayloadBytes = 1024; // as a receiver sends them: 2048 samples of ADPCM
+constexpr int framePayloadBytes = 1024; // as receivers send them: 2048 samples of ADPCM
 constexpr int periodBytes = 90000;
 constexpr int longestWaitMs = 60000;
 
-// That memory may waver by in a short run, in kB. The address sanitizer keeps what was freed.
+// Fluctuation of memory in a short run, in kB. The address sanitizer keeps freed memory.
 #ifdef __SANITIZE_ADDRESS__
 constexpr double memoryAllowanceKb = 300000;
 #else
@@ -72,7 +72,7 @@ QByteArray noise(int bytes)
     return all;
 }
 
-// A receiver that keeps nothing of the links that ended, unlike those of the tests.
+// A receiver that keeps nothing of ended links, unlike those of the tests.
 class Receiver
 {
 public:
@@ -100,7 +100,7 @@ private:
 
     QWebSocketServer server{QString(), QWebSocketServer::NonSecureMode};
     QPointer<QWebSocket> link;
-    int commands = 0; // that have arrived on it
+    int commands = 0; // received on this link
 };
 
 class Soak
@@ -109,14 +109,14 @@ public:
     Soak();
 
     void run(int periods);
-    bool report() const; // false when something grows
+    bool report() const; // false if something grows
 
 private:
     struct Quantity {
         const char *name;
         const char *unit;
         double boundPer1000;
-        double allowance; // that a short run may waver by
+        double allowance; // for fluctuations in a short run
         QVector<Sample> samples;
     };
 
@@ -128,12 +128,12 @@ private:
     void showAndClose(const QString &entry, const QString &title);
     QString lastPeriodShown() const;
 
-    // The day ends soon, in the short form too.
+    // Shortly before midnight, so that the date changes in the short form, too.
     qint64 nowMs = QDateTime(QDate(2026, 1, 16), QTime(23, 55), Qt::UTC).toMSecsSinceEpoch();
-    int sentBytes = 0; // of the period that is being sent
+    int sentBytes = 0; // in the current period
     const QByteArray sound = noise(periodBytes);
     Receiver receiver;
-    LogTrace trace; // keeps the station's own lines off the terminal
+    LogTrace trace; // keeps the station's log off the terminal
     std::unique_ptr<MainWindow> window;
     std::unique_ptr<QTcpSocket> client;
     const int bridgePort = freePort();
@@ -183,8 +183,8 @@ void Soak::connectReceiver()
     sentBytes = 0;
 }
 
-// The whole period, then waits until it is shown: no period is passed over. Frames run on over
-// the period's end as they do on the air.
+// Sends a complete period and waits until it is shown, so that no period is skipped. As on the air,
+// frames do not end at the boundary.
 void Soak::sendPeriod()
 {
     const QString label =
@@ -209,7 +209,7 @@ QString Soak::lastPeriodShown() const
     return table->rowCount() > 0 ? table->item(table->rowCount() - 1, 0)->text() : QString();
 }
 
-// What a day with an operator brings, at intervals that do not fall together.
+// An operator's actions, at intervals that do not coincide.
 void Soak::disturb(int period)
 {
     if (period % 5 == 0) {
@@ -262,7 +262,7 @@ void Soak::showAndClose(const QString &entry, const QString &title)
     waitFor([&] { return openDialog(title) == nullptr; }, "a window's end");
 }
 
-// While no bridge client is there, which is every other time.
+// Measures without bridge clients, that is, every second time.
 void Soak::measure(int period)
 {
     trace.clear();
@@ -297,7 +297,7 @@ void Soak::run(int periods)
     }
 }
 
-// The first quarter is the warm-up.
+// The first quarter is a warm-up.
 bool Soak::report() const
 {
     bool steady = true;

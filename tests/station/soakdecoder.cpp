@@ -1,5 +1,5 @@
-// The decoder of the soak: called as jt9 is, it finds the same few signals in every period's
-// band, and no time is spent on looking for them.
+// The decoder of the soak test: called like jt9, it reports the same few signals in every period's
+// band without spending time on decoding.
 // --ft8 -d DEPTH -L LOW -H HIGH …/WORKER_yyyyMMdd_HHmmss_S…/pelq_ft8_slot.wav
 
 #include <cstdio>

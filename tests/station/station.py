@@ -15,7 +15,7 @@ from pathlib import Path
 
 BUILD = Path(os.environ["OUTPOST_BUILD"])
 PROGRAMS = BUILD / "bin"
-# The synthetic band takes 10 s to make; all station tests share it.
+# Making the synthetic band takes 10 s; all station tests share it.
 CACHE = BUILD / "cache"
 CAPTURE = BUILD / "capture"
 SCREENSHOTS = BUILD / "screenshots"

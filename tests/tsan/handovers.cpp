@@ -9,11 +9,11 @@
 namespace outpost
 {
 
-// The toolkit's library is not built with ThreadSanitizer, which therefore does not see the locks
-// inside that make its hand-overs safe: a task to the pool, a finished task to who waits for the
-// pool, a call to another thread's event loop, and that call's end to the thread that lets go of it
-// last, which may be the caller. The linker puts these functions in their place (--wrap); they tell
-// the sanitizer of just these hand-overs and leave everything else to it.
+// Qt is not built with ThreadSanitizer, which therefore does not see the locks inside Qt that make
+// these hand-overs safe: a task given to the pool, a finished task seen by a thread that waits for
+// the pool, a call posted to another thread's event loop, and the release of that call by the last
+// thread that holds it, which may be the caller. The linker replaces Qt's functions with these
+// (--wrap). They announce exactly these hand-overs to the sanitizer and pass everything else on.
 
 using QtPrivate::QSlotObjectBase;
 
@@ -32,13 +32,13 @@ public:
     ~HandedTask() override { finish(); }
     Q_DISABLE_COPY(HandedTask)
 
-    // The one in whose place this is queued; null once it runs.
+    // The task that this one stands for; null once it runs.
     static HandedTask *of(QRunnable *task)
     {
         const std::lock_guard<std::mutex> locker(handedMutex);
         return handed.value(task);
     }
-    void giveBack() // the task is its owner's again
+    void giveBack() // the owner has the task again
     {
         forget();
         task = nullptr;
@@ -59,7 +59,7 @@ private:
         const std::lock_guard<std::mutex> locker(handedMutex);
         handed.remove(task);
     }
-    // A task that has run may be gone, unless it is the pool's to delete.
+    // A task that has run may already be deleted, unless the pool deletes it.
     void finish()
     {
         if (task != nullptr) {
@@ -71,7 +71,7 @@ private:
         task = nullptr;
     }
 
-    inline static std::mutex handedMutex; // one that the sanitizer sees
+    inline static std::mutex handedMutex; // visible to the sanitizer
     inline static QHash<QRunnable *, HandedTask *> handed;
 
     QThreadPool *const pool;
@@ -110,31 +110,31 @@ private:
 };
 } // namespace
 
-// The toolkit's functions and the ones in their place; the names are those that the linker knows.
+// Qt's functions and their replacements; the names are the linker's symbols.
 #define START "_ZN11QThreadPool5startEP9QRunnablei"
 #define TRY_TAKE "_ZN11QThreadPool7tryTakeEP9QRunnable"
 #define WAIT "_ZN11QThreadPool11waitForDoneEi"
 #define INVOKE                                                                                     \
     "_ZN11QMetaObject16invokeMethodImplEP7QObjectPN9QtPrivate15QSlotObjectBaseEN2Qt14"             \
     "ConnectionTypeEPv"
-void toolkitStart(QThreadPool *pool, QRunnable *task, int priority) asm("__real_" START);
-bool toolkitTryTake(QThreadPool *pool, QRunnable *task) asm("__real_" TRY_TAKE);
+void qtStart(QThreadPool *pool, QRunnable *task, int priority) asm("__real_" START);
+bool qtTryTake(QThreadPool *pool, QRunnable *task) asm("__real_" TRY_TAKE);
 bool handedTryTake(QThreadPool *pool, QRunnable *task) asm("__wrap_" TRY_TAKE);
-bool toolkitWait(QThreadPool *pool, int timeoutMs) asm("__real_" WAIT);
-bool toolkitInvoke(QObject *, QSlotObjectBase *, Qt::ConnectionType, void *) asm("__real_" INVOKE);
+bool qtWait(QThreadPool *pool, int timeoutMs) asm("__real_" WAIT);
+bool qtInvoke(QObject *, QSlotObjectBase *, Qt::ConnectionType, void *) asm("__real_" INVOKE);
 void handedStart(QThreadPool *pool, QRunnable *task, int priority) asm("__wrap_" START);
 bool handedWait(QThreadPool *pool, int timeoutMs) asm("__wrap_" WAIT);
 bool handedInvoke(QObject *, QSlotObjectBase *, Qt::ConnectionType, void *) asm("__wrap_" INVOKE);
 
 void handedStart(QThreadPool *pool, QRunnable *task, int priority)
 {
-    toolkitStart(pool, new HandedTask(pool, task), priority);
+    qtStart(pool, new HandedTask(pool, task), priority);
 }
 
 bool handedTryTake(QThreadPool *pool, QRunnable *task)
 {
     HandedTask *handed = HandedTask::of(task);
-    if (handed == nullptr || !toolkitTryTake(pool, handed)) {
+    if (handed == nullptr || !qtTryTake(pool, handed)) {
         return false;
     }
     handed->giveBack();
@@ -144,7 +144,7 @@ bool handedTryTake(QThreadPool *pool, QRunnable *task)
 
 bool handedWait(QThreadPool *pool, int timeoutMs)
 {
-    const bool done = toolkitWait(pool, timeoutMs);
+    const bool done = qtWait(pool, timeoutMs);
     if (done) {
         __tsan_acquire(pool);
     }
@@ -153,7 +153,7 @@ bool handedWait(QThreadPool *pool, int timeoutMs)
 
 bool handedInvoke(QObject *object, QSlotObjectBase *call, Qt::ConnectionType type, void *result)
 {
-    return toolkitInvoke(object, new HandedCall(call), type, result);
+    return qtInvoke(object, new HandedCall(call), type, result);
 }
 
 } // namespace outpost

@@ -1,4 +1,4 @@
-// The road of the command line to main, and the exit code's road back.
+// How the command line reaches main(), and how the exit code returns.
 
 #include <QFile>
 #include <QProcess>

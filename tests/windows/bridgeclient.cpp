@@ -1,5 +1,5 @@
-// A local program attached to the bridge, written on bare sockets: "bridgeclient PORT LINES"
-// prints what it receives, byte for byte, until it has that many lines.
+// A local client of the bridge on native sockets: "bridgeclient PORT LINES" prints what it
+// receives, byte for byte, until it has this many lines.
 
 #include <cstdio>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-// The four workers of a period as Windows runs them: their decoders, their folders, their results.
+// The four workers of a period on Windows: their decoders, their folders, their results.
 
 #include "decode/kiwiaudiocapture.h"
 #include "tests/decode/decodelines.h"
@@ -19,7 +19,7 @@ constexpr qint64 firstStartMs = 1768573395000; // 14:23:15 UTC on 16 January 202
 constexpr qint64 secondStartMs = firstStartMs + KiwiAudioCapture::periodMs;
 constexpr qint64 thirdStartMs = secondStartMs + KiwiAudioCapture::periodMs;
 constexpr int lowHz[] = {0, 725, 1450, 2175};
-constexpr int programsMs = 30000; // for programs to start, on a busy machine
+constexpr int programsMs = 30000; // for programs to start on a busy machine
 const QByteArray silence(KiwiAudioCapture::bytesPerPeriod, '\0');
 
 struct Delivery {
@@ -27,14 +27,14 @@ struct Delivery {
     QStringList lines;
 };
 
-// It stays a moment after its last line, as the decoder does: of what a process prints at its very
-// end, under load, Wine's asynchronous pipes can lose the end.
+// Waits a moment after the last line, as the decoder does. Under load, Wine's asynchronous pipes
+// can lose what a process prints just before it ends.
 QStringList orders(const char *text)
 {
     return (QString::fromLatin1(text) + QStringLiteral("; wait 100")).split(QStringLiteral("; "));
 }
 
-// A file that nobody else can open or remove while this lives.
+// For its lifetime, nobody else can open or remove the file.
 class HeldFile
 {
 public:
@@ -60,8 +60,8 @@ class CaptureTest : public QObject
     Q_OBJECT
 
 private slots:
-    // The toolkit makes its calendar at the first use, which must not be four threads' at once. In
-    // the station that is the window's.
+    // Qt creates its calendar on first use, which four threads must not do at once. In the station,
+    // the window does it first.
     void initTestCase()
     {
         const QDateTime start = QDateTime::fromMSecsSinceEpoch(firstStartMs, Qt::UTC);
@@ -132,7 +132,7 @@ private slots:
         capture->queueDecodeSlices(firstStartMs, silence);
         capture->queueDecodeSlices(secondStartMs, silence);
         QTRY_COMPARE_WITH_TIMEOUT(batches.size(), 7, programsMs);
-        QVERIFY(periods.isEmpty()); // the later one is decoded, and waits
+        QVERIFY(periods.isEmpty()); // the later one is decoded, but held back
         openTheGate();
         QTRY_COMPARE_WITH_TIMEOUT(periods.size(), 2, programsMs);
         QCOMPARE(periods.at(0).label, QStringLiteral("14:23:15"));
@@ -231,7 +231,7 @@ private slots:
     {
         holdFourDecoders();
         std::thread opener([this] {
-            QThread::msleep(300); // by then the destruction has begun to wait
+            QThread::msleep(300); // by then the destructor is waiting
             openTheGate();
         });
         capture.reset();
@@ -257,7 +257,7 @@ private:
     static QString recordOf(int low) { return QStringLiteral("%1.txt").arg(low); }
     void openTheGate() const { decoder->put(QStringLiteral("gate"), {}); }
 
-    // The first period's, with the second period's queued behind them.
+    // Those of the first period; the second period's are queued behind them.
     void holdFourDecoders()
     {
         decoder->obey(orders("for _142315_ record; for _142330_ record; await gate; print ~ x"));

@@ -1,4 +1,4 @@
-// What the station answers to its command line: a program without a console of its own.
+// How the station answers its command line: it is a program without a console.
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -58,7 +58,7 @@ private slots:
         QCOMPARE(answer.errors, QByteArray("kiwi-outpost: Unknown option 'nonsense'.\n"));
     }
 
-    // Since Windows 10 1903 the manifest makes the code page UTF-8, which can write every name.
+    // Since Windows 10 1903 the manifest makes UTF-8 the code page, which can represent every name.
     void aProfileIsFoundUnderItsName_data()
     {
         QTest::addColumn<QString>("name");

@@ -1,4 +1,4 @@
-// The decoder as Windows runs it: found, started, fed, ended with its children.
+// The decoder on Windows: finding, starting, reading and ending it with its children.
 
 #include "decode/decodeband.h"
 #include "decode/jt9locator.h"
@@ -19,7 +19,7 @@ namespace
 const QString decodeLine = QStringLiteral("142315 -5 0.1 1000 ~  CQ K1ABC FN42");
 const DecodeBand band = {725, 1550};
 
-// Whether the process with this id, as text, is running.
+// Whether the process with this id is running. The id is a text.
 bool isAlive(const QByteArray &id)
 {
     const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, id.toUInt());

@@ -1,10 +1,10 @@
-// A program as the station itself is one, without a console: leaves the arguments that main
-// received in the file that the first one names, one a line, and ends with exit code 7.
+// A program without a console, like the station: writes the arguments of main() to the file named
+// by the first one, one per line, and exits with code 7.
 
 #include <QByteArray>
 #include <QFile>
 #include <qt_windows.h>
-#include <qwindowdefs.h> // main's name, where the toolkit's entry point calls it
+#include <qwindowdefs.h> // renames main() to what Qt's entry point calls
 
 int main(int argc, char *argv[])
 {

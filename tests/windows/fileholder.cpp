@@ -1,6 +1,6 @@
-// Keeps a file open for reading: "fileholder FILE MS [exclusive]". Others may read and write it, or
-// with "exclusive" not even that; nobody may replace it. Prints "held" once it has it, lets go
-// after that many ms.
+// Holds a file open for reading: "fileholder FILE MS [exclusive]". Others may read and write it
+// (with "exclusive", not even that), but nobody can replace it. Prints "held" when it has the file,
+// and closes it after MS ms.
 
 #include <cstdio>
 #include <string>

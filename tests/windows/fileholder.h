@@ -6,8 +6,8 @@
 namespace outpost
 {
 
-// Another program that has the file open, for so long or until it goes out of scope. The test needs
-// FILE_HOLDER, the path of fileholder.cpp's program.
+// Another program that holds the file open, for a time or until this object is destroyed. The test
+// must define FILE_HOLDER as the path of fileholder.cpp's program.
 class FileHolder
 {
 public:

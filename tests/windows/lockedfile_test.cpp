@@ -1,4 +1,4 @@
-// Data files that another program keeps open for a while, or for long.
+// Data files that another program holds open for a short or a long time.
 
 #include "base/atomicfile.h"
 #include "base/datafile.h"
@@ -17,7 +17,7 @@ namespace outpost
 namespace
 {
 constexpr int shortlyMs = lockedFileMs / 3;
-constexpr int longMs = 60000; // it is ended before
+constexpr int longMs = 60000; // the test ends before
 } // namespace
 
 class LockedFileTest : public QObject

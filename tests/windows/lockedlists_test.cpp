@@ -1,4 +1,4 @@
-// The lists that the station reads, adds to and writes again, while another program holds them.
+// Lists that the station reads, extends and writes back while another program holds them.
 
 #include "app/mainwindow.h"
 #include "base/datapaths.h"
@@ -36,7 +36,7 @@ private slots:
                                     << QStringLiteral("Status log save failed: ");
     }
 
-    // Waiting a second time for a file that could not be read would end in replacing it unread.
+    // Waiting again for a file that could not be read would end in replacing it unread.
     void aListThatIsLetGoAfterItsReadingIsKept()
     {
         QFETCH(QString, path);

@@ -1,4 +1,4 @@
-// The end of the user's session while a receiver's is open: the window is asked, then told.
+// The user logs off while a receiver session is open: Windows first asks the window, then tells it.
 
 #include "tests/fixture/teststation.h"
 
@@ -46,7 +46,7 @@ private slots:
     {
         QTimer::singleShot(0, QCoreApplication::instance(), [] { QCoreApplication::quit(); });
         QCOMPARE(QCoreApplication::exec(), 0);
-        QCOMPARE(savedSessions(), 0); // the window's end writes it
+        QCOMPARE(savedSessions(), 0); // written when the window ends
         station->window.reset();
         QCOMPARE(savedSessions(), 1);
     }
@@ -54,13 +54,13 @@ private slots:
     void theSessionIsWrittenWhenTheProgramHasBeenTold()
     {
         bool agreed = false;
-        int savedWhenTold = 0; // from then on the program may be ended
+        int savedWhenTold = 0; // from then on Windows may end the program
         QTimer::singleShot(0, this, [&] {
             agreed = agrees();
             tell(true);
             savedWhenTold = savedSessions();
         });
-        QCOMPARE(QCoreApplication::exec(), 0); // unless it is left in order
+        QCOMPARE(QCoreApplication::exec(), 0); // unless the event loop ends normally
         QVERIFY(agreed);
         QCOMPARE(savedWhenTold, 1);
         station->window.reset();
@@ -83,7 +83,7 @@ using namespace outpost;
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "windows"); // only it hears of it
+    qputenv("QT_QPA_PLATFORM", "windows"); // only this platform gets the messages
     testHome();
     QApplication application(argc, argv);
     LogOffTest test;

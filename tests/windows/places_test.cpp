@@ -1,4 +1,4 @@
-// Where installers put the decoder on this system. Makes C:/WSJT, so it is for Wine's own drive.
+// Where installers put the decoder on Windows. Creates C:/WSJT, so run it only on Wine's own drive.
 
 #include "decode/jt9locator.h"
 
@@ -58,7 +58,7 @@ private slots:
         const QString decoders[] = {
             install(place("Users/J\u00fcrgen/AppData/Local/Programs/WSJT-X/bin")),
             install(place("Program Files/WSJT/wsjtz/bin"))};
-        QCOMPARE(found(), decoders[0]); // a usual file comes before what a search finds
+        QCOMPARE(found(), decoders[0]); // usual files come before search results
         const QString x86 = install(place("Program Files (x86)/WSJT-X/bin"));
         QCOMPARE(found(), x86);
         const QString programFiles = install(place("Program Files/WSJT-X/bin"));

@@ -8,8 +8,8 @@
 namespace outpost
 {
 
-// An installed decoder whose behaviour is a list of orders (tests/windows/standinjt9.cpp), in
-// `folder` below a temporary folder: "jt9.exe" beside "wsjtx.exe" and "Qt5Core.dll".
+// An installed decoder whose behaviour is a list of orders (tests/windows/standinjt9.cpp):
+// "jt9.exe" beside "wsjtx.exe" and "Qt5Core.dll" in `folder` below a temporary folder.
 class StandInDecoder
 {
 public:
@@ -49,7 +49,7 @@ public:
         return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
     }
 
-    // What the run for this band recorded under the name, in order.
+    // What the run for this band recorded under this name, in order.
     QStringList recorded(int lowHz, const QString &name) const
     {
         QStringList values;

@@ -8,7 +8,7 @@
 //                 the own one in "self.txt"
 //   wait MS       waits as long
 //   hang          stays until it is killed
-//   crash         dies of a forbidden access
+//   crash         ends with an access violation
 //   exit N        ends with that exit code
 //   await NAME    waits until a file of that name lies beside it
 //   for TEXT ...  follows the order in the rest of the line where the WAV file's path has the text
@@ -61,7 +61,7 @@ std::string currentFolder()
     return utf8(folder);
 }
 
-// Under a name of its own until it is whole, so that nobody reads half of it.
+// Written under another name first, so that nobody reads half of it.
 void leave(const std::wstring &name, const std::string &text)
 {
     const std::wstring part = beside(name + L".part");
@@ -104,7 +104,8 @@ void startChild()
 
 void complain(int thousandBytes)
 {
-    std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16); // else the null device gets each byte alone
+    // Otherwise each byte is written separately to the null device.
+    std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16);
     const std::string line = std::string(999, '~') + '\n';
     for (int i = 0; i < thousandBytes; ++i) {
         std::fwrite(line.data(), 1, line.size(), stderr);
@@ -141,7 +142,7 @@ bool isFor(const std::string &text, int argc, wchar_t **argv)
     return argc > 8 && utf8(argv[8]).find(firstWord(text)) != std::string::npos;
 }
 
-// Returns the exit code when the order is to exit, else -1.
+// Returns the exit code if the order is to exit, else -1.
 int obey(const std::string &line, int argc, wchar_t **argv)
 {
     const std::string order = firstWord(line);

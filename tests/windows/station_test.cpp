@@ -28,7 +28,7 @@ QStringList settingsEntry(const char *menu, const char *name)
     return {QStringLiteral("Settings"), QString::fromLatin1(menu), QString::fromLatin1(name)};
 }
 
-// The system's own view of a value in the station's key.
+// A value in the station's registry key, as the system sees it.
 QString registryValue(const QString &key, const QString &name)
 {
     QProcess reg;
