@@ -1,11 +1,11 @@
-# How the programs of the tests, and of the benchmarks that share their fixtures, are built.
+# How test programs are built, and benchmarks that share their fixtures.
 
-# Test code runs once after each compilation: what is compiled fast is done first. The libraries
-# under test are compiled as people run them.
+# Test code runs once per compilation, so the fastest compilation wins. The libraries under test are
+# compiled as for users.
 add_library(test_flags INTERFACE)
 target_compile_options(test_flags INTERFACE $<$<CONFIG:RelWithDebInfo>:-O0> $<$<CONFIG:RelWithDebInfo>:-g1>)
 
-# All programs of a kind share the libraries and the headers that one of them precompiles.
+# Each kind of program shares its libraries and one set of precompiled headers.
 set(core_test_libraries outpost_core)
 set(sim_test_libraries kiwi_sim Qt5::WebSockets)
 set(part_test_libraries outpost_station kiwi_sim)
@@ -32,8 +32,8 @@ function(compile_as_test kind target)
     endif()
 endfunction()
 
-# For a target whose only <source> with a Q_OBJECT includes "<source's name>.moc", this costs far less
-# than AUTOMOC, which adds two targets and a unit of its own.
+# For a target with Q_OBJECT only in <source>, which includes "<source's name>.moc". Much faster
+# than AUTOMOC, which adds two targets and a compilation unit.
 add_custom_target(test_mocs COMMENT "Making what the tests include")
 function(make_moc target source)
     get_filename_component(name ${source} NAME_WE)

@@ -1,7 +1,7 @@
 # shellcheck shell=bash
-# To be sourced: which Debian packages a script needs.
+# Sourced by scripts: functions for the Debian packages that they need.
 
-# Prints those of the packages that are not installed.
+# Prints the packages that are not installed.
 missing_packages() {
     local package
     for package in "$@"; do
