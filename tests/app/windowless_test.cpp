@@ -1,0 +1,149 @@
+// A station without a window: how the parts are wired, in a program that is linked with
+// outpost_station alone.
+
+#include "app/receiversound.h"
+#include "decode/kiwiaudiocapture.h"
+#include "display/wsjtbridge.h"
+#include "kiwi/kiwilink.h"
+#include "kiwi/sounddecoder.h"
+#include "sim/simwav.h"
+#include "tests/decode/scripteddecoder.h"
+#include "tests/display/bridgeclient.h"
+#include "tests/fixture/freeport.h"
+#include "tests/fixture/madeupclock.h"
+#include "tests/fixture/simulator.h"
+
+#include <QtTest>
+
+namespace outpost
+{
+
+namespace
+{
+
+struct Station {
+    Station(int receiverPort, std::function<qint64()> clockToUse)
+        : clock(std::move(clockToUse)),
+          bridge([this] { return bridgePort; }, {[](int /*corrected*/) {}, [] {}}, clock),
+          link(
+              [receiverPort] {
+                  return KiwiTarget{QStringLiteral("127.0.0.1"), receiverPort, 14.074};
+              },
+              linkCallbacks(), linkOptions())
+    {
+        capture.setCaptureFolder(folder.path());
+        capture.setWorkerCallback([this](const QString &label, const QVector<Ft8Decode> &decodes) {
+            bridge.broadcast(label, decodes);
+        });
+        capture.setPeriodCallback([this](const QString &label, const QVector<Ft8Decode> &decodes) {
+            for (const Ft8Decode &decode : decodes) {
+                table.append(label + QStringLiteral(" | ") + decode.line);
+            }
+        });
+        bridge.start();
+        link.connectKiwi();
+    }
+    ~Station()
+    {
+        bridge.stop();
+        link.disconnectKiwi(false);
+    }
+    Q_DISABLE_COPY(Station)
+
+    const std::function<qint64()> clock;
+    const int bridgePort = freePort();
+    QStringList table;
+    QTemporaryDir folder;
+    SoundDecoder sound;
+    KiwiAudioCapture capture;
+    WsjtBridge bridge;
+    KiwiLink link; // last, since it calls back to the others
+
+private:
+    KiwiLinkCallbacks linkCallbacks()
+    {
+        KiwiLinkCallbacks callbacks;
+        callbacks.onSound = [this](const QByteArray &frame) {
+            captureFrame(capture, sound, frame, link.state().currentEndpoint, clock());
+        };
+        callbacks.onDisconnected = [this] { capture.reset(); };
+        return callbacks;
+    }
+    KiwiLinkOptions linkOptions() const
+    {
+        KiwiLinkOptions options;
+        options.clock = clock;
+        options.evidenceFolder = nullptr;
+        return options;
+    }
+};
+
+} // namespace
+
+class WindowlessTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void itReceivesDecodesAndServesTheBridge();
+    void itIsLinkedWithoutWidgetsAndGui();
+};
+
+// The first two workers hear the same signal where their sub-bands overlap.
+void WindowlessTest::itReceivesDecodesAndServesTheBridge()
+{
+    const ScriptedDecoder decoder(
+        QStringLiteral("cp \"$8\" \"$here/$5.wav\"\n"
+                       "[ $5 -gt 725 ] || echo '142315 -12  0.3  790 ~  CQ K1ABC FN42'\n"
+                       "[ $5 -gt 0 ]   || echo '142315   3 -1.2  500 ~  K1ABC W9XYZ EN37'"));
+    MadeUpClock clock;
+    const qint64 boundaryMs = MadeUpClock::boundaryMs();
+    KiwiSim receiver;
+    SimConfig config;
+    config.nowMs = clock.reader();
+    config.firstSoundDelayMs = 0;
+    config.speed = 1000;
+    config.realTimePeriods = 0;
+    startSim(receiver, {}, config);
+
+    clock.set(boundaryMs - 4000);
+    Station station(receiver.port(), clock.reader());
+    const BridgeClient client(station.bridgePort);
+    QVERIFY(client.waitForGreeting());
+    QTRY_COMPARE(receiver.commands().size(), 7);
+    // The clock stands still while frames are on their way, so that none that left before the
+    // boundary comes after it.
+    clock.set(boundaryMs - 3900);
+    QTRY_VERIFY(station.link.state().phase == LinkPhase::Connected);
+    clock.set(boundaryMs - 400);
+    QTRY_COMPARE(station.link.state().sndFrames, quint64{23}); // of 2048 samples each
+    clock.set(boundaryMs + 20);
+
+    QTRY_COMPARE(station.table,
+                 (QStringList{QStringLiteral("14:23:15 | 142315   3 -1.2  500 ~  K1ABC W9XYZ EN37"),
+                              QStringLiteral("14:23:15 | 142315 -12  0.3  790 ~  CQ K1ABC FN42")}));
+    QTRY_COMPARE(client.heard, BridgeClient::readyLine() +
+                                   decodeLine({"142315", "-12", "0.3", "790", "CQ K1ABC FN42"}) +
+                                   decodeLine({"142315", "3", "-1.2", "500", "K1ABC W9XYZ EN37"}));
+    const QByteArray sent = sim::toLittleEndian(receiver.periods().first().samples);
+    for (const char *band : {"0.wav", "725.wav", "1450.wav", "2175.wav"}) {
+        constexpr int wavHeaderBytes = 44;
+        QVERIFY2(decoder.readLeft(QLatin1String(band)).mid(wavHeaderBytes) == sent, band);
+    }
+}
+
+void WindowlessTest::itIsLinkedWithoutWidgetsAndGui()
+{
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    QVERIFY(maps.open(QIODevice::ReadOnly));
+    const QByteArray libraries = maps.readAll();
+    QVERIFY(libraries.contains("/libQt5WebSockets.so"));
+    for (const char *library : {"/libQt5Gui.so", "/libQt5Widgets.so"}) {
+        QVERIFY2(!libraries.contains(library), library);
+    }
+}
+
+} // namespace outpost
+
+QTEST_GUILESS_MAIN(outpost::WindowlessTest)
+#include "windowless_test.moc"
