@@ -6,7 +6,10 @@
 #include <cstdio>
 #include <cstdlib>
 
-// libFuzzer's entry points.
+namespace outpost
+{
+
+// libFuzzer's entry points, which are C functions in a namespace, too.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 
@@ -61,3 +64,5 @@ private:
     const QByteArray bytes;
     int position = 0;
 };
+
+} // namespace outpost
