@@ -239,22 +239,24 @@ WsjtBridge *MainWindow::newBridge()
 
 void MainWindow::buildCapture()
 {
-    capture = std::make_unique<KiwiAudioCapture>();
+    CaptureCallbacks callbacks;
+    callbacks.onWorkerDecodes = [this](const QString &periodLabel,
+                                       const QVector<Ft8Decode> &decodes) {
+        QMetaObject::invokeMethod(
+            this, [this, periodLabel, decodes] { onDecodesDelivered(periodLabel, decodes); },
+            Qt::QueuedConnection);
+    };
+    callbacks.onPeriodDecodes = [this](const QString &periodLabel,
+                                       const QVector<Ft8Decode> &decodes) {
+        QMetaObject::invokeMethod(
+            this, [this, periodLabel, decodes] { appendDecodes(periodLabel, decodes); },
+            Qt::QueuedConnection);
+    };
+    CaptureOptions captureOptions;
+    captureOptions.decoderLimits = options.decoderLimits;
+    capture = std::make_unique<KiwiAudioCapture>(callbacks, captureOptions);
     capture->setCaptureFolder(options.captureFolder);
-    capture->setDecoderLimits(options.decoderLimits);
     capture->setDecodeDepth(storedDecodeDepth(options.settings.open()));
-    capture->setWorkerCallback(
-        [this](const QString &periodLabel, const QVector<Ft8Decode> &decodes) {
-            QMetaObject::invokeMethod(
-                this, [this, periodLabel, decodes] { onDecodesDelivered(periodLabel, decodes); },
-                Qt::QueuedConnection);
-        });
-    capture->setPeriodCallback(
-        [this](const QString &periodLabel, const QVector<Ft8Decode> &decodes) {
-            QMetaObject::invokeMethod(
-                this, [this, periodLabel, decodes] { appendDecodes(periodLabel, decodes); },
-                Qt::QueuedConnection);
-        });
 }
 
 // If a profile was given on the command line, a decoder found by the search is not saved.

@@ -23,11 +23,6 @@ namespace
 // skipped, since a decoder that always takes too long would otherwise fill all memory.
 constexpr int maxPendingPeriods = 40;
 
-QByteArray emptyPeriod()
-{
-    return QByteArray(KiwiAudioCapture::bytesPerPeriod, Qt::Uninitialized);
-}
-
 QString periodLabel(qint64 startMs)
 {
     return timeText(QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC), QStringLiteral("HH:mm:ss"));
@@ -63,11 +58,11 @@ private:
     const std::shared_future<void> end = hasRun.get_future().share();
 };
 
-KiwiAudioCapture::KiwiAudioCapture(const CaptureOptions &captureOptions, QObject *parent)
-    : QObject(parent), options(captureOptions),
+KiwiAudioCapture::KiwiAudioCapture(CaptureCallbacks callbacksToUse,
+                                   const CaptureOptions &captureOptions, QObject *parent)
+    : QObject(parent), callbacks(std::move(callbacksToUse)), options(captureOptions),
       pool(options.sharedPool != nullptr ? *options.sharedPool : ownPool),
-      abortion(std::make_shared<std::atomic<bool>>(false)), queue(options.bands.size()),
-      periodSamples(emptyPeriod())
+      abortion(std::make_shared<std::atomic<bool>>(false)), queue(options.bands.size())
 {
     ownPool.setMaxThreadCount(qMax(1, options.bands.size()));
     ownPool.setExpiryTimeout(-1);
@@ -93,21 +88,6 @@ void KiwiAudioCapture::setDecodeDepth(int depth)
     decodeDepth = depth;
 }
 
-void KiwiAudioCapture::setDecoderLimits(const Jt9Limits &limits)
-{
-    decoderLimits = limits;
-}
-
-void KiwiAudioCapture::setPeriodCallback(DecodeCallback callback)
-{
-    periodCallback = std::move(callback);
-}
-
-void KiwiAudioCapture::setWorkerCallback(DecodeCallback callback)
-{
-    workerCallback = std::move(callback);
-}
-
 void KiwiAudioCapture::reset()
 {
     dropQueuedTasks();
@@ -116,7 +96,7 @@ void KiwiAudioCapture::reset()
     started = false;
     armed = false;
     periodStartMs = 0;
-    counters = {};
+    samplesOfPeriod.clear();
 }
 
 void KiwiAudioCapture::abortDecoders()
@@ -134,7 +114,7 @@ QString KiwiAudioCapture::start(const QString &receiverLabel, qint64 nowMs)
     }
 
     receiver = receiverLabel;
-    counters = {};
+    samplesOfPeriod.clear();
     started = true;
     armed = false;
 
@@ -150,7 +130,7 @@ SoundOutcome KiwiAudioCapture::takeSamples(const QVector<qint16> &samples, qint6
     if (!started) {
         return {};
     }
-    ++counters.framesSeen;
+    samplesOfPeriod.countFrame();
     armed = armed || nowMs >= periodStartMs;
     bool periodClosed = false;
     if (armed) {
@@ -163,9 +143,8 @@ SoundOutcome KiwiAudioCapture::takeSamples(const QVector<qint16> &samples, qint6
 
 bool KiwiAudioCapture::closePeriod()
 {
-    const QByteArray samples = std::exchange(periodSamples, emptyPeriod());
+    const QByteArray samples = samplesOfPeriod.take();
     const qint64 closedStartMs = std::exchange(periodStartMs, periodStartMs + periodMs);
-    counters = {};
     started = true;
     armed = true;
     if (queue.pendingCount() >= maxPendingPeriods) {
@@ -188,7 +167,7 @@ void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &sa
         job.depth = decodeDepth;
         job.captureFolder = captureFolder.path();
         job.folderIsOwn = captureFolder.isOwn();
-        job.limits = decoderLimits;
+        job.limits = options.decoderLimits;
         job.scratchPrefix = options.scratchPrefix;
         job.control = {options.decoderPath, abortion};
         startWorker(job, samples);
@@ -228,14 +207,14 @@ void KiwiAudioCapture::deliver(int queuedAtReset, const SlotJob &job, const Jt9R
         return;
     }
     const QVector<Ft8Decode> decodes = parseDecodeLines(result.lines);
-    if (workerCallback && !decodes.isEmpty()) {
-        workerCallback(periodLabel(job.periodStartMs), decodes);
+    if (!decodes.isEmpty()) {
+        callbacks.onWorkerDecodes(periodLabel(job.periodStartMs), decodes);
     }
     for (const FinishedPeriod &period :
          queue.report(job.periodStartMs, job.worker, decodes, result.failure)) {
         logFailures(period);
-        if (periodCallback && !period.decodes.isEmpty()) {
-            periodCallback(periodLabel(period.startMs), period.decodes);
+        if (!period.decodes.isEmpty()) {
+            callbacks.onPeriodDecodes(periodLabel(period.startMs), period.decodes);
         }
     }
 }

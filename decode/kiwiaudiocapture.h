@@ -1,17 +1,15 @@
 #pragma once
 
 #include "decode/capturefolder.h"
-#include "decode/decodeband.h"
+#include "decode/captureoptions.h"
 #include "decode/decodequeue.h"
-#include "decode/jt9runner.h"
+#include "decode/periodsamples.h"
 #include "decode/workerfailures.h"
 
 #include <QObject>
 #include <QString>
 #include <QThreadPool>
-#include <QtEndian>
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -19,11 +17,6 @@ namespace outpost
 {
 
 struct SlotJob;
-
-// Receives the decode lines of one FT8 period, or of one worker's sub-band of it. `periodLabel` is
-// the period's UTC start as "HH:mm:ss".
-using DecodeCallback =
-    std::function<void(const QString &periodLabel, const QVector<Ft8Decode> &decodes)>;
 
 // The result of some sound. Not attempted: nothing to report. Attempted: a period was handed to the
 // workers (succeeded), or the capture could not be started (failed).
@@ -33,40 +26,28 @@ struct SoundOutcome {
     QString text; // reason of the failure
 };
 
-struct CaptureOptions {
-    QVector<DecodeBand> bands = usualDecodeBands(); // one worker per sub-band
-    // A pool shared with other captures; its thread count limits the decoders that run at once. It
-    // must outlive the captures. Null: an own pool with one thread per sub-band.
-    QThreadPool *sharedPool = nullptr;
-    QString scratchPrefix = QLatin1String(usualScratchPrefix); // of the scratch folders' names
-    // Called at each run, on any thread.
-    std::function<QString()> decoderPath = jt9PathOfEnvironment;
-};
-
 // Splits a receiver's continuous audio (signed 16-bit mono, 12000 samples per second) into FT8
 // periods of 180000 samples that start on UTC quarter minutes. One worker per sub-band decodes each
 // period; the merged decodes are delivered in period order.
 //
-// Lives on the GUI thread: all calls and both callbacks are made there. Workers touch only their
-// own copies. Destruction drops queued work, waits for running decoders and delivers nothing.
+// Lives on the GUI thread: all calls and all callbacks are made there. Workers touch only their own
+// copies. Destruction drops queued work, waits for running decoders and delivers nothing.
 class KiwiAudioCapture : public QObject
 {
 public:
-    static constexpr int samplesPerPeriod = 180000;
-    static constexpr int bytesPerPeriod = 2 * samplesPerPeriod;
+    static constexpr int samplesPerPeriod = PeriodSamples::maxSamples;
+    static constexpr int bytesPerPeriod = PeriodSamples::maxBytes;
     static constexpr qint64 periodMs = 15000;
     static constexpr qint64 minWarningMs = 2500; // a boundary nearer than this is skipped
 
-    explicit KiwiAudioCapture(const CaptureOptions &captureOptions = {}, QObject *parent = nullptr);
+    explicit KiwiAudioCapture(CaptureCallbacks callbacksToUse = {},
+                              const CaptureOptions &captureOptions = {}, QObject *parent = nullptr);
     ~KiwiAudioCapture() override;
 
     // The scratch root. Each of several running copies of the program uses a folder of its own (see
     // decode/capturefolder.h).
     void setCaptureFolder(const QString &folder);
-    void setDecodeDepth(int depth);                  // jt9's, 1..3; applies from the next period on
-    void setDecoderLimits(const Jt9Limits &limits);  // applies from the next period on
-    void setPeriodCallback(DecodeCallback callback); // merged, once per non-empty period
-    void setWorkerCallback(DecodeCallback callback); // unmerged, once per non-empty worker
+    void setDecodeDepth(int depth); // jt9's, 1..3; applies from the next period on
 
     // Sets the start of the first period; samples are kept from then on. Times are UTC, ms since
     // the epoch. Returns an empty text, or why the capture could not be started.
@@ -86,22 +67,13 @@ public:
     // The steps of takeSamples(), and state for the tests.
 
     // Returns true if this sample completed a period that was handed to the workers.
-    bool appendSample(qint16 sample);
+    bool appendSample(qint16 sample) { return samplesOfPeriod.append(sample) && closePeriod(); }
     void queueDecodeSlices(long long periodStartMs, const QByteArray &samples);
-
-    // Counted since the start or since the last period ended.
-    struct PeriodCounters {
-        qint64 framesSeen = 0;
-        qint64 samples = 0;
-        qint64 sumOfSquares = 0; // exact: that of a full period is below 2^48
-        int peak = 0;            // largest magnitude of a sample, 0..32768
-    };
 
     bool isStarted() const { return started; }
     bool isArmed() const { return armed; }
     qint64 periodStart() const { return periodStartMs; } // UTC, ms since the epoch
-    const PeriodCounters &periodCounters() const { return counters; }
-    const QThreadPool &threadPool() const { return pool; }
+    const PeriodCounters &periodCounters() const { return samplesOfPeriod.counters(); }
 
 private:
     class DecodeTask;
@@ -112,37 +84,22 @@ private:
     void deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result);
     void logFailures(const FinishedPeriod &period);
 
+    const CaptureCallbacks callbacks;
     const CaptureOptions options;
     CaptureFolder captureFolder;
     QString receiver;
-    DecodeCallback periodCallback;
-    DecodeCallback workerCallback;
-    QThreadPool ownPool;
+    QThreadPool ownPool{this};
     QThreadPool &pool;
     std::vector<std::shared_ptr<DecodeTask>> tasks; // not yet known to have ended
     std::shared_ptr<std::atomic<bool>> abortion;    // for the runs queued since the last abort
     DecodeQueue queue;
     WorkerFailures failures;
     int decodeDepth = 2;
-    Jt9Limits decoderLimits;
-    QByteArray periodSamples; // always bytesPerPeriod long; the first counters.samples are filled
+    PeriodSamples samplesOfPeriod;
     bool started = false;
     bool armed = false;
     qint64 periodStartMs = 0;
-    PeriodCounters counters;
     int resets = 0; // tells work queued before a reset from work queued after it
 };
-
-inline bool KiwiAudioCapture::appendSample(qint16 sample)
-{
-    qToLittleEndian(sample, periodSamples.data() + 2 * counters.samples);
-    const int value = sample;
-    counters.peak = qMax(counters.peak, qAbs(value));
-    counters.sumOfSquares += qint64{value} * value;
-    if (++counters.samples < samplesPerPeriod) {
-        return false;
-    }
-    return closePeriod();
-}
 
 } // namespace outpost

@@ -18,8 +18,6 @@ namespace
 class Reference
 {
 public:
-    using Counters = KiwiAudioCapture::PeriodCounters;
-
     SoundOutcome takeFrame(const QByteArray &frame, qint64 nowMs, bool folderIsSet)
     {
         if (!started && !folderIsSet) {
@@ -42,7 +40,7 @@ public:
     bool started = false;
     bool armed = false;
     qint64 periodStartMs = 0;
-    Counters counters;
+    PeriodCounters counters;
     ImaAdpcmState adpcm;
     int closedPeriods = 0;
 
@@ -98,7 +96,7 @@ private:
     bool closed = false;
 };
 
-bool same(const Reference::Counters &a, const Reference::Counters &b)
+bool same(const PeriodCounters &a, const PeriodCounters &b)
 {
     return a.framesSeen == b.framesSeen && a.samples == b.samples &&
            a.sumOfSquares == b.sumOfSquares && a.peak == b.peak;
@@ -144,14 +142,12 @@ int play(FuzzInput &input, const QString &folder)
 {
     constexpr int maxPeriods = 2;
     constexpr int maxBytes = 500000;
-    KiwiAudioCapture capture;
-    SoundDecoder sound;
-    capture.setCaptureFolder(folder);
     const auto noLines = [](const QString &, const QVector<Ft8Decode> &) {
         require(false, "without a decoder there are no lines");
     };
-    capture.setPeriodCallback(noLines);
-    capture.setWorkerCallback(noLines);
+    KiwiAudioCapture capture({noLines, noLines});
+    SoundDecoder sound;
+    capture.setCaptureFolder(folder);
 
     Reference reference;
     bool folderIsSet = true;

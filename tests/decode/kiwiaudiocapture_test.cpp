@@ -84,12 +84,10 @@ private slots:
     void init()
     {
         folder = std::make_unique<QTemporaryDir>();
-        capture = std::make_unique<KiwiAudioCapture>();
         sound.reset();
-        capture->setCaptureFolder(folder->path());
         periods.clear();
         batches.clear();
-        record(*capture);
+        make();
     }
 
     void cleanup() { capture.reset(); }
@@ -410,12 +408,14 @@ private slots:
     {
         const ScriptedDecoder decoder(QStringLiteral("echo \"~ $5\""));
         QStringList calls;
-        capture->setWorkerCallback([&](const QString &, const QVector<Ft8Decode> &) {
+        CaptureCallbacks callbacks;
+        callbacks.onWorkerDecodes = [&](const QString &, const QVector<Ft8Decode> &) {
             calls.append(QStringLiteral("worker"));
-        });
-        capture->setPeriodCallback([&](const QString &, const QVector<Ft8Decode> &) {
+        };
+        callbacks.onPeriodDecodes = [&](const QString &, const QVector<Ft8Decode> &) {
             calls.append(QStringLiteral("period"));
-        });
+        };
+        make({}, callbacks);
         capture->queueDecodeSlices(boundaryMs, silence);
         QTRY_COMPARE(calls.size(), 5);
         QCOMPARE(calls.indexOf(QStringLiteral("period")), 4);
@@ -441,9 +441,6 @@ private slots:
                                            passedOver.arg(QLatin1String("14:33:30")),
                                            passedOver.arg(QLatin1String("14:33:45"))}));
         QCOMPARE(capture->periodStart(), boundaryMs + closed * KiwiAudioCapture::periodMs);
-        capture->setPeriodCallback([this](const QString &label, const QVector<Ft8Decode> &decodes) {
-            periods.append({label, linesOf(decodes)});
-        });
         gate.open();
         QTRY_COMPARE_WITH_TIMEOUT(periods.size(), maxPending, 60000);
         QCOMPARE(periods.last().label, QStringLiteral("14:33:00"));
@@ -532,11 +529,12 @@ private slots:
         const ScriptedDecoder decoder(
             QStringLiteral("case $slot in *_142315_S1_*) exec sleep 1000;; esac; echo \"~ $5\""));
         const LogTrace log;
-        capture->setDecoderLimits({60000, 10000, 60000}); // the other three need only part of it
+        CaptureOptions options;
+        options.decoderLimits = {60000, 10000, 60000}; // the others need only part of it
+        make(options);
         QElapsedTimer timer;
         timer.start();
         capture->queueDecodeSlices(boundaryMs, silence);
-        capture->setDecoderLimits({});
         capture->queueDecodeSlices(boundaryMs + 15000, silence);
         QTRY_COMPARE_WITH_TIMEOUT(periods.size(), 2, 60000);
         QVERIFY(timer.elapsed() >= 10000);
@@ -611,11 +609,14 @@ private slots:
     void withoutACallbackPeriodsAreConsumed()
     {
         const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
-        capture->setPeriodCallback({});
+        CaptureCallbacks onlyWorkers;
+        onlyWorkers.onWorkerDecodes = into(batches);
+        make({}, onlyWorkers);
         capture->queueDecodeSlices(boundaryMs, silence);
         QTRY_COMPARE(batches.size(), 4);
-        record(*capture);
-        capture->setWorkerCallback({});
+        CaptureCallbacks onlyPeriods;
+        onlyPeriods.onPeriodDecodes = into(periods);
+        make({}, onlyPeriods);
         capture->queueDecodeSlices(boundaryMs + 15000, silence);
         QTRY_COMPARE(periods.size(), 1);
         QCOMPARE(periods.first().label, QStringLiteral("14:23:30"));
@@ -704,8 +705,9 @@ private slots:
         gate.open();
         QTRY_COMPARE(periods.size(), 1);
         QCOMPARE(pooledThreads(), 4);
-        QCOMPARE(capture->threadPool().expiryTimeout(), -1);
-        QCOMPARE(capture->threadPool().maxThreadCount(), 4);
+        const auto *pool = capture->findChild<QThreadPool *>();
+        QCOMPARE(pool->expiryTimeout(), -1);
+        QCOMPARE(pool->maxThreadCount(), 4);
     }
 
     // ---- options ----
@@ -753,12 +755,11 @@ private slots:
         CaptureOptions options;
         options.sharedPool = &pool;
         make(options);
-        KiwiAudioCapture other(options);
-        other.setCaptureFolder(folder->filePath(QStringLiteral("other")));
         QList<Delivery> others;
-        other.setPeriodCallback([&](const QString &label, const QVector<Ft8Decode> &decodes) {
-            others.append({label, linesOf(decodes)});
-        });
+        CaptureCallbacks callbacks;
+        callbacks.onPeriodDecodes = into(others);
+        KiwiAudioCapture other(callbacks, options);
+        other.setCaptureFolder(folder->filePath(QStringLiteral("other")));
         {
             const Gate gate(decoder.left(QStringLiteral("gate")));
             other.queueDecodeSlices(boundaryMs, silence);
@@ -911,14 +912,21 @@ private slots:
 #endif
 
 private:
-#ifndef Q_OS_WIN
-    void make(const CaptureOptions &options)
+    void make(const CaptureOptions &options = {}) { make(options, {into(batches), into(periods)}); }
+
+    void make(const CaptureOptions &options, const CaptureCallbacks &callbacks)
     {
-        capture = std::make_unique<KiwiAudioCapture>(options);
+        capture = std::make_unique<KiwiAudioCapture>(callbacks, options);
         capture->setCaptureFolder(folder->path());
-        record(*capture);
     }
-#endif
+
+    DecodeCallback into(QList<Delivery> &list)
+    {
+        return [this, &list](const QString &label, const QVector<Ft8Decode> &decodes) {
+            QCOMPARE(QThread::currentThread(), thread());
+            list.append({label, linesOf(decodes)});
+        };
+    }
 
     SoundOutcome take(const QByteArray &bytes, qint64 nowMs)
     {
@@ -944,18 +952,6 @@ private:
             bytes.append(static_cast<char>((sample >> 8) & 0xff));
         }
         return bytes;
-    }
-
-    void record(KiwiAudioCapture &source)
-    {
-        const auto into = [this](QList<Delivery> &list) {
-            return [this, &list](const QString &label, const QVector<Ft8Decode> &decodes) {
-                QCOMPARE(QThread::currentThread(), thread());
-                list.append({label, linesOf(decodes)});
-            };
-        };
-        source.setPeriodCallback(into(periods));
-        source.setWorkerCallback(into(batches));
     }
 
 #ifndef Q_OS_WIN

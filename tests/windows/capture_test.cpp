@@ -73,16 +73,15 @@ private slots:
         work = std::make_unique<QTemporaryDir>();
         decoder = std::make_unique<StandInDecoder>();
         qputenv("PELQ_JT9_PATH", decoder->path().toLocal8Bit());
-        capture = std::make_unique<KiwiAudioCapture>();
-        capture->setCaptureFolder(folder());
         const auto into = [](QList<Delivery> &list) {
             list.clear();
             return [&list](const QString &label, const QVector<Ft8Decode> &decodes) {
                 list.append({label, linesOf(decodes)});
             };
         };
-        capture->setPeriodCallback(into(periods));
-        capture->setWorkerCallback(into(batches));
+        capture =
+            std::make_unique<KiwiAudioCapture>(CaptureCallbacks{into(batches), into(periods)});
+        capture->setCaptureFolder(folder());
     }
     void cleanup() { capture.reset(); }
 
