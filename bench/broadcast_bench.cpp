@@ -49,10 +49,9 @@ void takeBytes(int client, qint64 bytes)
 
 QVector<QByteArray> bridgeLines(const QStringList &lines)
 {
-    QString time = bridgePeriodTime(periodLabel);
     QVector<QByteArray> sent;
-    for (const QString &line : lines) {
-        sent.append(bridgeLine(*bridgeDecode(parseDecodeLine(line), &time)));
+    for (const BridgeDecode &decode : bridgeDecodes(periodLabel, parseDecodeLines(lines))) {
+        sent.append(bridgeLine(decode));
     }
     return sent;
 }

@@ -17,19 +17,23 @@ QString bridgePeriodTime(const QString &periodLabel)
     return periodLabel.trimmed().remove(QLatin1Char(':'));
 }
 
-std::optional<BridgeDecode> bridgeDecode(const Ft8Decode &decode, QString *periodTime)
+QVector<BridgeDecode> bridgeDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
 {
-    if (!decode.fields) {
-        return std::nullopt;
+    QString time = bridgePeriodTime(periodLabel);
+    QVector<BridgeDecode> sent;
+    for (const Ft8Decode &decode : decodes) {
+        if (!decode.fields) {
+            continue;
+        }
+        const Ft8Fields &fields = *decode.fields;
+        if (time.size() != 6) {
+            time = fields.time;
+        }
+        if (!fields.message.isEmpty()) {
+            sent.append({time, fields.snr, fields.dt, fields.frequency, fields.message});
+        }
     }
-    const Ft8Fields &fields = *decode.fields;
-    if (periodTime->size() != 6) {
-        *periodTime = fields.time;
-    }
-    if (fields.message.isEmpty()) {
-        return std::nullopt;
-    }
-    return BridgeDecode{*periodTime, fields.snr, fields.dt, fields.frequency, fields.message};
+    return sent;
 }
 
 QString bridgeDecodeKey(const BridgeDecode &decode)

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
-#include <optional>
+#include <QVector>
 
 namespace outpost
 {
@@ -32,10 +32,10 @@ QByteArray bridgeReadyLine();
 // The time field for a period label: "101530" for "10:15:30".
 QString bridgePeriodTime(const QString &periodLabel);
 
-// A line of a period as the bridge sends it; nothing if the line is not a decode. If *periodTime is
-// not six characters long, it is replaced with the time that jt9 printed, and keeps that value for
-// the following lines.
-std::optional<BridgeDecode> bridgeDecode(const Ft8Decode &decode, QString *periodTime);
+// The decodes among the lines of a period, in order, as the bridge sends them. Their time is that
+// of the label or, if the label does not give six characters, the one that jt9 printed on the
+// first.
+QVector<BridgeDecode> bridgeDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
 
 // Two decodes are duplicates if they have the same key: time, audio frequency and message, in upper
 // case.

@@ -198,16 +198,11 @@ void WsjtBridge::sendNewDecodes(const QString &periodLabel, const QVector<Ft8Dec
 {
     const qint64 now = clock();
     recentDecodeKeys.prune(now);
-    QString periodTime = bridgePeriodTime(periodLabel);
     // Clients that disconnect during the loop stay valid, since they are deleted later.
     const QList<QTcpSocket *> receivers = clients;
-    for (const Ft8Decode &heard : decodes) {
-        const std::optional<BridgeDecode> decode = bridgeDecode(heard, &periodTime);
-        if (!decode) {
-            continue;
-        }
-        const QString key = bridgeDecodeKey(*decode);
-        if (!recentDecodeKeys.contains(key) && sendToClients(receivers, bridgeLine(*decode))) {
+    for (const BridgeDecode &decode : bridgeDecodes(periodLabel, decodes)) {
+        const QString key = bridgeDecodeKey(decode);
+        if (!recentDecodeKeys.contains(key) && sendToClients(receivers, bridgeLine(decode))) {
             recentDecodeKeys.remember(key, now);
         }
     }

@@ -74,31 +74,33 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzInput input(data, size);
     const QString label = QString::fromUtf8(input.line().replace('\t', ' '));
-    QString time = bridgePeriodTime(label);
     QString expectedTime = label.trimmed();
     expectedTime.replace(QLatin1String(":"), QString());
-    require(time == expectedTime, "the time is the label without colons");
+    require(bridgePeriodTime(label) == expectedTime, "the time is the label without colons");
 
+    QStringList lines;
+    while (!input.atEnd()) {
+        lines.append(QString::fromUtf8(input.line()));
+    }
+    const QVector<BridgeDecode> sent = bridgeDecodes(label, parseDecodeLines(lines));
     KeyStore keys;
     qint64 nowMs = 0;
-    while (!input.atEnd()) {
-        const QByteArray bytes = input.line();
-        const QString line = QString::fromUtf8(bytes);
+    int place = 0;
+    for (const QString &line : qAsConst(lines)) {
         const std::optional<ReferenceLine> expected = readReferenceLine(line);
         if (expected && expectedTime.size() != 6) {
             expectedTime = expected->time;
         }
-        const std::optional<BridgeDecode> decode = bridgeDecode(parseDecodeLine(line), &time);
-        require(decode.has_value() == (expected && !expected->message.simplified().isEmpty()),
-                "a line is sent exactly when it is a decode");
-        require(time == expectedTime, "the first decode of a bad label gives the time");
-        if (!decode) {
+        if (!expected || expected->message.simplified().isEmpty()) {
             continue;
         }
-        checkDecode(*decode, *expected, time);
-        nowMs += qint64{1000} * bytes.size();
-        keys.meet(bridgeDecodeKey(*decode), nowMs);
+        require(place < sent.size(), "every decode is sent");
+        const BridgeDecode &decode = sent.at(place++);
+        checkDecode(decode, *expected, expectedTime);
+        nowMs += qint64{1000} * line.size();
+        keys.meet(bridgeDecodeKey(decode), nowMs);
     }
+    require(place == sent.size(), "only decodes are sent");
     return 0;
 }
 

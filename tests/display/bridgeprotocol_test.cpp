@@ -22,10 +22,28 @@ QStringList clientFields(const QByteArray &line)
 
 const QString exampleLine = QStringLiteral("101530 -12 0.3 1234 ~ CQ K1ABC FN42");
 
+QVector<BridgeDecode> sent(const QString &periodLabel, const QStringList &lines)
+{
+    return bridgeDecodes(periodLabel, parseDecodeLines(lines));
+}
+
+QVector<BridgeDecode> sentAt101530(const QString &line)
+{
+    return sent(QStringLiteral("10:15:30"), {line});
+}
+
+QStringList times(const QVector<BridgeDecode> &decodes)
+{
+    QStringList texts;
+    for (const BridgeDecode &decode : decodes) {
+        texts.append(decode.time);
+    }
+    return texts;
+}
+
 BridgeDecode exampleDecode()
 {
-    QString periodTime = QStringLiteral("101530");
-    return bridgeDecode(parseDecodeLine(exampleLine), &periodTime).value_or(BridgeDecode());
+    return sentAt101530(exampleLine).value(0);
 }
 
 } // namespace
@@ -118,10 +136,9 @@ void BridgeProtocolTest::fieldsCarryTheDecodersOwnText()
 {
     QFETCH(QString, line);
     QFETCH(QStringList, fields);
-    QString periodTime = QStringLiteral("101530");
-    const std::optional<BridgeDecode> decode = bridgeDecode(parseDecodeLine(line), &periodTime);
-    QVERIFY(decode.has_value());
-    QCOMPARE(clientFields(bridgeLine(*decode)), fields);
+    const QVector<BridgeDecode> decodes = sentAt101530(line);
+    QCOMPARE(decodes.size(), 1);
+    QCOMPARE(clientFields(bridgeLine(decodes.first())), fields);
 }
 
 void BridgeProtocolTest::linesThatAreNoDecodeAreDropped_data()
@@ -141,20 +158,17 @@ void BridgeProtocolTest::linesThatAreNoDecodeAreDropped_data()
 void BridgeProtocolTest::linesThatAreNoDecodeAreDropped()
 {
     QFETCH(QString, line);
-    QString periodTime = QStringLiteral("101530");
-    QVERIFY(!bridgeDecode(parseDecodeLine(line), &periodTime).has_value());
+    QVERIFY(sentAt101530(line).isEmpty());
 }
 
 void BridgeProtocolTest::thePeriodLabelBeatsThePrintedTime()
 {
-    QString periodTime = bridgePeriodTime(QStringLiteral("10:15:30"));
     for (const char *printed : {"000000", "101545", "235959"}) {
         const QString line = QLatin1String(printed) + QStringLiteral(" -12 0.3 1234 ~ CQ");
-        QCOMPARE(bridgeDecode(parseDecodeLine(line), &periodTime)->time, QStringLiteral("101530"));
+        QCOMPARE(times(sentAt101530(line)), QStringList(QStringLiteral("101530")));
     }
-    periodTime = bridgePeriodTime(QStringLiteral("ab:cd:ef")); // any six characters are accepted
-    QCOMPARE(bridgeDecode(parseDecodeLine(exampleLine), &periodTime)->time,
-             QStringLiteral("abcdef"));
+    const QString sixCharacters = QStringLiteral("ab:cd:ef"); // any six are accepted
+    QCOMPARE(times(sent(sixCharacters, {exampleLine})), QStringList(QStringLiteral("abcdef")));
 }
 
 void BridgeProtocolTest::aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt_data()
@@ -169,28 +183,22 @@ void BridgeProtocolTest::aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt_data(
 void BridgeProtocolTest::aMalformedLabelTakesTheFirstPrintedTimeAndKeepsIt()
 {
     QFETCH(QString, label);
-    QString periodTime = bridgePeriodTime(label);
     const QString first = QStringLiteral("111115 -12 0.3 1234 ~ CQ");
     const QString second = QStringLiteral("222230 -12 0.3 1240 ~ CQ");
-    QCOMPARE(bridgeDecode(parseDecodeLine(first), &periodTime)->time, QStringLiteral("111115"));
-    QCOMPARE(bridgeDecode(parseDecodeLine(second), &periodTime)->time, QStringLiteral("111115"));
+    QCOMPARE(times(sent(label, {first, second})),
+             QStringList({QStringLiteral("111115"), QStringLiteral("111115")}));
 }
 
 void BridgeProtocolTest::aLineThatIsNoDecodeDoesNotSetTheTime()
 {
-    QString periodTime;
-    QVERIFY(!bridgeDecode(parseDecodeLine(QStringLiteral("111115 no decode")), &periodTime)
-                 .has_value());
-    QCOMPARE(bridgeDecode(parseDecodeLine(exampleLine), &periodTime)->time,
-             QStringLiteral("101530"));
+    const QStringList lines = {QStringLiteral("111115 no decode"), exampleLine};
+    QCOMPARE(times(sent(QString(), lines)), QStringList(QStringLiteral("101530")));
 }
 
 void BridgeProtocolTest::nonAsciiTravelsAsUtf8()
 {
-    QString periodTime = QStringLiteral("101530");
-    const QString line = QStringLiteral("101530 -12 0.3 1234 ~ GRÜẞE 日本");
     const BridgeDecode decode =
-        bridgeDecode(parseDecodeLine(line), &periodTime).value_or(BridgeDecode());
+        sentAt101530(QStringLiteral("101530 -12 0.3 1234 ~ GRÜẞE 日本")).value(0);
     QVERIFY(bridgePayload(decode).endsWith("\tGR\xC3\x9C\xE1\xBA\x9E"
                                            "E \xE6\x97\xA5\xE6\x9C\xAC"));
     QCOMPARE(clientFields(bridgeLine(decode)).last(), QStringLiteral("GRÜẞE 日本"));
