@@ -38,7 +38,9 @@ private slots:
     void thePortIsAskedForAtEachUse();
     void onlyAStartOnRequestLeavesAnError();
     void aGoodStartOnRequestClearsTheError();
+    void theErrorSurvivesAStop();
     void aFailedStartKeepsNoListener();
+    void aListenerThatNoLongerListensIsReplaced();
     void clientsAreCountedAndToldOf();
     void everyStopIsTold();
     void theLastOutputIsThatOfTheLatestBatch();
@@ -162,6 +164,14 @@ void WsjtBridgeTest::aGoodStartOnRequestClearsTheError()
     QCOMPARE(state().lastError, QString());
 }
 
+void WsjtBridgeTest::theErrorSurvivesAStop()
+{
+    const auto other = otherProgram();
+    (*bridge)->startOnRequest();
+    (*bridge)->stop();
+    QCOMPARE(state().lastError, QStringLiteral("Bridge failed to start"));
+}
+
 void WsjtBridgeTest::aFailedStartKeepsNoListener()
 {
     const auto other = otherProgram();
@@ -171,6 +181,18 @@ void WsjtBridgeTest::aFailedStartKeepsNoListener()
                              .arg(QString::number(bridge->port),
                                   QStringLiteral("The bound address is already in use"))});
     QTRY_VERIFY(!bridge->listener());
+}
+
+void WsjtBridgeTest::aListenerThatNoLongerListensIsReplaced()
+{
+    (*bridge)->start();
+    bridge->listener()->close();
+    QVERIFY(!state().listening);
+    (*bridge)->start();
+    QVERIFY(state().listening);
+    QTRY_COMPARE((*bridge)->findChildren<QTcpServer *>().size(), 1);
+    const BridgeClient client(bridge->port);
+    QVERIFY(client.waitForGreeting());
 }
 
 void WsjtBridgeTest::clientsAreCountedAndToldOf()
