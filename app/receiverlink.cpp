@@ -22,6 +22,7 @@ void MainWindow::buildLink()
     callbacks.onDisconnected = [this] { capture->reset(); };
     KiwiLinkOptions linkOptions;
     linkOptions.clock = options.clock;
+    linkOptions.timeouts = options.linkTimeouts;
     link = new KiwiLink(target, callbacks, linkOptions, this);
 }
 

@@ -4,6 +4,7 @@
 #include "base/datapaths.h"
 #include "base/settings.h"
 #include "decode/jt9runner.h"
+#include "kiwi/linktimeouts.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -24,6 +25,7 @@ struct StationOptions {
         outpost::captureFolder(QCoreApplication::applicationDirPath(),
                                QStandardPaths::writableLocation(QStandardPaths::CacheLocation));
     SettingsStore settings{};
+    LinkTimeouts linkTimeouts{};
     Jt9Limits decoderLimits{};
 };
 

@@ -97,7 +97,7 @@ void KiwiLink::probeNextEndpoint()
     watchSocket(opening);
     log(QStringLiteral("Kiwi WebSocket probe trying: %1").arg(url.toString()));
     callbacks.onStatus(QStringLiteral("Connecting — trying %1").arg(link.currentEndpoint));
-    watchdog->start(options.openTimeoutMs);
+    watchdog->start(options.timeouts.openMs);
     limitMessages(opening);
     opening->open(url);
     limitBuffers(opening);
@@ -124,7 +124,7 @@ void KiwiLink::onSocketConnected(QWebSocket *sender)
     log(QStringLiteral("Kiwi WebSocket open: %1. Waiting for real SND data.")
             .arg(link.currentEndpoint));
     sendCommands(sender);
-    watchdog->start(options.dataTimeoutMs);
+    watchdog->start(options.timeouts.dataMs);
     callbacks.onStatus(
         QStringLiteral("WebSocket open — waiting for SND at %1").arg(link.currentEndpoint));
 }

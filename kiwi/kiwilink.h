@@ -2,6 +2,7 @@
 
 #include "kiwi/kiwicommands.h"
 #include "kiwi/linkstate.h"
+#include "kiwi/linktimeouts.h"
 #include "kiwi/receivernotices.h"
 
 #include <QDateTime>
@@ -40,8 +41,7 @@ struct KiwiLinkOptions {
     std::function<QString()> evidenceFolder = [] {
         return qEnvironmentVariable("PELQ_KIWI_STAGE_CAPTURE_DIR");
     };
-    int openTimeoutMs = 5000;
-    int dataTimeoutMs = 6000; // from the open WebSocket to the first sound frame
+    LinkTimeouts timeouts{};
 };
 
 // The WebSocket session with one receiver: tries its endpoints, gives each up after a timeout, and

@@ -18,7 +18,7 @@ namespace
 
 constexpr int kKeptEvents = 10000;
 constexpr int kKeptPeriods = 8;
-constexpr int kMostClients = 64;
+constexpr int kMaxClients = 64;
 
 QByteArray logText(const SimEvent &event)
 {
@@ -73,7 +73,7 @@ struct KiwiSim::Private {
 KiwiSim::KiwiSim() : d(std::make_unique<Private>())
 {
     Private *p = d.get();
-    p->server.setMaxPendingConnections(kMostClients);
+    p->server.setMaxPendingConnections(kMaxClients);
     p->room.audio = [p](int period) { return p->periodAudio(period); };
     p->room.report = [p](const SimEvent &event) { p->report(event); };
     p->room.keepPeriod = [p](const SentPeriod &period) { p->keepPeriod(period); };
@@ -210,7 +210,7 @@ QString KiwiSim::Private::tryPort(const QHostAddress &address)
 void KiwiSim::Private::accept()
 {
     while (QTcpSocket *socket = server.nextPendingConnection()) {
-        if (listeners.size() >= kMostClients) {
+        if (listeners.size() >= kMaxClients) {
             socket->abort();
             socket->deleteLater();
             continue;

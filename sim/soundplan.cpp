@@ -13,7 +13,7 @@ namespace sim
 namespace
 {
 
-constexpr int kLeastWarningMs = 2500;
+constexpr int kMinWarningMs = 2500;
 constexpr int kEdgeMs = 300;
 
 qint64 untilNextBoundaryMs(qint64 nowMs)
@@ -23,7 +23,7 @@ qint64 untilNextBoundaryMs(qint64 nowMs)
 
 bool isNearEdge(qint64 nowMs)
 {
-    return std::abs(untilNextBoundaryMs(nowMs) - kLeastWarningMs) < kEdgeMs;
+    return std::abs(untilNextBoundaryMs(nowMs) - kMinWarningMs) < kEdgeMs;
 }
 
 SoundPlan wholeFramesBefore(qint64 boundaryMs, qint64 earliestMs, double frameMs)
@@ -40,7 +40,7 @@ SoundPlan wholeFramesBefore(qint64 boundaryMs, qint64 earliestMs, double frameMs
 qint64 firstBoundaryMs(qint64 nowMs)
 {
     const qint64 next = nowMs + untilNextBoundaryMs(nowMs);
-    return untilNextBoundaryMs(nowMs) < kLeastWarningMs ? next + kPeriodMs : next;
+    return untilNextBoundaryMs(nowMs) < kMinWarningMs ? next + kPeriodMs : next;
 }
 
 SoundPlan planSound(qint64 earliestMs, double frameMs)
@@ -50,7 +50,7 @@ SoundPlan planSound(qint64 earliestMs, double frameMs)
         return plan;
     }
     const qint64 pastEdgeMs =
-        earliestMs + untilNextBoundaryMs(earliestMs) - kLeastWarningMs + kEdgeMs;
+        earliestMs + untilNextBoundaryMs(earliestMs) - kMinWarningMs + kEdgeMs;
     return wholeFramesBefore(firstBoundaryMs(pastEdgeMs), pastEdgeMs, frameMs);
 }
 

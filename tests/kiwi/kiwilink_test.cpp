@@ -51,8 +51,8 @@ struct LinkBench {
     static KiwiLinkOptions impatient()
     {
         KiwiLinkOptions options = withoutReport();
-        options.openTimeoutMs = 2000; // long enough to open a link on a busy machine
-        options.dataTimeoutMs = 20;
+        options.timeouts.openMs = 2000; // long enough to open a link on a busy machine
+        options.timeouts.dataMs = 20;
         return options;
     }
 

@@ -526,10 +526,10 @@ void SessionTest::anErrorLeavesTheMovingOnToTheWatchdog()
         QCoreApplication::processEvents();
         QCOMPARE(hands.status(), QStringLiteral("Connecting — trying /kiwi/0/SND"));
         QVERIFY(watchdog->isActive());
-        QCOMPARE(watchdog->interval(), 5000);
+        QCOMPARE(watchdog->interval(), station.options.linkTimeouts.openMs);
         watchdog->start(0); // expires now
         QTRY_COMPARE(hands.status(), QStringLiteral("Connecting — trying /kiwi/1/SND"));
-        QCOMPARE(watchdog->interval(), 5000);
+        QCOMPARE(watchdog->interval(), station.options.linkTimeouts.openMs);
     });
     QCOMPARE(
         station.trace.lines().filter(QStringLiteral("trying next endpoint")),
@@ -542,17 +542,19 @@ void SessionTest::theWatchdogRunsUntilSoundArrives()
     startSim(sim, {QStringLiteral("all=no-answer")});
     const PuppetReceiver receiver;
     TestStation station;
+    station.options.linkTimeouts = {30000, 40000};
+    station.restart();
     const QTimer *watchdog = watchdogOf(*station.window);
     QVERIFY(!watchdog->isActive());
     station.connectTo(sim.port());
     QTRY_VERIFY(watchdog->isActive());
-    QCOMPARE(watchdog->interval(), 5000);
+    QCOMPARE(watchdog->interval(), station.options.linkTimeouts.openMs);
     choose(*station.window, {QStringLiteral("Settings"), QStringLiteral("Disconnect Receiver")});
     QVERIFY(!watchdog->isActive());
     station.connectTo(receiver.port());
     QTRY_COMPARE(receiver.commands().size(), 7);
     QVERIFY(watchdog->isActive());
-    QCOMPARE(watchdog->interval(), 6000);
+    QCOMPARE(watchdog->interval(), station.options.linkTimeouts.dataMs);
     receiver.sendText(QStringLiteral("SND"));
     receiver.sendBinary("MSG audio_init=0");
     QTRY_VERIFY(station.trace.contains(QStringLiteral("RX binary frame 2")));

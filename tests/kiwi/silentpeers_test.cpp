@@ -59,7 +59,9 @@ std::unique_ptr<MainWindow> anotherWindow(const TestStation &station, int receiv
                              {QStringLiteral("Port"), receiverPort},
                              {QStringLiteral("Jt9Path"), station.decoder.path()},
                              {QStringLiteral("BridgePort"), freePort()}});
-    auto window = std::make_unique<MainWindow>(testOptions());
+    StationOptions options = testOptions();
+    options.linkTimeouts = {2000, 2000};
+    auto window = std::make_unique<MainWindow>(options);
     window->show();
     window->connectKiwi();
     return window;
