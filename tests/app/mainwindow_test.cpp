@@ -157,7 +157,7 @@ void MainWindowTest::theClearButtonClearsTheTableAndNothingElse()
     const QTableWidget *table = decodeTableOf(*station.window);
     QCOMPARE(table->rowCount(), 2);
     QCOMPARE(table->horizontalHeaderItem(4)->text(), QStringLiteral("Message (2)"));
-    const QString good = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QString good = listFile();
     const QByteArray goodBefore = fileBytes(good);
     station.trace.clear();
 
@@ -351,7 +351,7 @@ void MainWindowTest::decodesAreTakenInTurnsOfTheWindowsOwn()
 {
     const PuppetReceiver receiver;
     TestStation station(ScriptedDecoder::printing(0, {cqLine.toLatin1()}));
-    const QString good = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QString good = listFile();
     const QTableWidget *table = decodeTableOf(*station.window);
     TurnWatch rows([table] { return table->rowCount() > 0; });
     TurnWatch receivers([good] { return QFile::exists(good); });
@@ -400,8 +400,7 @@ void MainWindowTest::endsWhileAPeriodIsDecoded()
     station.window.reset();
     QCOMPARE(station.trace.lines(), QStringList{QStringLiteral("Local WSJT bridge stopped.")});
     QCoreApplication::processEvents(); // nothing more is delivered
-    const QJsonObject log =
-        jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")));
+    const QJsonObject log = jsonFile(logFile());
     QCOMPARE(log.value(QLatin1String("Sessions")).toArray().size(), 1);
 }
 

@@ -266,10 +266,9 @@ void MenusTest::entriesThatAct_data()
     QTest::addColumn<QString>("line");
     const QString settings = QStringLiteral("Settings");
     const QString bridge = QStringLiteral("Bridge");
-    QTest::newRow("save profile")
-        << QStringList({QStringLiteral("File"), QStringLiteral("Save Profile")})
-        << QStringLiteral("Profile saved: ") +
-               testHome().dataFile(QStringLiteral("default-profile.json"));
+    QTest::newRow("save profile") << QStringList(
+                                         {QStringLiteral("File"), QStringLiteral("Save Profile")})
+                                  << QStringLiteral("Profile saved: ") + profileFile();
     QTest::newRow("disconnect") << QStringList({settings, QStringLiteral("Disconnect Receiver")})
                                 << QStringLiteral("Kiwi receiver disconnected.");
     QTest::newRow("start bridge")

@@ -26,14 +26,9 @@ namespace outpost
 namespace
 {
 
-QString profileFile()
-{
-    return testHome().dataFile(QStringLiteral("default-profile.json"));
-}
-
 QString savedPath()
 {
-    const QJsonObject saved = QJsonDocument::fromJson(fileBytes(profileFile())).object();
+    const QJsonObject saved = jsonFile(profileFile());
     return saved.value(QLatin1String("Jt9Path")).toString();
 }
 

@@ -90,15 +90,6 @@ void sendPeriod(const PuppetReceiver &receiver)
     receiver.sendBinary(adpcmFrame(QByteArray(90000, '\0')));
 }
 
-QStringList shownPeriods(const TestStation &station)
-{
-    QStringList labels;
-    for (const QStringList &row : allRows(*decodeTableOf(*station.window))) {
-        labels.append(row.first());
-    }
-    return labels;
-}
-
 void judge(Aftermath &aftermath)
 {
     QCOMPARE(aftermath.whatStayed(), QStringList());
@@ -116,7 +107,7 @@ void FaultyDecoderTest::initTestCase()
     PuppetReceiver receiver;
     TestStation station(goodDecoder);
     station.hearPeriod(receiver);
-    QTRY_COMPARE(shownPeriods(station).size(), 1);
+    QTRY_COMPARE(station.shownPeriods().size(), 1);
 }
 
 void FaultyDecoderTest::theNextPeriodIsDecodedAsEver_data()
@@ -158,7 +149,7 @@ void FaultyDecoderTest::theNextPeriodIsDecodedAsEver()
     auto station = std::make_unique<TestStation>(faultyOnce(fault));
     station->hearPeriod(receiver);
     sendPeriod(receiver);
-    QTRY_COMPARE_WITH_TIMEOUT(shownPeriods(*station), QStringList(QStringLiteral("14:23:30")),
+    QTRY_COMPARE_WITH_TIMEOUT(station->shownPeriods(), QStringList(QStringLiteral("14:23:30")),
                               60000);
     QCOMPARE(captureLeftovers(), QStringList());
     station.reset();
@@ -193,11 +184,11 @@ void FaultyDecoderTest::aDecoderThatIsThereAgainDecodesAgain()
     run(QString::fromLatin1(spoil));
     station->hearPeriod(receiver);
     QVERIFY(captureEmpties());
-    QCOMPARE(shownPeriods(*station), QStringList());
+    QCOMPARE(station->shownPeriods(), QStringList());
     run(QStringLiteral("rm -rf $(dirname $1); mv $(dirname $1).kept $(dirname $1)"));
     sendPeriod(receiver);
     sendPeriod(receiver);
-    QTRY_VERIFY(shownPeriods(*station).contains(QStringLiteral("14:23:45")));
+    QTRY_VERIFY(station->shownPeriods().contains(QStringLiteral("14:23:45")));
     station.reset();
     QTRY_COMPARE(receiver.liveLinks(), 0);
     judge(aftermath);
@@ -235,12 +226,12 @@ void FaultyDecoderTest::aFolderThatIsThereAgainIsUsedAgain()
     station->clock.set(MadeUpClock::boundaryMs());
     sendPeriod(receiver);
     if (fault == QLatin1String("removed")) {
-        QTRY_COMPARE(shownPeriods(*station), QStringList(QStringLiteral("14:23:15")));
+        QTRY_COMPARE(station->shownPeriods(), QStringList(QStringLiteral("14:23:15")));
     } else {
         QTRY_COMPARE(station->window->windowTitle(),
                      QStringLiteral("PELQ Kiwi Outpost (FT8 Decode Complete)"));
         QVERIFY(captureEmpties());
-        QCOMPARE(shownPeriods(*station), QStringList());
+        QCOMPARE(station->shownPeriods(), QStringList());
     }
     if (fault == QLatin1String("file")) {
         QVERIFY(QFile::remove(inUse));
@@ -249,7 +240,7 @@ void FaultyDecoderTest::aFolderThatIsThereAgainIsUsedAgain()
     // A late worker of the first period may have found the folder, but the third period has it.
     sendPeriod(receiver);
     sendPeriod(receiver);
-    QTRY_VERIFY(shownPeriods(*station).contains(QStringLiteral("14:23:45")));
+    QTRY_VERIFY(station->shownPeriods().contains(QStringLiteral("14:23:45")));
     station.reset();
     QTRY_COMPARE(receiver.liveLinks(), 0);
     judge(aftermath);
@@ -260,13 +251,13 @@ void FaultyDecoderTest::theWindowMayGoWhileADecoderRuns()
 {
     PuppetReceiver receiver;
     Aftermath aftermath;
-    auto station = std::make_unique<TestStation>("cd \"$(dirname $0)/..\"; echo + >>runs; while [ "
+    auto station = std::make_unique<TestStation>("cd \"$here\"; echo + >>runs; while [ "
                                                  "! -e gate ]; do sleep 0.05; done; echo - >>runs");
-    const QString runs = station->decoder.file(QStringLiteral("runs"));
+    const QString runs = station->decoder.left(QStringLiteral("runs"));
     station->hearPeriod(receiver);
     sendPeriod(receiver);
     QTRY_COMPARE(fileBytes(runs).count('+'), 4);
-    std::thread opener([gate = station->decoder.file(QStringLiteral("gate"))] {
+    std::thread opener([gate = station->decoder.left(QStringLiteral("gate"))] {
         QThread::msleep(700); // by then the window is waiting
         putFile(gate, {});
     });
@@ -300,14 +291,14 @@ void FaultyDecoderTest::aFailedRunIsOneLineInTheLogAndNothingElse()
         TestStation healthy(faultyOnce("exit 0"));
         healthy.hearPeriod(receiver);
         sendPeriod(receiver);
-        QTRY_COMPARE(shownPeriods(healthy), nextPeriod);
+        QTRY_COMPARE(healthy.shownPeriods(), nextPeriod);
         usualLines = healthy.trace.lines();
     }
     TestStation station(faultyOnce("[ $5 != 725 ] && exit 0; " + fault));
     station.hearPeriod(receiver);
     const QString title = station.window->windowTitle();
     sendPeriod(receiver);
-    QTRY_COMPARE(shownPeriods(station), nextPeriod);
+    QTRY_COMPARE(station.shownPeriods(), nextPeriod);
     QCOMPARE(station.window->windowTitle(), title);
     for (const QWidget *shown : QApplication::topLevelWidgets()) {
         QVERIFY(shown == station.window.get() || !shown->isVisible());

@@ -1,7 +1,7 @@
 #include "decode/jt9runner.h"
 #include "decode/slotwav.h"
 #include "tests/decode/childprocess.h"
-#include "tests/decode/scripteddecoder.h"
+#include "tests/decode/publisheddecoder.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -249,16 +249,16 @@ private slots:
 
     void returnsTheDecodeLines()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("echo banner; echo '  %1  '; echo '<DecodeFinished>'").arg(decodeLine));
         QCOMPARE(run(), QStringList(decodeLine));
     }
 
     void readsItsPathFromTheEnvironmentAtEachRun()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ one'"));
+        const PublishedDecoder decoder(QStringLiteral("echo '~ one'"));
         QCOMPARE(run(), QStringList(QStringLiteral("~ one")));
-        const ScriptedDecoder other(QStringLiteral("echo '~ two'"));
+        const PublishedDecoder other(QStringLiteral("echo '~ two'"));
         QCOMPARE(run(), QStringList(QStringLiteral("~ two")));
         qputenv("PELQ_JT9_PATH", decoder.bin(QStringLiteral("../bin//jt9")).toLocal8Bit());
         QCOMPARE(run(), QStringList(QStringLiteral("~ one")));
@@ -272,7 +272,7 @@ private slots:
 
     void aRelativePathIsThatBelowTheProgramsCurrentFolder()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'; echo \"$PATH\" > $here/path"));
+        const PublishedDecoder decoder(QStringLiteral("echo '~ x'; echo \"$PATH\" > $here/path"));
         const QString before = QDir::currentPath();
         const auto restore = qScopeGuard([&] { QDir::setCurrent(before); });
         QVERIFY(QDir::setCurrent(decoder.bin(QStringLiteral(".."))));
@@ -287,7 +287,7 @@ private slots:
         const auto restore = qScopeGuard(
             [codec = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(codec); });
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        const PublishedDecoder decoder(QStringLiteral("echo '~ x'"));
         const QString folder = decoder.bin(QStringLiteral("../J\u00fcrgen"));
         QVERIFY(QDir().rename(decoder.bin(QString()), folder));
         qputenv("PELQ_JT9_PATH", (folder + QStringLiteral("/jt9")).toLatin1());
@@ -296,7 +296,7 @@ private slots:
 
     void passesItsArgumentsInOrder()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("for a in \"$@\"; do echo \"$a\"; done > $here/args"));
         QCOMPARE(run(), QStringList());
         QCOMPARE(decoder.readLeft(QStringLiteral("args")),
@@ -313,7 +313,7 @@ private slots:
     void givesTheDecoderAHomeInTheWorkersFolder()
     {
         QFETCH(QByteArray, pathBefore);
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("/usr/bin/env > $here/env; /bin/pwd > $here/pwd"));
         const Variable path("PATH", pathBefore);
         const Variable kept("OUTPOST_KEPT", "kept");
@@ -343,10 +343,10 @@ private slots:
     {
         QFETCH(QString, library);
         QFETCH(bool, runs);
-        const ScriptedDecoder decoder;
+        const PublishedDecoder decoder;
         const QString windowsForm = decoder.bin(QStringLiteral("jt9.exe"));
-        decoder.writeProgram(windowsForm, QStringLiteral("touch $here/ran; echo '~'"));
-        decoder.writeProgram(decoder.bin(library), QString());
+        decoder.writeProgram(windowsForm, "touch $here/ran; echo '~'");
+        decoder.writeProgram(decoder.bin(library), {});
         qputenv("PELQ_JT9_PATH", windowsForm.toLocal8Bit());
         QCOMPARE(run(), runs ? QStringList(QStringLiteral("~")) : QStringList());
         QCOMPARE(decoder.allLeft().contains(QStringLiteral("ran")), runs);
@@ -354,7 +354,7 @@ private slots:
 
     void aCopiedNativeDecoderIsNotRun()
     {
-        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '~'"));
+        const PublishedDecoder decoder(QStringLiteral("touch $here/ran; echo '~'"));
         QVERIFY(QFile::remove(decoder.bin(QStringLiteral("wsjtx"))));
         QCOMPARE(run(), QStringList());
         QVERIFY(decoder.allLeft().isEmpty());
@@ -383,7 +383,7 @@ private slots:
         QFETCH(QString, script);
         QFETCH(Jt9Cause, cause);
         QFETCH(QString, detail);
-        const ScriptedDecoder decoder(script);
+        const PublishedDecoder decoder(script);
         const bool overruns = cause == Jt9Cause::Overran;
         const Jt9Result result = runWith({5000, overruns ? 1500 : 45000, 60000});
         QCOMPARE(result.lines, QStringList());
@@ -401,13 +401,13 @@ private slots:
     void withoutAFailureThereIsNoCause()
     {
         QFETCH(QString, script);
-        const ScriptedDecoder decoder(script);
+        const PublishedDecoder decoder(script);
         QCOMPARE(runWith({}).failure, Jt9Failure());
     }
 
     void linesBeyondTheFirst500AreTheCauseOfALoss()
     {
-        const ScriptedDecoder decoder(QStringLiteral("yes '~ x' | head -501"));
+        const PublishedDecoder decoder(QStringLiteral("yes '~ x' | head -501"));
         const Jt9Result result = runWith({});
         QCOMPARE(result.lines.size(), 500);
         QCOMPARE(result.failure, (Jt9Failure{Jt9Cause::TooManyLines, QStringLiteral("500")}));
@@ -415,7 +415,7 @@ private slots:
 
     void withoutADecoderItsPathIsTheDetail()
     {
-        const ScriptedDecoder decoder;
+        const PublishedDecoder decoder;
         QVERIFY(QFile::remove(decoder.bin(QStringLiteral("wsjtx"))));
         QCOMPARE(runWith({}).failure, (Jt9Failure{Jt9Cause::NoDecoder, decoder.path()}));
         QVERIFY(QFile::remove(decoder.path()));
@@ -426,10 +426,10 @@ private slots:
 
     void aDecoderThatCannotStartGivesNothing()
     {
-        const ScriptedDecoder decoder;
+        const PublishedDecoder decoder;
         const QString broken = decoder.bin(QStringLiteral("jt9.exe"));
-        decoder.writeProgram(decoder.bin(QStringLiteral("Qt5Core.dll")), QString());
-        decoder.writeProgram(broken, QStringLiteral("echo '~'"));
+        decoder.writeProgram(decoder.bin(QStringLiteral("Qt5Core.dll")), {});
+        decoder.writeProgram(broken, "echo '~'");
         QVERIFY(QFile::setPermissions(broken, QFile::ReadOwner));
         qputenv("PELQ_JT9_PATH", broken.toLocal8Bit());
         const Jt9Result result = runWith({});
@@ -440,7 +440,7 @@ private slots:
 
     void aDecoderThatIsLongInStartingIsGivenUp()
     {
-        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '~ x'"));
+        const PublishedDecoder decoder(QStringLiteral("touch $here/ran; echo '~ x'"));
         const HeldProgram held(decoder.path());
         QElapsedTimer timer;
         timer.start();
@@ -452,7 +452,7 @@ private slots:
 
     void aDecoderThatHangsIsKilledWithItsChildren()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("sleep 1000 & echo $! > $here/child; echo $$ > $here/self\n"
                            "echo '~ x'; wait"));
         QElapsedTimer timer;
@@ -467,7 +467,7 @@ private slots:
 
     void theEndOfAKilledDecoderIsWaitedFor()
     {
-        const ScriptedDecoder decoder(QStringLiteral("exec sleep 1000"));
+        const PublishedDecoder decoder(QStringLiteral("exec sleep 1000"));
         const Warnings warnings; // such as that of a process destroyed while running
         QCOMPARE(run({5000, 300, 60000}), QStringList());
         QCOMPARE(warnings.all(), QStringList());
@@ -475,15 +475,15 @@ private slots:
 
     void aDecoderDeafToPoliteSignalsIsKilled()
     {
-        const ScriptedDecoder decoder(QStringLiteral("trap '' TERM INT HUP; echo $$ > $here/self\n"
-                                                     "while :; do sleep 1000; done"));
+        const PublishedDecoder decoder(QStringLiteral("trap '' TERM INT HUP; echo $$ > $here/self\n"
+                                                      "while :; do sleep 1000; done"));
         QCOMPARE(run({5000, 300, 5000}), QStringList());
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("self"))));
     }
 
     void aChildThatOutlivesTheDecoderIsKilled()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("sleep 1000 & echo $! > $here/child; echo '~ x'"));
         QElapsedTimer timer;
         timer.start();
@@ -495,7 +495,7 @@ private slots:
 
     void aChildThatLeavesTheGroupIsKilledToo()
     {
-        const ScriptedDecoder decoder(leavingChild(QString()));
+        const PublishedDecoder decoder(leavingChild(QString()));
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
         const QByteArray child = decoder.readLeft(QStringLiteral("child"));
         QVERIFY(!child.isEmpty());
@@ -505,11 +505,11 @@ private slots:
     // By then, another process may have its id.
     void aGroupThatHasEndedIsNotSignalled()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        const PublishedDecoder decoder(QStringLiteral("echo '~ x'"));
         signalled.clear();
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
         QVERIFY(!groupWasSignalled());
-        decoder.setScript(QStringLiteral("sleep 1000 & echo '~ x'"));
+        decoder.setScript("sleep 1000 & echo '~ x'");
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
         QVERIFY(groupWasSignalled());
     }
@@ -517,7 +517,7 @@ private slots:
     // Only its group identifies it.
     void aChildWithoutAnEnvironmentIsKilledToo()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("mkfifo $here/never $here/up\n"
                            "env -i /bin/sh -c \"echo \\$\\$ > $here/child; "
                            "echo > $here/up; read x < $here/never\" &\n"
@@ -530,7 +530,8 @@ private slots:
 
     void aChildThatLeavesTheGroupAndItsOutputIsKilledToo()
     {
-        const ScriptedDecoder decoder(leavingChild(QStringLiteral("< /dev/null > /dev/null 2>&1")));
+        const PublishedDecoder decoder(
+            leavingChild(QStringLiteral("< /dev/null > /dev/null 2>&1")));
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
         const QByteArray child = decoder.readLeft(QStringLiteral("child"));
         QVERIFY(!child.isEmpty());
@@ -540,8 +541,9 @@ private slots:
     // In a shared folder, the environment does not identify the run.
     void inASharedFolderOnlyTheGroupIsKilled()
     {
-        const ScriptedDecoder decoder(QStringLiteral("sleep 1000 & echo $! > $here/inGroup\n") +
-                                      leavingChild(QStringLiteral("< /dev/null > /dev/null 2>&1")));
+        const PublishedDecoder decoder(
+            QStringLiteral("sleep 1000 & echo $! > $here/inGroup\n") +
+            leavingChild(QStringLiteral("< /dev/null > /dev/null 2>&1")));
         QCOMPARE(run({}, false), QStringList(QStringLiteral("~ x")));
         QTRY_VERIFY(!isAlive(decoder.readLeft(QStringLiteral("inGroup"))));
         const QByteArray child = decoder.readLeft(QStringLiteral("child"));
@@ -580,7 +582,7 @@ private slots:
         other.setProcessEnvironment(environment);
         other.start(QStringLiteral("cat"), QStringList());
         QVERIFY(other.waitForStarted());
-        const ScriptedDecoder decoder(script);
+        const PublishedDecoder decoder(script);
         run({5000, finishMs, 5000}, folderIsOwn);
         other.closeWriteChannel();
         QVERIFY(other.waitForFinished());
@@ -589,7 +591,7 @@ private slots:
 
     void aDecoderThatClosesItsOutputIsWaitedFor()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("echo '~ x'; exec >&-; sleep 0.3; touch $here/end"));
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
         QCOMPARE(decoder.allLeft(), QStringList(QStringLiteral("end")));
@@ -597,7 +599,7 @@ private slots:
 
     void standardInputIsEmptyAndStandardErrorIsNotRead()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
+        const PublishedDecoder decoder(QStringLiteral(
             "cat; head -c 20000000 /dev/zero | tr '\\0' '~' >&2; echo '~ err' >&2; echo '~ x'"));
         QCOMPARE(run(), QStringList(QStringLiteral("~ x")));
     }
@@ -622,7 +624,7 @@ private slots:
         QFETCH(QString, script);
         QFETCH(int, finishMs);
         QFETCH(int, minLines);
-        const ScriptedDecoder decoder(script);
+        const PublishedDecoder decoder(script);
         QFile peak(QStringLiteral("/proc/self/clear_refs"));
         QVERIFY(peak.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
         QCOMPARE(peak.write("5"), qint64(1)); // resets the peak to the current size

@@ -14,8 +14,9 @@
 #include <thread>
 
 #ifndef Q_OS_WIN
-#include "tests/decode/scripteddecoder.h"
+#include "tests/decode/publisheddecoder.h"
 #include "tests/fixture/logtrace.h"
+#include "tests/fixture/sndframes.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -37,21 +38,6 @@ struct Delivery {
     QString label;
     QStringList lines;
 };
-
-QByteArray frame(char flags, const QByteArray &payload)
-{
-    return QByteArray("SND") + flags + QByteArray(6, '\0') + payload;
-}
-
-QByteArray plainFrame(const QByteArray &payload)
-{
-    return frame('\x00', payload);
-}
-
-QByteArray adpcmFrame(const QByteArray &payload)
-{
-    return frame('\x10', payload);
-}
 
 #ifndef Q_OS_WIN
 // Holds back scripted decoders: while it is closed, `flock -s $here/<name> <command>` blocks.
@@ -339,7 +325,7 @@ private slots:
 
     void thePeriodsSamplesReachTheDecoderUnchanged()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("cp $8 $here/$slot.wav; echo \"$3 $5 $7\" > $here/$slot.run; echo '~'"));
         capture->setDecodeDepth(3);
         arm();
@@ -361,7 +347,7 @@ private slots:
 
     void theDepthIs2UntilItIsSet()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo \"~ $3\""));
+        const PublishedDecoder decoder(QStringLiteral("echo \"~ $3\""));
         capture->queueDecodeSlices(boundaryMs, silence);
         QTRY_COMPARE(periods.size(), 1);
         QCOMPARE(periods.first().lines, QStringList(QStringLiteral("~ 2")));
@@ -369,7 +355,7 @@ private slots:
 
     void theSamplesAreSharedNotCopied()
     {
-        const ScriptedDecoder decoder(QStringLiteral("flock -s $here/gate true; echo '~ x'"));
+        const PublishedDecoder decoder(QStringLiteral("flock -s $here/gate true; echo '~ x'"));
         const Gate gate(decoder.left(QStringLiteral("gate")));
         QByteArray samples = silence;
         samples.detach();
@@ -385,7 +371,7 @@ private slots:
 
     void deliversEachWorkersLinesAndThenTheMergedPeriod()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
+        const PublishedDecoder decoder(QStringLiteral(
             "echo \"142315 -$5 0.1 1000 ~  CQ A\"; echo \"142315 1 0.1 $7 ~  CQ B$5\""));
         capture->queueDecodeSlices(boundaryMs, silence);
         QTRY_COMPARE(periods.size(), 1);
@@ -406,7 +392,7 @@ private slots:
 
     void theLastWorkersLinesComeBeforeTheMergedPeriod()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo \"~ $5\""));
+        const PublishedDecoder decoder(QStringLiteral("echo \"~ $5\""));
         QStringList calls;
         CaptureCallbacks callbacks;
         callbacks.onWorkerDecodes = [&](const QString &, const QVector<Ft8Decode> &) {
@@ -423,7 +409,8 @@ private slots:
 
     void aDecoderThatNeverKeepsUpHasPeriodsPassedOver()
     {
-        const ScriptedDecoder decoder(QStringLiteral("flock -s $here/gate true; echo \"~ $slot\""));
+        const PublishedDecoder decoder(
+            QStringLiteral("flock -s $here/gate true; echo \"~ $slot\""));
         const Gate gate(decoder.left(QStringLiteral("gate")));
         const LogTrace log;
         arm();
@@ -451,7 +438,7 @@ private slots:
 
     void aWorkersLinesDoNotWaitForTheOthers()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("[ $5 = 0 ] || flock -s $here/gate true; echo \"~ $5\""));
         const Gate gate(decoder.left(QStringLiteral("gate")));
         capture->queueDecodeSlices(boundaryMs, silence);
@@ -466,7 +453,7 @@ private slots:
 
     void aWorkerWithoutLinesIsNotDelivered()
     {
-        const ScriptedDecoder decoder(QStringLiteral("[ $5 != 725 ] || echo '~ x'"));
+        const PublishedDecoder decoder(QStringLiteral("[ $5 != 725 ] || echo '~ x'"));
         capture->queueDecodeSlices(boundaryMs, silence);
         QTRY_COMPARE(periods.size(), 1);
         QCOMPARE(batches.size(), 1);
@@ -475,7 +462,7 @@ private slots:
 
     void aFailedWorkerStillCountsAsReported()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("case $5 in 0) exit 1;; 725) kill -9 $$;; esac; echo \"~ $5\""));
         capture->queueDecodeSlices(boundaryMs, silence);
         QTRY_COMPARE(periods.size(), 1);
@@ -485,7 +472,7 @@ private slots:
 
     void aFailureIsLoggedOnceAndSoIsItsEnd()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("case $slot in *_142415_*) ;; *_142400_S2_*) kill -9 $$;;\n"
                            "*_S2_*) exit 3;; esac; echo \"~ $5\""));
         const LogTrace log;
@@ -506,7 +493,7 @@ private slots:
     // As after a crash with a slow core dump.
     void failuresAreLoggedInTheOrderOfThePeriods()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
+        const PublishedDecoder decoder(QStringLiteral(
             "case $slot in *_142315_S2_*) flock -s $here/gate true; exit 3;; esac; echo '~ x'"));
         const Gate gate(decoder.left(QStringLiteral("gate")));
         const LogTrace log;
@@ -526,7 +513,7 @@ private slots:
 
     void aDecoderThatHangsCostsItsWorkersLines()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("case $slot in *_142315_S1_*) exec sleep 1000;; esac; echo \"~ $5\""));
         const LogTrace log;
         CaptureOptions options;
@@ -548,7 +535,7 @@ private slots:
 
     void otherLinesComeInTheOrderInWhichTheWorkersReport()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("[ $5 = 725 ] || flock -s $here/$5 true; echo \"~ $5\""));
         const Gate first(decoder.left(QStringLiteral("0")));
         const Gate third(decoder.left(QStringLiteral("1450")));
@@ -570,7 +557,7 @@ private slots:
     void periodsAreDeliveredInOrder()
     {
         // Worker 0 of the first period is held back; those of the second period finish meanwhile.
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("case $slot in *_142315_S1_*) flock -s $here/gate true;; esac\n"
                            "echo \"~ $slot\""));
         const Gate gate(decoder.left(QStringLiteral("gate")));
@@ -589,7 +576,7 @@ private slots:
 
     void anEmptyPeriodIsSilentAndUnblocksLaterOnes()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("case $slot in *_142315_*) exit 0;; esac; echo \"~ $5\""));
         capture->queueDecodeSlices(boundaryMs, silence);
         capture->queueDecodeSlices(boundaryMs + 15000, silence);
@@ -599,7 +586,7 @@ private slots:
 
     void aShortPeriodIsConsumedSilently()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        const PublishedDecoder decoder(QStringLiteral("echo '~ x'"));
         capture->queueDecodeSlices(boundaryMs, QByteArray(359998, '\0'));
         capture->queueDecodeSlices(boundaryMs + 15000, silence);
         QTRY_COMPARE(periods.size(), 1);
@@ -608,7 +595,7 @@ private slots:
 
     void withoutACallbackPeriodsAreConsumed()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        const PublishedDecoder decoder(QStringLiteral("echo '~ x'"));
         CaptureCallbacks onlyWorkers;
         onlyWorkers.onWorkerDecodes = into(batches);
         make({}, onlyWorkers);
@@ -625,7 +612,7 @@ private slots:
 
     void fourDecodersRunAtOnceAndNoMore()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
+        const PublishedDecoder decoder(QStringLiteral(
             "echo + >> $here/log; flock -s $here/gate true; echo - >> $here/log; echo '~ x'"));
         const Gate gate(decoder.left(QStringLiteral("gate")));
         capture->queueDecodeSlices(boundaryMs, silence);
@@ -647,7 +634,7 @@ private slots:
 
     void anotherCaptureThatRunsBesideWorksInAFolderOfItsOwn()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo \"~ ${PWD%/*}\""));
+        const PublishedDecoder decoder(QStringLiteral("echo \"~ ${PWD%/*}\""));
         const QString wanted = folder->filePath(QStringLiteral("capture"));
         KiwiAudioCapture first;
         first.setCaptureFolder(wanted);
@@ -671,7 +658,7 @@ private slots:
         // Each worker's capture folder tells the call it belongs to. Half of the first and the
         // second call's workers are held back. The third call's workers finish only when all four
         // run at once, and so after all earlier ones have reported.
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("call=${PWD%/*}; call=${call##*/}\n"
                            "[ $5 -lt 1000 ] || flock -s $here/$call true\n"
                            "if [ $call = third ]; then echo + >> $here/log\n"
@@ -697,7 +684,7 @@ private slots:
     void anIdlePoolKeepsItsThreads()
     {
         QTRY_COMPARE(pooledThreads(), 0); // those of earlier captures have ended
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("echo + >> $here/log; flock -s $here/gate true; echo '~ x'"));
         const Gate gate(decoder.left(QStringLiteral("gate")));
         capture->queueDecodeSlices(boundaryMs, silence);
@@ -714,7 +701,7 @@ private slots:
 
     void decodesTheBandsOfItsOptionsInFoldersOfTheirPrefix()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo \"~ $slot $5 $7\""));
+        const PublishedDecoder decoder(QStringLiteral("echo \"~ $slot $5 $7\""));
         CaptureOptions options;
         options.bands = {{100, 900}, {800, 1700}};
         options.scratchPrefix = QStringLiteral("HERE_");
@@ -731,7 +718,7 @@ private slots:
 
     void asksForTheDecodersPathAtEachRun()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'"));
+        const PublishedDecoder decoder(QStringLiteral("echo '~ x'"));
         qunsetenv("PELQ_JT9_PATH");
         CaptureOptions options;
         std::atomic<int> asked{0};
@@ -748,7 +735,7 @@ private slots:
 
     void capturesShareAPoolAndItsLimit()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
+        const PublishedDecoder decoder(QStringLiteral(
             "echo + >> $here/log; flock -s $here/gate true; echo - >> $here/log; echo '~ x'"));
         QThreadPool pool;
         pool.setMaxThreadCount(2);
@@ -780,7 +767,7 @@ private slots:
 
     void abortedDecodersEndAndBringNothing()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("echo $$ >> $here/log; case $slot in *_142330_*) ;;\n"
                            "*) echo '~ x'; exec sleep 1000;; esac; echo \"~ $slot\""));
         capture->queueDecodeSlices(boundaryMs, silence);
@@ -797,7 +784,7 @@ private slots:
 
     void resetDropsQueuedWorkAndWhatRunningDecodersReport()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
+        const PublishedDecoder decoder(QStringLiteral(
             "echo \"$slot\" >> $here/log; flock -s $here/gate true; echo \"~ $slot\""));
         const Gate gate(decoder.left(QStringLiteral("gate")));
         capture->queueDecodeSlices(boundaryMs, silence);
@@ -815,7 +802,7 @@ private slots:
 
     void aFailureFromBeforeAResetIsNotLogged()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("case $slot in *_142315_*) echo + >> $here/log\n"
                            "flock -s $here/gate true; exit 1;; esac; echo \"~ $slot\""));
         const Gate gate(decoder.left(QStringLiteral("gate")));
@@ -831,7 +818,7 @@ private slots:
 
     void resultsFromBeforeAResetDoNotReachTheSamePeriodAfterIt()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("word=$(cat $here/word); echo + >> $here/log\n"
                            "flock -s $here/gate true; echo \"~ $word $5\""));
         const Gate gate(decoder.left(QStringLiteral("gate")));
@@ -851,7 +838,7 @@ private slots:
 
     void resetDropsPeriodsThatWaitForTheirTurn()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
+        const PublishedDecoder decoder(QStringLiteral(
             "case $slot in *_142315_S1_*) flock -s $here/gate true;;\n"
             "*_142330_S1_*) [ ! -e $here/second ] || flock -s $here/gate true;; esac\n"
             "echo \"~ $slot\""));
@@ -874,7 +861,7 @@ private slots:
 
     void aPostedResultIsDroppedByAReset()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo '~ x'; touch $here/$5.ran"));
+        const PublishedDecoder decoder(QStringLiteral("echo '~ x'; touch $here/$5.ran"));
         capture->queueDecodeSlices(boundaryMs, silence);
         while (decoder.allLeft().size() < 4 || !QDir(folder->path()).isEmpty()) {
             QThread::yieldCurrentThread(); // the results stay posted: no event loop runs
@@ -888,7 +875,7 @@ private slots:
 
     void destructionWaitsForRunningDecodersAndDeliversNothing()
     {
-        const ScriptedDecoder decoder(QStringLiteral(
+        const PublishedDecoder decoder(QStringLiteral(
             "echo + >> $here/log; flock -s $here/gate true; echo - >> $here/log; echo '~ x'"));
         const Gate gate(decoder.left(QStringLiteral("gate")));
         capture->queueDecodeSlices(boundaryMs, silence);

@@ -10,7 +10,7 @@
 #ifndef Q_OS_WIN
 #include "tests/decode/childprocess.h"
 #include "tests/decode/filesizelimit.h"
-#include "tests/decode/scripteddecoder.h"
+#include "tests/decode/publisheddecoder.h"
 
 #include <cerrno>
 #include <cstring>
@@ -100,7 +100,7 @@ private slots:
 
     void runsTheDecoderOnTheFileAndRemovesTheFolder()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral(
                 "cp \"$8\" $here/wav; pwd > $here/pwd; ls > $here/ls; echo $* > $here/args\n"
                 "mkdir -p deep/er; touch deep/er/file; chmod 0500 deep/er\n"
@@ -130,7 +130,7 @@ private slots:
     void whatLeavesTheDecodersGroupIsEndedInAFolderOfOnesOwn()
     {
         QFETCH(bool, folderIsOwn);
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("mkfifo $here/never $here/up\n"
                            "setsid sh -c \"echo \\$\\$ > $here/child; echo > $here/up; "
                            "read x < $here/never; echo > $here/lived\" &\n"
@@ -169,7 +169,8 @@ private slots:
     void aShortBufferCreatesNothing()
     {
         QFETCH(int, size);
-        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        const PublishedDecoder decoder(
+            QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
         SlotJob missing = job();
         missing.captureFolder = capture->filePath(QStringLiteral("never/made"));
         QCOMPARE(linesOf(missing, QByteArray(size, '\0')), QStringList());
@@ -179,7 +180,7 @@ private slots:
 
     void wipesAStaleFolderOfTheSameName()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("ls -A > $here/ls; echo '%1'").arg(decodeLine));
         QDir folder(capture->filePath(workerFolderName(job())));
         QVERIFY(folder.mkpath(QStringLiteral("stale/.deeper")));
@@ -194,7 +195,7 @@ private slots:
 
     void aFolderWithoutPermissionsIsRemoved()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("mkdir -p a/b/.c; touch a/b/.c/file; chmod 0 a/b/.c; chmod 0400 a/b\n"
                            "chmod 0500 .; echo '%1'")
                 .arg(decodeLine));
@@ -212,7 +213,7 @@ private slots:
     void aLinkInTheFoldersPlaceIsRemovedAndNotWhatItPointsAt()
     {
         QFETCH(QString, target);
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("pwd -P > $here/pwd; echo '%1'").arg(decodeLine));
         const QTemporaryDir elsewhere;
         QVERIFY(QDir(elsewhere.path()).mkpath(QStringLiteral("kept/deep")));
@@ -239,7 +240,7 @@ private slots:
         const QString kept = elsewhere.filePath(QStringLiteral("kept"));
         QVERIFY(QDir().mkpath(kept + QStringLiteral("/deep")));
         QVERIFY(QFile::setPermissions(kept, QFile::ReadOwner | QFile::ExeOwner));
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("target='%1'; %2; echo '%3'").arg(kept, script, decodeLine));
         QCOMPARE(linesOf(job(), periodOfSamples()), QStringList(decodeLine));
         QVERIFY(QDir(kept + QStringLiteral("/deep")).exists());
@@ -251,7 +252,7 @@ private slots:
 
     void makesMissingParentsOfTheFolder()
     {
-        const ScriptedDecoder decoder(QStringLiteral("echo '%1'").arg(decodeLine));
+        const PublishedDecoder decoder(QStringLiteral("echo '%1'").arg(decodeLine));
         SlotJob deep = job();
         deep.captureFolder = capture->filePath(QStringLiteral("a/b"));
         QCOMPARE(linesOf(deep, periodOfSamples()), QStringList(decodeLine));
@@ -261,7 +262,8 @@ private slots:
     // The folder's path is just short enough; that of a file in it is too long.
     void aFileThatCannotBeOpenedIsTheCauseAndLeavesNoFolder()
     {
-        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        const PublishedDecoder decoder(
+            QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
         SlotJob deep = job();
         deep.captureFolder = deepFolder(4090);
         QVERIFY(QDir().mkpath(deep.captureFolder));
@@ -276,7 +278,8 @@ private slots:
     // It contains a file whose path is too long to be removed.
     void anOldFolderThatCannotBeRemovedIsTheCause()
     {
-        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        const PublishedDecoder decoder(
+            QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
         SlotJob deep = job();
         deep.captureFolder = deepFolder(4060);
         const QString old = QDir(deep.captureFolder).filePath(workerFolderName(deep));
@@ -298,7 +301,7 @@ private slots:
     void aFolderThatStaysIsTheCauseAndTheLinesAreKept()
     {
         const QString tooLong(100, QLatin1Char('x'));
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("mkdir %1; echo '%2'").arg(tooLong, decodeLine));
         SlotJob deep = job();
         deep.captureFolder = deepFolder(4060);
@@ -316,7 +319,8 @@ private slots:
 
     void aFileInTheFoldersPlaceGivesNothing()
     {
-        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        const PublishedDecoder decoder(
+            QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
         QFile inTheWay(capture->filePath(workerFolderName(job())));
         QVERIFY(inTheWay.open(QIODevice::WriteOnly));
         const Jt9Result result = decodeSlot(job(), periodOfSamples());
@@ -327,7 +331,8 @@ private slots:
 
     void anIncompleteFileIsNotDecodedAndLeavesNoFolder()
     {
-        const ScriptedDecoder decoder(QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
+        const PublishedDecoder decoder(
+            QStringLiteral("touch $here/ran; echo '%1'").arg(decodeLine));
         {
             const FileSizeLimit limit(100000);
             const Jt9Result result = decodeSlot(job(), periodOfSamples());
@@ -342,7 +347,7 @@ private slots:
 
     void aFailingDecoderLeavesNoFolder()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("touch scrap $here/ran; echo '%1'; exit 1").arg(decodeLine));
         const Jt9Result result = decodeSlot(job(), periodOfSamples());
         QCOMPARE(result.lines, QStringList());

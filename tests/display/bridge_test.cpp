@@ -368,7 +368,7 @@ void BridgeTest::whatWasSentIsRememberedOverAStop()
 
 void BridgeTest::theReceiverIsRecordedWithAllLines()
 {
-    const QString file = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QString file = listFile();
     deliver({});
     QVERIFY(!QFile::exists(file));
     deliver({QStringLiteral("no decode"), example, example});
@@ -381,7 +381,7 @@ void BridgeTest::theReceiverIsRecordedWithAllLines()
 
 void BridgeTest::theReceiverIsRecordedBeforeAnyClientIsDropped()
 {
-    const QString file = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QString file = listFile();
     const QString noneRemains =
         QStringLiteral("WSJT bridge client disconnected; 0 client(s) remain.");
     client->socket.close();

@@ -1,6 +1,7 @@
 // Starting and stopping the bridge, and its port.
 
 #include "bridgeclient.h"
+#include "bridgelines.h"
 #include "decode/ft8decode.h"
 #include "displaystation.h"
 #include "tests/fixture/logtrace.h"
@@ -15,11 +16,6 @@ namespace outpost
 
 namespace
 {
-
-QString listeningOn(int port)
-{
-    return QStringLiteral("Local WSJT bridge listening on 127.0.0.1:%1.").arg(port);
-}
 
 QString alreadyListeningOn(int port)
 {
@@ -127,7 +123,7 @@ void BridgeStartTest::aPortOutOfRangeBecomesTheDefault_data()
 void BridgeStartTest::aPortOutOfRangeBecomesTheDefault()
 {
     QFETCH(int, port);
-    const QString file = testHome().dataFile(QStringLiteral("default-profile.json"));
+    const QString file = profileFile();
     testHome().writeProfile(station->profile(port));
     const QByteArray before = fileBytes(file);
     trace->clear();
@@ -137,7 +133,7 @@ void BridgeStartTest::aPortOutOfRangeBecomesTheDefault()
     QVERIFY(failed || trace->count(listeningOn(27777)) == 1);
     QCOMPARE(fileBytes(file), before);
     choose(window, {QStringLiteral("File"), QStringLiteral("Save Profile")});
-    const QJsonObject saved = QJsonDocument::fromJson(fileBytes(file)).object();
+    const QJsonObject saved = jsonFile(file);
     QCOMPARE(saved.value(QStringLiteral("BridgePort")).toInt(), 27777);
 }
 
@@ -262,10 +258,7 @@ void BridgeStartTest::aNewProfileChangesTheShownPortOnly()
     QVERIFY(client.waitForGreeting());
     const int newPort = freePort();
     testHome().writeProfile(station->profile(newPort));
-    QVERIFY((*station)
-                ->profileStore()
-                .loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")))
-                .profile);
+    QVERIFY((*station)->profileStore().loadProfile(profileFile()).profile);
     QVERIFY(bridgeStatus().startsWith(
         QStringLiteral("Bridge: Listening on 127.0.0.1:%1 — 1 client(s)\n").arg(newPort)));
     const BridgeClient onTheOldPort(station->bridgePort);
@@ -283,10 +276,7 @@ void BridgeStartTest::aNewProfileChangesTheShownPortOnly()
 void BridgeStartTest::whileListeningAPortOutOfRangeIsNotCorrected()
 {
     testHome().writeProfile(station->profile(70000));
-    QVERIFY((*station)
-                ->profileStore()
-                .loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")))
-                .profile);
+    QVERIFY((*station)->profileStore().loadProfile(profileFile()).profile);
     trace->clear();
     chooseBridge("Start Local WSJT Bridge");
     QCOMPARE(bridgeTrace(), alreadyListeningOn(70000));

@@ -24,7 +24,7 @@ const QString longMessage = QStringLiteral("CQ K1ABC FN42 ").repeated(5);
 
 QJsonArray goodReceivers()
 {
-    const QString path = testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
+    const QString path = listFile();
     return QJsonDocument::fromJson(fileBytes(path)).array();
 }
 

@@ -224,10 +224,7 @@ void StationDisplaySizeTest::theWindowIsAsWideAsALongReceiverName()
     QJsonObject profile = station->profile(station->bridgePort);
     profile.insert(QStringLiteral("Host"), QString(200, QLatin1Char('h')));
     testHome().writeProfile(profile);
-    QVERIFY((*station)
-                ->profileStore()
-                .loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")))
-                .profile);
+    QVERIFY((*station)->profileStore().loadProfile(profileFile()).profile);
     (*station)->startStatusSession();
     (*station)->refreshStationDisplay();
     const int labelWidth = dialog->findChild<QLabel *>()->sizeHint().width();

@@ -93,10 +93,7 @@ void StatusBarTest::theReceiverIsConnectedWhileItsSoundArrives()
     profile.insert(QStringLiteral("Host"), QStringLiteral("127.0.0.1"));
     profile.insert(QStringLiteral("Port"), receiver.port());
     testHome().writeProfile(profile);
-    QVERIFY((*station)
-                ->profileStore()
-                .loadProfile(testHome().dataFile(QStringLiteral("default-profile.json")))
-                .profile);
+    QVERIFY((*station)->profileStore().loadProfile(profileFile()).profile);
     (*station)->connectKiwi();
     QCOMPARE(summary(), nothingConnected);
     QTRY_COMPARE_WITH_TIMEOUT(

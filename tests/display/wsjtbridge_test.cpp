@@ -1,6 +1,7 @@
 // The bridge alone: what it asks and tells its owner, and what it keeps to itself.
 
 #include "bridgeclient.h"
+#include "bridgelines.h"
 #include "jt9lines.h"
 #include "lonebridge.h"
 #include "tests/fixture/logtrace.h"
@@ -15,11 +16,6 @@ namespace
 {
 
 const QString stopped = QStringLiteral("Local WSJT bridge stopped.");
-
-QString listeningOn(int port)
-{
-    return QStringLiteral("Local WSJT bridge listening on 127.0.0.1:%1.").arg(port);
-}
 
 } // namespace
 

@@ -43,15 +43,6 @@ QByteArray soundOf(int milliseconds)
     return adpcmFrame(QByteArray(milliseconds * 6, '\0'));
 }
 
-QStringList shownPeriods(const TestStation &station)
-{
-    QStringList labels;
-    for (const QStringList &row : allRows(*decodeTableOf(*station.window))) {
-        labels.append(row.first());
-    }
-    return labels;
-}
-
 bool hasHeard(const TestStation &station, int frames)
 {
     const QString status = QStringLiteral("Connected — 14.074000 MHz\nEndpoint: /kiwi/0/SND\n"
@@ -67,8 +58,7 @@ int keepalives(const PuppetReceiver &receiver)
 
 QJsonObject onlyEntry(const char *list)
 {
-    const QJsonObject log =
-        jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")));
+    const QJsonObject log = jsonFile(logFile());
     const QJsonArray entries = log.value(QLatin1String(list)).toArray();
     return entries.size() == 1 ? entries.first().toObject() : QJsonObject();
 }
@@ -102,7 +92,7 @@ void ClockStepsTest::initTestCase()
     PuppetReceiver receiver;
     TestStation station(decoder);
     station.hearPeriod(receiver);
-    QTRY_COMPARE(shownPeriods(station).size(), 1);
+    QTRY_COMPARE(station.shownPeriods().size(), 1);
 }
 
 void ClockStepsTest::onceBegunPeriodsGoByTheSamples_data()
@@ -135,10 +125,10 @@ void ClockStepsTest::onceBegunPeriodsGoByTheSamples()
     station->clock.set(steppedMs + 5000);
     receiver.sendBinary(soundOf(6000));
     QTRY_COMPARE(keepalives(receiver), 5);
-    QTRY_COMPARE(shownPeriods(*station), QStringList(QStringLiteral("14:23:15")));
+    QTRY_COMPARE(station->shownPeriods(), QStringList(QStringLiteral("14:23:15")));
     receiver.sendBinary(soundOf(15000));
-    QTRY_COMPARE(shownPeriods(*station).size(), 2);
-    QCOMPARE(shownPeriods(*station).last(), QStringLiteral("14:23:30"));
+    QTRY_COMPARE(station->shownPeriods().size(), 2);
+    QCOMPARE(station->shownPeriods().last(), QStringLiteral("14:23:30"));
     QCOMPARE(keepalives(receiver), 5);
 
     endSession(*station);
@@ -186,10 +176,10 @@ void ClockStepsTest::beforeThatTheFirstOneIsWaitedFor()
     QVERIFY(hasHeard(*station, stepMs < 0 ? 6 : 3));
     QCOMPARE(station->window->windowTitle(), untouchedTitle);
     receiver.sendBinary(soundOf(1));
-    QTRY_COMPARE(shownPeriods(*station), QStringList(QStringLiteral("14:23:15")));
+    QTRY_COMPARE(station->shownPeriods(), QStringList(QStringLiteral("14:23:15")));
     receiver.sendBinary(soundOf(15000));
-    QTRY_COMPARE(shownPeriods(*station).size(), 2);
-    QCOMPARE(shownPeriods(*station).last(), QStringLiteral("14:23:30"));
+    QTRY_COMPARE(station->shownPeriods().size(), 2);
+    QCOMPARE(station->shownPeriods().last(), QStringLiteral("14:23:30"));
     station.reset();
     QTRY_COMPARE(receiver.liveLinks(), 0);
     judge(aftermath);

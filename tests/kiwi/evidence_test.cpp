@@ -1,6 +1,7 @@
 // The file of the live report: its place, when it is rewritten, and what the log says.
 
 #include "tests/fixture/teststation.h"
+#include "tests/kiwi/evidencename.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -39,13 +40,6 @@ QTextStream &watchedStream(QTextStream *stream, const QString &text)
 namespace
 {
 const QByteArray sound = adpcmFrame(QByteArray(1024, '\0'));
-
-QString fileName(qint64 startMs)
-{
-    return QStringLiteral("/PELQ_KIWI_STAGE17C_LIVE_SND_EVIDENCE_%1.txt")
-        .arg(QLocale::c().toString(QDateTime::fromMSecsSinceEpoch(startMs),
-                                   QStringLiteral("yyyyMMdd_HHmmss")));
-}
 
 void sendSound(TestStation &station, const PuppetReceiver &receiver, int upTo)
 {
@@ -95,7 +89,8 @@ void EvidenceTest::theFileIsThereAndEmpty()
 {
     const PuppetReceiver receiver;
     TestStation station;
-    const QString path = testHome().path(QStringLiteral("stage")) + fileName(station.clock.now());
+    const QString path =
+        testHome().path(QStringLiteral("stage")) + evidenceName(station.clock.now());
     openLink(station, receiver);
     sendSound(station, receiver, 1);
     QVERIFY(station.trace.contains(QStringLiteral("Live SND evidence updated: ") + path));
@@ -118,7 +113,7 @@ void EvidenceTest::theReportTellsOfTheStreamAndTheProgramFile()
     sendSound(station, receiver, 20);
     QCOMPARE(streamedTexts.size(), 2);
     QCOMPARE(streamedTexts.last().path,
-             testHome().path(QStringLiteral("stage")) + fileName(startMs));
+             testHome().path(QStringLiteral("stage")) + evidenceName(startMs));
     const QString program = QCoreApplication::applicationFilePath();
     const QByteArray sha256 =
         QCryptographicHash::hash(fileBytes(program), QCryptographicHash::Sha256).toHex().toUpper();
@@ -141,7 +136,8 @@ void EvidenceTest::rewrittenAtTheFirstSoundAndEvery20th()
 {
     const PuppetReceiver receiver;
     TestStation station;
-    const QString path = testHome().path(QStringLiteral("stage")) + fileName(station.clock.now());
+    const QString path =
+        testHome().path(QStringLiteral("stage")) + evidenceName(station.clock.now());
     const QString line = QStringLiteral("Live SND evidence updated: ") + path;
     openLink(station, receiver);
     receiver.sendBinary("MSG"); // other frames do not count
@@ -182,7 +178,7 @@ void EvidenceTest::oneFileForEachConnection()
     sendSound(station, receiver, 1);
     const QDir folder(testHome().path(QStringLiteral("stage")));
     QCOMPARE(folder.entryList(QDir::Files, QDir::Name),
-             QStringList({fileName(firstMs).mid(1), fileName(firstMs + 7000).mid(1)}));
+             QStringList({evidenceName(firstMs).mid(1), evidenceName(firstMs + 7000).mid(1)}));
 }
 
 void EvidenceTest::theFolderIsReadWhenTheOperatorConnects()
@@ -195,7 +191,7 @@ void EvidenceTest::theFolderIsReadWhenTheOperatorConnects()
     qputenv("PELQ_KIWI_STAGE_CAPTURE_DIR", "/nowhere");
     sendSound(station, receiver, 20);
     QCOMPARE(station.trace.count(QStringLiteral("Live SND evidence updated: ") + other.path() +
-                                 fileName(station.clock.now())),
+                                 evidenceName(station.clock.now())),
              2);
 }
 

@@ -1,6 +1,7 @@
 // Reports that the file system refuses, on mounts private to this process.
 
 #include "tests/fixture/teststation.h"
+#include "tests/kiwi/evidencename.h"
 #include "tests/store/privatemounts.h"
 
 #include <QtTest>
@@ -45,12 +46,6 @@ private:
     bool mounted = false;
 };
 
-QString fileName(qint64 startMs)
-{
-    return QStringLiteral("/PELQ_KIWI_STAGE17C_LIVE_SND_EVIDENCE_%1.txt")
-        .arg(QLocale::c().toString(QDateTime::fromMSecsSinceEpoch(startMs),
-                                   QStringLiteral("yyyyMMdd_HHmmss")));
-}
 } // namespace
 
 class EvidenceFailuresTest : public QObject
@@ -99,7 +94,8 @@ void EvidenceFailuresTest::aReportThatCannotBeCommittedIsLogged()
 {
     const PuppetReceiver receiver;
     TestStation station;
-    const QString path = testHome().path(QStringLiteral("stage")) + fileName(station.clock.now());
+    const QString path =
+        testHome().path(QStringLiteral("stage")) + evidenceName(station.clock.now());
     const MountedFile file(path);
     QVERIFY(file.isMounted());
     station.connectTo(receiver.port());

@@ -277,8 +277,7 @@ void HostilePeersTest::connectingAgainAndAgainLeavesNothingBehind()
         }
     });
     QVERIFY(isAsAtItsStart(*station, started));
-    const QJsonObject log =
-        jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")));
+    const QJsonObject log = jsonFile(logFile());
     QCOMPARE(log.value(QStringLiteral("Sessions")).toArray().size(), times);
     station.reset();
     judge(aftermath);

@@ -268,10 +268,7 @@ void SessionTest::connectingAgainEndsTheOldSession()
     station.hear(receiver);
     station.clock.set(station.clock.now() + 61000);
     station.connectTo(receiver.port());
-    const QJsonArray sessions =
-        jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")))
-            .value(QLatin1String("Sessions"))
-            .toArray();
+    const QJsonArray sessions = jsonFile(logFile()).value(QLatin1String("Sessions")).toArray();
     QCOMPARE(sessions.size(), 1);
     QCOMPARE(sessions.at(0).toObject().value(QLatin1String("DurationSeconds")).toInt(), 61);
 }
@@ -346,7 +343,7 @@ void SessionTest::disconnectsWhileOpen()
              inLines(openingLines(receiver.port(), QStringLiteral("14.074000")) +
                      QStringList{QStringLiteral("Kiwi receiver disconnected.")}));
     QCOMPARE(receiver.paths(), QStringList{first});
-    QVERIFY(!QFile::exists(testHome().dataFile(QStringLiteral("receiver-status-log.json"))));
+    QVERIFY(!QFile::exists(logFile()));
 }
 
 void SessionTest::disconnectsWhileConnected()
@@ -364,7 +361,7 @@ void SessionTest::disconnectsWhileConnected()
     QTRY_COMPARE(station.window->findChildren<QWebSocket *>().size(), 0);
     QVERIFY2(!receiver.gotCloseFrame(), "the link was closed, not aborted");
     QCOMPARE(receiver.paths().size(), 1);
-    QVERIFY(QFile::exists(testHome().dataFile(QStringLiteral("receiver-status-log.json"))));
+    QVERIFY(QFile::exists(logFile()));
     inReceiverDialog(*station.window, [](ReceiverHands hands) {
         QCOMPARE(hands.status(), QStringLiteral("Disconnected"));
     });
@@ -495,8 +492,7 @@ void SessionTest::anEndedStreamIsNotConnectedAgain()
     inReceiverDialog(*station.window, [](ReceiverHands hands) {
         QCOMPARE(hands.status(), QStringLiteral("Disconnected"));
     });
-    const QJsonObject log =
-        jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")));
+    const QJsonObject log = jsonFile(logFile());
     const QJsonObject session = log.value(QLatin1String("Sessions")).toArray().at(0).toObject();
     QCOMPARE(session.value(QLatin1String("Port")).toInt(), receiver.port());
     QCOMPARE(session.value(QLatin1String("DurationSeconds")).toInt(), 3);
@@ -593,13 +589,11 @@ void SessionTest::periodsOfAnEndedStreamStillArriveButCountForNoSession()
     QCOMPARE(rowTexts(*decodeTableOf(*station.window), 0).first(), QStringLiteral("14:23:15"));
     QTRY_VERIFY(client.canReadLine());
     QVERIFY(client.readLine().startsWith("PELQOUTPOST2|"));
-    const QByteArray good =
-        fileBytes(testHome().dataFile(QStringLiteral("good-kiwi-receivers.json")));
+    const QByteArray good = fileBytes(listFile());
     QVERIFY2(good.contains("127.0.0.1"), good.constData());
     QCOMPARE(summaryLine(*station.window),
              QStringLiteral("Kiwi Disconnected | Bridge Connected | TDecodes 0"));
-    const QJsonObject log =
-        jsonFile(testHome().dataFile(QStringLiteral("receiver-status-log.json")));
+    const QJsonObject log = jsonFile(logFile());
     const QJsonArray sessions = log.value(QLatin1String("Sessions")).toArray();
     QCOMPARE(sessions.size(), 1);
     QCOMPARE(sessions.at(0).toObject().value(QLatin1String("Decodes")).toInt(), 0);

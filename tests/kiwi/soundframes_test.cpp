@@ -358,7 +358,7 @@ void SoundFramesTest::theSessionOpensWithTheFirstSound()
 {
     const PuppetReceiver receiver;
     TestStation station;
-    const QString log = testHome().dataFile(QStringLiteral("receiver-status-log.json"));
+    const QString log = logFile();
     openLink(station, receiver);
     receiver.sendBinary("MSG audio_init=0");
     QTRY_VERIFY(!station.trace.lines().isEmpty());

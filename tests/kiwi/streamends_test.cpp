@@ -70,7 +70,7 @@ void StreamEndsTest::aStreamThatEndsIsReportedOnce()
     QTRY_COMPARE(sim.liveClients(), 0);
     QCOMPARE(station.trace.count(QStringLiteral("Verified Kiwi SND stream ended.")), 1);
     QCOMPARE(station.trace.lines().filter(QStringLiteral("probe trying")).size(), 1);
-    QVERIFY(QFile::exists(testHome().dataFile(QStringLiteral("receiver-status-log.json"))));
+    QVERIFY(QFile::exists(logFile()));
 }
 
 void StreamEndsTest::aStreamThatStallsStaysConnected_data()

@@ -34,9 +34,7 @@ protected:
 
     void start(const char *behaviour)
     {
-        QString error;
-        QVERIFY2(m_config.endpoints.apply(text("0=") + text(behaviour), &error), qPrintable(error));
-        QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
+        startSim(*m_receiver, {text("0=") + text(behaviour)}, m_config);
         m_client->open(m_receiver->port());
     }
 

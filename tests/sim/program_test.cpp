@@ -1,4 +1,5 @@
 #include "sim/behaviour.h"
+#include "tests/fixture/text.h"
 
 #include <QFile>
 #include <QProcess>
@@ -17,8 +18,6 @@ class ProgramTest : public QObject
 
 private:
     QTemporaryDir m_folder;
-
-    static QString text(const char *latin1) { return QString::fromLatin1(latin1); }
 
     static void run(QProcess *program, const QStringList &arguments)
     {

@@ -53,18 +53,11 @@ private:
         client.jumpToBoundary();
     }
 
-    static void listen(KiwiSim *receiver, const SimConfig &config)
-    {
-        QString error;
-        QVERIFY2(receiver->listen(config, &error), qPrintable(error));
-        QVERIFY(receiver->port() != 0);
-    }
-
 private slots:
     void greetsInTheReceiversOrder()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimClient client(&m_clock);
         client.open(receiver.port());
         QTRY_VERIFY(!client.sounds.isEmpty());
@@ -96,7 +89,7 @@ private slots:
     void saysNothingBeforeTheFirstMessage()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimClient client(&m_clock);
         client.commands.clear();
         client.open(receiver.port());
@@ -112,7 +105,7 @@ private slots:
     void firstSoundComesAfterAThirdOfASecond()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimClient client(&m_clock);
         m_clock.jumpTo((m_clock.nowMs() / 15000 + 1) * 15000);
         const qint64 startMs = m_clock.nowMs();
@@ -144,7 +137,7 @@ private slots:
     {
         QFETCH(QString, path);
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimClient client(&m_clock);
         QSignalSpy opened(&client.socket, &QWebSocket::connected);
         QSignalSpy refused(&client.socket,
@@ -157,7 +150,7 @@ private slots:
     void plainRequestIsToldToUpgrade()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         QTcpSocket socket;
         socket.connectToHost(text("127.0.0.1"), receiver.port());
         QTRY_COMPARE(socket.state(), QAbstractSocket::ConnectedState);
@@ -173,7 +166,7 @@ private slots:
         SimConfig settings = config();
         settings.raw = true;
         settings.audio = {ramp(0), ramp(1)};
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         SimClient client(&m_clock);
         client.open(receiver.port());
         jumpToBoundary(client);
@@ -196,7 +189,7 @@ private slots:
         settings.logFile = folder.filePath(text("log"));
         QVector<SentPeriod> sent;
         settings.onPeriod = [&sent](const SentPeriod &period) { sent.append(period); };
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         SimClient client(&m_clock);
         client.open(receiver.port());
         jumpToBoundary(client);
@@ -238,7 +231,7 @@ private slots:
         SimConfig settings = config();
         settings.raw = true;
         settings.audio = {ramp(0)};
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         m_clock.jumpTo((m_clock.nowMs() / 15000 + 1) * 15000 + arrivalMs);
         SimClient client(&m_clock);
         client.open(receiver.port());
@@ -253,7 +246,7 @@ private slots:
         SimConfig settings = config();
         settings.raw = true;
         settings.audio = {ramp(0)};
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         SimClient client(&m_clock);
         client.open(receiver.port());
         QTRY_VERIFY(client.boundaryMs != 0);
@@ -269,7 +262,7 @@ private slots:
         settings.raw = true;
         settings.audio = {ramp(0)};
         settings.leadPeriods = 1;
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         SimClient client(&m_clock);
         client.open(receiver.port());
         jumpToBoundary(client);
@@ -283,7 +276,7 @@ private slots:
         KiwiSim receiver;
         SimConfig settings = config();
         settings.realTimePeriods = 1;
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         SimClient client(&m_clock);
         client.open(receiver.port());
         jumpToBoundary(client);
@@ -300,7 +293,7 @@ private slots:
     void sameNumberIsRefusedSilentlyWhileLive()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         auto first = std::make_unique<SimClient>(&m_clock);
         first->open(receiver.port());
         QTRY_VERIFY(!first->sounds.isEmpty());
@@ -321,7 +314,7 @@ private slots:
     void ninthListenerIsTooMany()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         std::vector<std::unique_ptr<SimClient>> clients;
         for (int i = 0; i < 8; ++i) {
             clients.push_back(std::make_unique<SimClient>(&m_clock));
@@ -339,7 +332,7 @@ private slots:
         KiwiSim receiver;
         SimConfig settings = config();
         settings.speed = 1;
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         SimClient client(&m_clock);
         client.open(receiver.port());
         jumpToBoundary(client);
@@ -364,7 +357,7 @@ private slots:
     void tooManyEarlyKeepalivesClose()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimClient client(&m_clock);
         client.commands = QStringList{text("SET auth t=kiwi p=")};
         for (int i = 0; i < 4; ++i) {
@@ -381,7 +374,7 @@ private slots:
     void answersPings()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimClient client(&m_clock);
         client.open(receiver.port());
         QTRY_COMPARE(client.socket.state(), QAbstractSocket::ConnectedState);
@@ -394,7 +387,7 @@ private slots:
     void everythingGoesAwayWithTheClient()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimClient client(&m_clock);
         client.open(receiver.port());
         QTRY_VERIFY(!client.sounds.isEmpty());
@@ -408,14 +401,14 @@ private slots:
     void closingTheReceiverDropsItsClients()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimClient client(&m_clock);
         client.open(receiver.port());
         QTRY_VERIFY(!client.messages.isEmpty());
         receiver.close();
         QCOMPARE(receiver.liveClients(), 0);
         QTRY_COMPARE(client.closes, 1);
-        listen(&receiver, config()); // and can start again
+        startSim(receiver, {}, config()); // and can start again
     }
 
     void aClientThatDoesNotReadGetsABoundedQueue()
@@ -423,7 +416,7 @@ private slots:
         KiwiSim receiver;
         SimConfig settings = config();
         settings.raw = true; // 4 times the bytes
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         QTcpSocket client;
         client.setReadBufferSize(1);
         client.connectToHost(text("127.0.0.1"), receiver.port());
@@ -446,7 +439,7 @@ private slots:
     void aClientThatDoesNotReadItsAnswersIsDropped()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         QTcpSocket client;
         client.setReadBufferSize(1);
         client.connectToHost(text("127.0.0.1"), receiver.port());
@@ -503,7 +496,7 @@ private slots:
     void takenPortIsAnError()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         SimConfig settings = config();
         settings.port = receiver.port();
         KiwiSim second;

@@ -173,12 +173,6 @@ private:
 
     static QStringList sound() { return {text("SET AR OK in=12000 out=44100")}; }
 
-    static void listen(KiwiSim *receiver, const SimConfig &config)
-    {
-        QString error;
-        QVERIFY2(receiver->listen(config, &error), qPrintable(error));
-    }
-
 private slots:
     void recordsWithoutAComplaint_data()
     {
@@ -202,7 +196,7 @@ private slots:
         QFETCH(QStringList, start);
         QFETCH(int, frameSamples);
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         Recorder recorder(tuning, start);
         recorder.open(receiver.port());
         QTRY_VERIFY(!recorder.sequences.isEmpty());
@@ -224,7 +218,7 @@ private slots:
     void readsWhereTheReceiverStands()
     {
         KiwiSim receiver;
-        listen(&receiver, config());
+        startSim(receiver, {}, config());
         Recorder recorder(tune(), sound());
         recorder.open(receiver.port());
         QTRY_VERIFY(!recorder.sequences.isEmpty());
@@ -274,7 +268,7 @@ private slots:
         SimConfig settings = config();
         settings.realTimePeriods = 0;
         settings.speed = 1000;
-        listen(&receiver, settings);
+        startSim(receiver, {}, settings);
         SimClient client(&m_clock);
         client.open(receiver.port());
         QTRY_VERIFY(client.boundaryMs != 0);

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "ramp.h"
 #include "sim/imaadpcmencoder.h"
-#include "sim/kiwisim.h"
-#include "sim/simwav.h"
 #include "sim/soundplan.h"
+#include "tests/fixture/simulator.h"
+#include "tests/fixture/text.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -13,21 +14,6 @@
 
 namespace outpost
 {
-
-inline QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
-// Samples that differ from period to period.
-inline sim::Samples ramp(int period)
-{
-    sim::Samples samples(sim::kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i) {
-        samples[i] = qint16(5000 + 1000 * period + i % 997);
-    }
-    return samples;
-}
 
 // UTC for tests: it can be moved forward and runs at the real rate.
 class TestClock

@@ -1,4 +1,5 @@
 #include "sim/simwav.h"
+#include "tests/fixture/files.h"
 
 #include <QDir>
 #include <QFile>
@@ -28,16 +29,7 @@ private:
     {
         QString error;
         writePeriodWav(path(), Samples(kPeriodSamples, 1), &error);
-        QFile file(path());
-        file.open(QIODevice::ReadOnly);
-        return file.readAll();
-    }
-
-    void put(const QByteArray &bytes) const
-    {
-        QFile file(path());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), qint64(bytes.size()));
+        return fileBytes(path());
     }
 
 private slots:
@@ -59,7 +51,7 @@ private slots:
     {
         QByteArray bytes = goodBytes();
         bytes.insert(12, QByteArray("LIST\3\0\0\0abc\0", 12)); // padded to an even size
-        put(bytes);
+        putFile(path(), bytes);
         Samples read;
         QString error;
         QVERIFY2(readPeriodWav(path(), &read, &error), qPrintable(error));
@@ -97,7 +89,7 @@ private slots:
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, reason);
-        put(bytes);
+        putFile(path(), bytes);
         Samples read{1, 2, 3};
         QString error;
         QVERIFY(!readPeriodWav(path(), &read, &error));

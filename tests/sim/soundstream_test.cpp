@@ -1,4 +1,4 @@
-#include "sim/simwav.h"
+#include "ramp.h"
 #include "sim/soundstream.h"
 
 #include <QtEndian>
@@ -13,16 +13,6 @@ namespace
 {
 
 constexpr qint64 kBoundaryMs = 1700006400000; // a multiple of 15000
-
-// Neighbouring samples differ, and so do the periods.
-Samples ramp(int period)
-{
-    Samples samples(kPeriodSamples);
-    for (int i = 0; i < samples.size(); ++i) {
-        samples[i] = qint16(10000 + 1000 * period + i % 997);
-    }
-    return samples;
-}
 
 StreamFormat rawFormat()
 {

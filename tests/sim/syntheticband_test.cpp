@@ -1,6 +1,7 @@
 #include "sim/simwav.h"
 #include "sim/soundstream.h"
 #include "sim/syntheticband.h"
+#include "tests/fixture/text.h"
 
 #include <QDir>
 #include <QProcess>
@@ -16,11 +17,6 @@ using namespace sim;
 
 namespace
 {
-
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
 
 // The period after the codec.
 Samples throughTheCodec(const Samples &samples)

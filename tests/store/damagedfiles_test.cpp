@@ -13,6 +13,7 @@
 #endif
 
 #include "app/mainwindow.h"
+#include "tests/store/storedlists.h"
 
 #include <QComboBox>
 #include <QDialog>
@@ -51,34 +52,9 @@ private:
 
 namespace
 {
-QString profileFile()
-{
-    return testHome().dataFile(QStringLiteral("default-profile.json"));
-}
-
-QString listFile()
-{
-    return testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
-}
-
-QString logFile()
-{
-    return testHome().dataFile(QStringLiteral("receiver-status-log.json"));
-}
-
-QString frequencyFile()
-{
-    return testHome().dataFile(QStringLiteral("kiwi-frequency.txt"));
-}
-
 bool isJson(const QByteArray &bytes)
 {
     return !QJsonDocument::fromJson(bytes).isNull();
-}
-
-QJsonArray savedList()
-{
-    return QJsonDocument::fromJson(fileBytes(listFile())).array();
 }
 
 // What the receiver dialog shows in its fields after it is opened.

@@ -12,6 +12,7 @@
 #include "tests/fixture/receiverform.h"
 #include "tests/fixture/scripteddecoder.h"
 #include "tests/fixture/testoptions.h"
+#include "tests/store/storedlists.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -33,31 +34,6 @@ namespace
 {
 
 constexpr qint64 madeUpMs = 1769882655250; // 2026-01-31T18:04:15.250Z
-
-QString listFile()
-{
-    return testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
-}
-
-QJsonArray savedList()
-{
-    return QJsonDocument::fromJson(fileBytes(listFile())).array();
-}
-
-void saveList(const QJsonArray &list)
-{
-    putFile(listFile(), QJsonDocument(list).toJson());
-}
-
-QStringList removedOnDisk()
-{
-    return settingOnDisk(QStringLiteral("receivers/removedKeys"));
-}
-
-void removeBefore(const QStringList &keys)
-{
-    saveSetting(removedKeysSetting(), keys);
-}
 
 QJsonObject entry(const QString &host, int port)
 {
@@ -250,7 +226,7 @@ void GoodReceiverListTest::aBatchOfAWorkerRecords()
 
 void GoodReceiverListTest::theFrequencyInUseIsRecorded()
 {
-    putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.0740005");
+    putFile(frequencyFile(), "7.0740005");
     MainWindow().recordGoodReceiver(3);
     QCOMPARE(savedList().at(0).toObject().value(QLatin1String("FrequencyMhz")).toDouble(),
              7.0740005);
@@ -286,7 +262,7 @@ void GoodReceiverListTest::laterDecodesLeaveTheFileAsItIs()
     // Formatted differently from the program's output, so that a rewrite would show.
     const QByteArray first = fileBytes(listFile()).replace("    ", "\t");
     putFile(listFile(), first);
-    putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.074");
+    putFile(frequencyFile(), "7.074");
     window.profileStore().loadFrequencyFile();
     const LogTrace trace;
     window.onDecodesDelivered(QStringLiteral("18:04:15"), parseDecodeLines(decodeLines(9)));

@@ -3,6 +3,7 @@
 #include "base/datapaths.h"
 #include "base/lockfile.h"
 #include "store/goodreceiverstore.h"
+#include "tests/fixture/files.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -162,11 +163,7 @@ private:
         QCOMPARE(file.write(list), list.size());
     }
 
-    QByteArray listFile() const
-    {
-        QFile file(listPath());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray listFile() const { return fileBytes(listPath()); }
 
     static QStringList listed(const GoodReceiverStore &store)
     {

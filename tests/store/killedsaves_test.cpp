@@ -5,6 +5,7 @@
 #include "store/goodreceivers.h"
 #include "store/profile.h"
 #include "store/statuslog.h"
+#include "tests/fixture/files.h"
 #include "tests/fixture/memoryhome.h"
 
 #include <QDir>
@@ -77,12 +78,6 @@ qint64 microsecondsOf(const std::function<void()> &save)
     return timer.nsecsElapsed() / 1000;
 }
 
-QByteArray bytesOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QByteArray profileAt(int port)
 {
     Profile profile;
@@ -134,7 +129,7 @@ void KilledSavesTest::aFileIsTheOldOneOrTheNewOne()
     for (int i = 0; i < kills(); ++i) {
         killWhile([&](int save) { saveAtomically(path, save % 2 == 0 ? newContent : oldContent); },
                   duration);
-        const QByteArray found = bytesOf(path);
+        const QByteArray found = fileBytes(path);
         QVERIFY2(found == oldContent || found == newContent, found.left(100).constData());
         newOnes += found == newContent ? 1 : 0;
     }

@@ -33,21 +33,6 @@ QStringList entry(const char *name)
     return {QStringLiteral("File"), QString::fromLatin1(name)};
 }
 
-QString defaultProfile()
-{
-    return testHome().dataFile(QStringLiteral("default-profile.json"));
-}
-
-QString frequencyFile()
-{
-    return testHome().dataFile(QStringLiteral("kiwi-frequency.txt"));
-}
-
-QJsonObject jsonObject(const QString &path)
-{
-    return QJsonDocument::fromJson(fileBytes(path)).object();
-}
-
 bool takesClients(int port)
 {
     QTcpSocket socket;
@@ -193,29 +178,29 @@ void ProfileFilesTest::aFirstStartWritesTheDefaults()
 {
     testHome().clear();
     const MainWindow window;
-    QCOMPARE(fileBytes(defaultProfile()), QByteArray("{\n"
-                                                     "    \"BridgePort\": 27777,\n"
-                                                     "    \"Host\": \"") +
-                                              Profile::defaultKiwiHost(Profile().serial).toUtf8() +
-                                              "\",\n"
-                                              "    \"Jt9Path\": \"\",\n"
-                                              "    \"Port\": 8073,\n"
-                                              "    \"Serial\": \"22727\",\n"
-                                              "    \"UseProxy\": true\n"
-                                              "}\n");
+    QCOMPARE(fileBytes(profileFile()), QByteArray("{\n"
+                                                  "    \"BridgePort\": 27777,\n"
+                                                  "    \"Host\": \"") +
+                                           Profile::defaultKiwiHost(Profile().serial).toUtf8() +
+                                           "\",\n"
+                                           "    \"Jt9Path\": \"\",\n"
+                                           "    \"Port\": 8073,\n"
+                                           "    \"Serial\": \"22727\",\n"
+                                           "    \"UseProxy\": true\n"
+                                           "}\n");
     QVERIFY(!QFile::exists(frequencyFile()));
 }
 
 void ProfileFilesTest::aStartLoadsTheDefaultProfile()
 {
-    const QByteArray before = fileBytes(defaultProfile());
+    const QByteArray before = fileBytes(profileFile());
     const LogTrace trace;
     const MainWindow window;
     QVERIFY(trace.contains(QStringLiteral("listening on 127.0.0.1:%1.").arg(bridgePort)));
     QCOMPARE(shownReceiver(window),
              QStringList({QStringLiteral("first.example"), QStringLiteral("8081"),
                           QStringLiteral("14.074000")}));
-    QCOMPARE(fileBytes(defaultProfile()), before);
+    QCOMPARE(fileBytes(profileFile()), before);
 }
 
 void ProfileFilesTest::aBrokenDefaultProfileIsIgnoredSilently_data()
@@ -230,26 +215,26 @@ void ProfileFilesTest::aBrokenDefaultProfileIsIgnoredSilently_data()
 void ProfileFilesTest::aBrokenDefaultProfileIsIgnoredSilently()
 {
     QFETCH(QByteArray, content);
-    putFile(defaultProfile(), content);
+    putFile(profileFile(), content);
     const LogTrace trace;
     const auto window = startWithoutBox();
     QCOMPARE(trace.lines().size(), 1); // the bridge's own
-    QCOMPARE(fileBytes(defaultProfile()), content);
+    QCOMPARE(fileBytes(profileFile()), content);
     QCOMPARE(shownReceiver(*window), QStringList({Profile().kiwiHost, QStringLiteral("8073"),
                                                   QStringLiteral("14.074000")}));
 }
 
 void ProfileFilesTest::aDefaultProfileThatCannotBeReadIsIgnoredSilently()
 {
-    QVERIFY(QFile::remove(defaultProfile()));
-    QVERIFY(QDir().mkpath(defaultProfile()));
+    QVERIFY(QFile::remove(profileFile()));
+    QVERIFY(QDir().mkpath(profileFile()));
     const auto window = startWithoutBox();
     QCOMPARE(shownReceiver(*window).first(), Profile().kiwiHost);
 }
 
 void ProfileFilesTest::aStartThatCannotSaveIsSilent()
 {
-    const QDir folder = QFileInfo(defaultProfile()).dir();
+    const QDir folder = QFileInfo(profileFile()).dir();
     QVERIFY(QDir(folder).removeRecursively());
     putFile(folder.path(), "in the folder's place");
     const auto window = startWithoutBox();
@@ -290,7 +275,7 @@ void ProfileFilesTest::openAsksForAFile()
     const SeenFileDialog dialog =
         chooseFile(QString(), [&] { choose(window, entry("Open Profile...")); });
     QCOMPARE(dialog.title, QStringLiteral("Open PELQ Kiwi Outpost Profile"));
-    QCOMPARE(dialog.folder, QFileInfo(defaultProfile()).path());
+    QCOMPARE(dialog.folder, QFileInfo(profileFile()).path());
     QCOMPARE(dialog.filters, QStringList({QStringLiteral("JSON profiles (*.json)"),
                                           QStringLiteral("All files (*)")}));
 }
@@ -310,7 +295,7 @@ void ProfileFilesTest::openLoadsAllSixFields()
              QStringList({QStringLiteral("Second.Example"), QStringLiteral("70000")}));
     QVERIFY(QFile::remove(path));
     choose(window, entry("Save Profile"));
-    QCOMPARE(jsonObject(path), keys);
+    QCOMPARE(jsonFile(path), keys);
 }
 
 void ProfileFilesTest::aProfileWithOnlyAPortChangesOnlyThePort()
@@ -321,7 +306,7 @@ void ProfileFilesTest::aProfileWithOnlyAPortChangesOnlyThePort()
     choose(window, entry("Save Profile"));
     QJsonObject expected = ordinaryProfile();
     expected.insert(QStringLiteral("Port"), 8074);
-    QCOMPARE(jsonObject(path), expected);
+    QCOMPARE(jsonFile(path), expected);
 }
 
 void ProfileFilesTest::aPortInAStringIsNoPort()
@@ -354,7 +339,7 @@ void ProfileFilesTest::openChangesNeitherBridgeNorDecoder()
     const MainWindow window;
     QTRY_COMPARE(qEnvironmentVariable("PELQ_JT9_PATH"), decoder.path());
     const QString summary = summaryLine(window);
-    const QByteArray before = fileBytes(defaultProfile());
+    const QByteArray before = fileBytes(profileFile());
     trace.clear();
 
     chooseFile(path, [&] { choose(window, entry("Open Profile...")); });
@@ -364,7 +349,7 @@ void ProfileFilesTest::openChangesNeitherBridgeNorDecoder()
     QVERIFY(takesClients(bridgePort));
     QVERIFY(!takesClients(otherPort));
     QCOMPARE(summaryLine(window), summary);
-    QCOMPARE(fileBytes(defaultProfile()), before);
+    QCOMPARE(fileBytes(profileFile()), before);
 }
 
 #ifdef OUTPOST_STREAMS
@@ -443,8 +428,8 @@ void ProfileFilesTest::openRefusesWhatIsNoProfile()
 
     QVERIFY(QFile::remove(frequencyFile()));
     choose(window, entry("Save Profile"));
-    QCOMPARE(trace.lines().last(), QStringLiteral("Profile saved: ") + defaultProfile());
-    QCOMPARE(jsonObject(defaultProfile()), ordinaryProfile());
+    QCOMPARE(trace.lines().last(), QStringLiteral("Profile saved: ") + profileFile());
+    QCOMPARE(jsonFile(profileFile()), ordinaryProfile());
     QCOMPARE(fileBytes(frequencyFile()), QByteArray("14.074000"));
     QCOMPARE(fileBytes(path), content);
 }
@@ -490,8 +475,8 @@ void ProfileFilesTest::saveWritesExactlySixKeys()
                                 "    \"Serial\": \"11111\",\n"
                                 "    \"UseProxy\": false\n"
                                 "}\n";
-    QCOMPARE(fileBytes(defaultProfile()), expected);
-    QCOMPARE(trace.lines().last(), QStringLiteral("Profile saved: ") + defaultProfile());
+    QCOMPARE(fileBytes(profileFile()), expected);
+    QCOMPARE(trace.lines().last(), QStringLiteral("Profile saved: ") + profileFile());
 }
 
 void ProfileFilesTest::saveWritesTheFrequency()
@@ -507,7 +492,7 @@ void ProfileFilesTest::saveAsAsksForAFile()
     const SeenFileDialog dialog =
         chooseFile(QString(), [&] { choose(window, entry("Save Profile As...")); });
     QCOMPARE(dialog.title, QStringLiteral("Save PELQ Kiwi Outpost Profile"));
-    QCOMPARE(dialog.folder, QFileInfo(defaultProfile()).path());
+    QCOMPARE(dialog.folder, QFileInfo(profileFile()).path());
     QCOMPARE(dialog.suggestedName, QStringLiteral("kiwi-profile.json"));
     QCOMPARE(dialog.filters, QStringList({QStringLiteral("JSON profiles (*.json)"),
                                           QStringLiteral("All files (*)")}));
@@ -519,7 +504,7 @@ void ProfileFilesTest::saveAsAddsNoExtensionAndMakesTheFolder()
     const MainWindow window;
     const LogTrace trace;
     chooseFile(path, [&] { choose(window, entry("Save Profile As...")); });
-    QCOMPARE(jsonObject(path), ordinaryProfile());
+    QCOMPARE(jsonFile(path), ordinaryProfile());
     QCOMPARE(fileBytes(frequencyFile()), QByteArray("14.074000"));
     QCOMPARE(trace.lines().last(), QStringLiteral("Profile saved as: ") + path);
 
@@ -564,8 +549,8 @@ void ProfileFilesTest::saveTellsThatTheFolderCannotBeMade()
 void ProfileFilesTest::saveTellsWhyTheFileCannotBeOpened()
 {
     const MainWindow window;
-    QVERIFY(QFile::remove(defaultProfile()));
-    QVERIFY(QDir().mkpath(defaultProfile()));
+    QVERIFY(QFile::remove(profileFile()));
+    QVERIFY(QDir().mkpath(profileFile()));
     const LogTrace trace;
     const SeenBox box = answerBox([&] { choose(window, entry("Save Profile")); });
     QCOMPARE(box.title, QStringLiteral("Profile Save Failed"));
@@ -584,7 +569,7 @@ void ProfileFilesTest::aFailedSaveAsKeepsTheProfileInUse()
         [&](QMessageBox *opened) { closePlainBox(opened, &window); });
     const LogTrace trace;
     choose(window, entry("Save Profile"));
-    QCOMPARE(trace.lines(), QStringList(QStringLiteral("Profile saved: ") + defaultProfile()));
+    QCOMPARE(trace.lines(), QStringList(QStringLiteral("Profile saved: ") + profileFile()));
 }
 
 void ProfileFilesTest::quietSavesGoToTheDefaultProfileOnly()
@@ -603,20 +588,20 @@ void ProfileFilesTest::quietSavesGoToTheDefaultProfileOnly()
     expected.insert(QStringLiteral("Serial"), QStringLiteral("44444"));
     expected.insert(QStringLiteral("Host"), QStringLiteral("127.0.0.1"));
     expected.insert(QStringLiteral("Port"), 1);
-    QCOMPARE(jsonObject(defaultProfile()), expected);
+    QCOMPARE(jsonFile(profileFile()), expected);
 
     const LogTrace trace;
     choose(window, entry("Save Profile"));
     QVERIFY(trace.contains(QStringLiteral("Profile saved: ") + path));
-    QCOMPARE(jsonObject(path), expected);
+    QCOMPARE(jsonFile(path), expected);
 }
 
 // A box would block Apply.
 void ProfileFilesTest::quietSavesFailSilently()
 {
     const MainWindow window;
-    QVERIFY(QFile::remove(defaultProfile()));
-    QVERIFY(QDir().mkpath(defaultProfile()));
+    QVERIFY(QFile::remove(profileFile()));
+    QVERIFY(QDir().mkpath(profileFile()));
     QVERIFY(QDir().mkpath(frequencyFile()));
     const LogTrace trace;
     inReceiverDialog(window, [&](const ReceiverForm &form) {

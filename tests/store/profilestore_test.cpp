@@ -2,6 +2,7 @@
 
 #include "base/datapaths.h"
 #include "store/profilestore.h"
+#include "tests/fixture/files.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,12 +15,6 @@ namespace outpost
 
 namespace
 {
-
-QByteArray bytesOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 Profile profileAt(const QString &host)
 {
@@ -44,7 +39,7 @@ private slots:
     void theFirstStartMakesTheDefaultProfile()
     {
         store->loadStartupProfile();
-        QCOMPARE(bytesOf(defaultProfilePath(folder())), profileJson(Profile()));
+        QCOMPARE(fileBytes(defaultProfilePath(folder())), profileJson(Profile()));
         QCOMPARE(store->profilePath(), defaultProfilePath(folder()));
         QVERIFY(!QFile::exists(frequencyFilePath(folder())));
     }
@@ -54,7 +49,7 @@ private slots:
         put(defaultProfilePath(folder()), R"({"Port": 8074})");
         store->loadStartupProfile();
         QCOMPARE(store->profile().kiwiPort, 8074);
-        QCOMPARE(bytesOf(defaultProfilePath(folder())), QByteArray(R"({"Port": 8074})"));
+        QCOMPARE(fileBytes(defaultProfilePath(folder())), QByteArray(R"({"Port": 8074})"));
     }
 
     void aBrokenDefaultProfileIsIgnored()
@@ -62,7 +57,7 @@ private slots:
         put(defaultProfilePath(folder()), "{");
         store->loadStartupProfile();
         QCOMPARE(profileJson(store->profile()), profileJson(Profile()));
-        QCOMPARE(bytesOf(defaultProfilePath(folder())), QByteArray("{"));
+        QCOMPARE(fileBytes(defaultProfilePath(folder())), QByteArray("{"));
     }
 
     void anOpenedProfileIsUsed()
@@ -91,9 +86,9 @@ private slots:
     {
         store->setReceiver(QStringLiteral("kiwi"), 8074);
         QVERIFY(store->keepProfile(elsewhere()));
-        QCOMPARE(bytesOf(elsewhere()), profileJson(store->profile()));
+        QCOMPARE(fileBytes(elsewhere()), profileJson(store->profile()));
         QCOMPARE(store->profilePath(), elsewhere());
-        QCOMPARE(bytesOf(frequencyFilePath(folder())), QByteArray("14.074000"));
+        QCOMPARE(fileBytes(frequencyFilePath(folder())), QByteArray("14.074000"));
     }
 
     void aProfileThatCannotBeKeptChangesNothing_data()
@@ -126,8 +121,8 @@ private slots:
         store->setJt9Path(QStringLiteral("/jt9"));
         store->setBridgePort(27778);
         store->saveDefaultProfileQuietly();
-        QCOMPARE(bytesOf(elsewhere()), QByteArray(R"({"Host": "kiwi"})"));
-        QCOMPARE(bytesOf(defaultProfilePath(folder())), profileJson(store->profile()));
+        QCOMPARE(fileBytes(elsewhere()), QByteArray(R"({"Host": "kiwi"})"));
+        QCOMPARE(fileBytes(defaultProfilePath(folder())), profileJson(store->profile()));
         QCOMPARE(store->profile().jt9Path, QStringLiteral("/jt9"));
         QCOMPARE(store->profile().bridgePort, 27778);
     }
@@ -144,7 +139,7 @@ private slots:
     {
         store->setFrequency(10.1361234);
         store->saveFrequencyFile();
-        QCOMPARE(bytesOf(frequencyFilePath(folder())), QByteArray("10.136123"));
+        QCOMPARE(fileBytes(frequencyFilePath(folder())), QByteArray("10.136123"));
         ProfileStore another(folder());
         another.loadFrequencyFile();
         QCOMPARE(another.frequencyMhz(), 10.136123);

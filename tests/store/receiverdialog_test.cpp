@@ -10,6 +10,7 @@
 #include "tests/fixture/operator.h"
 #include "tests/fixture/receiverform.h"
 #include "tests/fixture/scripteddecoder.h"
+#include "tests/store/storedlists.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -36,32 +37,6 @@ namespace outpost
 
 namespace
 {
-
-QString frequencyFile()
-{
-    return testHome().dataFile(QStringLiteral("kiwi-frequency.txt"));
-}
-
-QString profileFile()
-{
-    return testHome().dataFile(QStringLiteral("default-profile.json"));
-}
-
-QStringList removedOnDisk()
-{
-    return settingOnDisk(QStringLiteral("receivers/removedKeys"));
-}
-
-void removeBefore(const QStringList &keys)
-{
-    saveSetting(removedKeysSetting(), keys);
-}
-
-void saveGoodReceivers(const QJsonArray &list)
-{
-    putFile(testHome().dataFile(QStringLiteral("good-kiwi-receivers.json")),
-            QJsonDocument(list).toJson());
-}
 
 QJsonObject goodReceiver(const QString &host, int port, double mhz)
 {
@@ -275,7 +250,7 @@ void ReceiverDialogTest::tabRunsThroughEveryControlAndBack()
 {
     QFETCH(QDialogButtonBox::ButtonLayout, buttonLayout);
     const ButtonOrder order(buttonLayout);
-    saveGoodReceivers({goodReceiver(QStringLiteral("kiwi"), 8073, 7.074)});
+    saveList({goodReceiver(QStringLiteral("kiwi"), 8073, 7.074)});
     const MainWindow window;
     inReceiverDialog(window, [](const ReceiverForm &form) {
         form.goodReceivers->setCurrentIndex(1); // enables Remove Selected
@@ -430,8 +405,8 @@ void ReceiverDialogTest::aGoodReceiverFillsTheEdits()
 {
     QFETCH(double, mhz);
     QFETCH(QString, shown);
-    saveGoodReceivers({goodReceiver(QStringLiteral("other"), 1, 21.074),
-                       goodReceiver(QStringLiteral("Kiwi.Example"), 8075, mhz)});
+    saveList({goodReceiver(QStringLiteral("other"), 1, 21.074),
+              goodReceiver(QStringLiteral("Kiwi.Example"), 8075, mhz)});
     const MainWindow window;
     inReceiverDialog(window, [&](const ReceiverForm &form) {
         form.goodReceivers->setCurrentIndex(2);
@@ -444,7 +419,7 @@ void ReceiverDialogTest::aGoodReceiverFillsTheEdits()
 
 void ReceiverDialogTest::anEntryWithoutPortFillsInTheUsualOne()
 {
-    saveGoodReceivers({QJsonObject{{QStringLiteral("Host"), QStringLiteral("kiwi")}}});
+    saveList({QJsonObject{{QStringLiteral("Host"), QStringLiteral("kiwi")}}});
     const MainWindow window;
     inReceiverDialog(window, [](const ReceiverForm &form) {
         form.goodReceivers->setCurrentIndex(1);
@@ -455,7 +430,7 @@ void ReceiverDialogTest::anEntryWithoutPortFillsInTheUsualOne()
 
 void ReceiverDialogTest::thePlaceholderDisablesRemoveAndLeavesTheEdits()
 {
-    saveGoodReceivers({goodReceiver(QStringLiteral("kiwi"), 8075, 10.1)});
+    saveList({goodReceiver(QStringLiteral("kiwi"), 8075, 10.1)});
     const MainWindow window;
     inReceiverDialog(window, [](const ReceiverForm &form) {
         form.goodReceivers->setCurrentIndex(1);
@@ -468,7 +443,7 @@ void ReceiverDialogTest::thePlaceholderDisablesRemoveAndLeavesTheEdits()
 
 void ReceiverDialogTest::choosingAppliesNothing()
 {
-    saveGoodReceivers({goodReceiver(QStringLiteral("kiwi"), 8075, 10.1)});
+    saveList({goodReceiver(QStringLiteral("kiwi"), 8075, 10.1)});
     const MainWindow window;
     const QByteArray profile = fileBytes(profileFile());
     const LogTrace trace;
@@ -558,7 +533,7 @@ void ReceiverDialogTest::applyStoresSavesAndConnects()
             QStringLiteral("Native Kiwi connection requested: 127.0.0.1:%1, 7.074000 MHz.");
         QCOMPARE(trace.lines().last(), request.arg(receiver->port()));
 
-        const QJsonObject saved = QJsonDocument::fromJson(fileBytes(profileFile())).object();
+        const QJsonObject saved = jsonFile(profileFile());
         QCOMPARE(saved.value(QLatin1String("Host")).toString(), QStringLiteral("127.0.0.1"));
         QCOMPARE(saved.value(QLatin1String("Port")).toInt(), int(receiver->port()));
         QCOMPARE(saved.size(), 6);
@@ -598,7 +573,7 @@ void ReceiverDialogTest::applyForgetsTheRemovedKeyInAnyCase()
         clickApply(form);
     });
     QCOMPARE(removedOnDisk(), QStringList(QStringLiteral("other:1")));
-    const QJsonObject saved = QJsonDocument::fromJson(fileBytes(profileFile())).object();
+    const QJsonObject saved = jsonFile(profileFile());
     QCOMPARE(saved.value(QLatin1String("Host")).toString(), QStringLiteral("LocalHOST"));
 }
 

@@ -3,6 +3,7 @@
 #include "base/datapaths.h"
 #include "base/lockfile.h"
 #include "store/sessionlog.h"
+#include "tests/fixture/files.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -165,9 +166,8 @@ private:
 
     QJsonArray savedSessions() const
     {
-        QFile file(statusLogPath(dataFolder()));
-        const QByteArray json = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        return QJsonDocument::fromJson(json).object().value(QLatin1String("Sessions")).toArray();
+        const QJsonObject saved = jsonFile(statusLogPath(dataFolder()));
+        return saved.value(QLatin1String("Sessions")).toArray();
     }
 
     std::unique_ptr<QTemporaryDir> folder;

@@ -5,6 +5,7 @@
 #include "tests/fixture/operator.h"
 #include "tests/fixture/scripteddecoder.h"
 #include "tests/fixture/testoptions.h"
+#include "tests/fixture/text.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -24,11 +25,6 @@ namespace
 {
 
 constexpr qint64 startMs = 1769882655250; // 2026-01-31T18:04:15.250Z
-
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
 
 void select(QPlainTextEdit *view, const char *part, bool backwards = false)
 {
@@ -112,7 +108,7 @@ void StatusLogReadingTest::init()
         sessions.append(session(i));
         receivers.append(totals(i));
     }
-    putFile(testHome().dataFile(text("receiver-status-log.json")),
+    putFile(logFile(),
             QJsonDocument(QJsonObject{{text("Sessions"), sessions}, {text("Receivers"), receivers}})
                 .toJson());
     now = startMs;
@@ -237,7 +233,7 @@ void StatusLogReadingTest::anOddNameIsNoHindrance()
     QJsonObject odd = totals(1);
     odd.insert(text("Host"), text("a\r\nb\u2029c\u00a0d\re\u2028f\ufdd0g\ufdd1") + QChar::Null);
     putFile(
-        testHome().dataFile(text("receiver-status-log.json")),
+        logFile(),
         QJsonDocument(QJsonObject{{text("Receivers"), QJsonArray{odd, odd, totals(2)}}}).toJson());
     window = std::make_unique<MainWindow>(testOptions([this] { return now; }));
     window->startStatusSession();

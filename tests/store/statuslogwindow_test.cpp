@@ -32,14 +32,9 @@ namespace
 
 constexpr qint64 startMs = 1769882655250; // 2026-01-31T18:04:15.250Z
 
-QString logFile()
-{
-    return testHome().dataFile(QStringLiteral("receiver-status-log.json"));
-}
-
 QJsonObject savedLog()
 {
-    return QJsonDocument::fromJson(fileBytes(logFile())).object();
+    return jsonFile(logFile());
 }
 
 QJsonObject savedEntry(const char *list, int index)
@@ -435,7 +430,7 @@ void StatusLogWindowTest::theStatusBarFollowsTheSession()
 void StatusLogWindowTest::aSessionIsRecordedWhole()
 {
     putFile(logFile(), "{\"Owner\": \"me\"}");
-    putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.074");
+    putFile(frequencyFile(), "7.074");
     writeProfile(QStringLiteral("  Kiwi.Example "));
     const auto window = newWindow();
     window->startStatusSession();
@@ -479,7 +474,7 @@ void StatusLogWindowTest::aSessionKeepsWhatItBeganWith()
     window->startStatusSession();
     const QString other = testHome().path(QStringLiteral("other.json"));
     putFile(other, R"({"Host": "other.example", "Port": 8099})");
-    putFile(testHome().dataFile(QStringLiteral("kiwi-frequency.txt")), "7.074");
+    putFile(frequencyFile(), "7.074");
     chooseFile(other, [&] {
         choose(*window, {QStringLiteral("File"), QStringLiteral("Open Profile...")});
     });

@@ -1,4 +1,5 @@
 #include "store/textchanges.h"
+#include "tests/fixture/text.h"
 
 #include <QRandomGenerator>
 #include <QStringList>
@@ -9,11 +10,6 @@ namespace outpost
 
 namespace
 {
-
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
 
 QString changed(QString from, const QVector<TextChange> &changes)
 {

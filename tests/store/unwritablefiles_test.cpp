@@ -30,21 +30,6 @@ namespace
 // Mounted before main(), and so before any thread starts.
 const bool privateMounts = enterPrivateMounts();
 
-QString listFile()
-{
-    return testHome().dataFile(QStringLiteral("good-kiwi-receivers.json"));
-}
-
-QString logFile()
-{
-    return testHome().dataFile(QStringLiteral("receiver-status-log.json"));
-}
-
-QString profileFile()
-{
-    return testHome().dataFile(QStringLiteral("default-profile.json"));
-}
-
 QString settingsFile()
 {
     return stationSettings().fileName();
@@ -183,8 +168,7 @@ void UnwritableFilesTest::applyIsSilentAboutAFullDisk()
     SmallDisk disk(profileFile());
     QVERIFY(disk.isMounted());
     writeProfile();
-    const QString frequencyFile = testHome().dataFile(QStringLiteral("kiwi-frequency.txt"));
-    putFile(frequencyFile, "7.074000");
+    putFile(frequencyFile(), "7.074000");
     const QByteArray before = fileBytes(profileFile());
     const MainWindow window;
     QVERIFY(disk.fillUp());
@@ -198,7 +182,7 @@ void UnwritableFilesTest::applyIsSilentAboutAFullDisk()
     });
     QVERIFY(trace.contains(QStringLiteral("requested: 127.0.0.1:1, 3.573000 MHz.")));
     QCOMPARE(fileBytes(profileFile()), before);
-    QCOMPARE(fileBytes(frequencyFile), QByteArray("7.074000"));
+    QCOMPARE(fileBytes(frequencyFile()), QByteArray("7.074000"));
 }
 
 void UnwritableFilesTest::aFullDiskKeepsTheGoodReceivers()

@@ -15,8 +15,7 @@ namespace
 {
 int savedSessions()
 {
-    const QString path = testHome().dataFile(QStringLiteral("receiver-status-log.json"));
-    return jsonFile(path).value(QLatin1String("Sessions")).toArray().size();
+    return jsonFile(logFile()).value(QLatin1String("Sessions")).toArray().size();
 }
 } // namespace
 

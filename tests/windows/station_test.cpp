@@ -90,7 +90,7 @@ private slots:
         const LogTrace trace;
         MainWindow window;
         window.decoderChooser().findJt9({{QDir::toNativeSeparators(decoder->path())}, {}, {}});
-        const QJsonObject saved = QJsonDocument::fromJson(fileBytes(defaultProfilePath())).object();
+        const QJsonObject saved = jsonFile(defaultProfilePath());
         QCOMPARE(saved.value(QLatin1String("Jt9Path")).toString(), decoder->path());
     }
 
