@@ -7,7 +7,7 @@
 #include "kiwi/kiwilink.h"
 #include "kiwi/sounddecoder.h"
 #include "sim/simwav.h"
-#include "tests/decode/scripteddecoder.h"
+#include "tests/decode/publisheddecoder.h"
 #include "tests/display/bridgeclient.h"
 #include "tests/fixture/freeport.h"
 #include "tests/fixture/madeupclock.h"
@@ -32,14 +32,6 @@ struct Station {
               linkCallbacks(), linkOptions())
     {
         capture.setCaptureFolder(folder.path());
-        capture.setWorkerCallback([this](const QString &label, const QVector<Ft8Decode> &decodes) {
-            bridge.broadcast(label, decodes);
-        });
-        capture.setPeriodCallback([this](const QString &label, const QVector<Ft8Decode> &decodes) {
-            for (const Ft8Decode &decode : decodes) {
-                table.append(label + QStringLiteral(" | ") + decode.line);
-            }
-        });
         bridge.start();
         link.connectKiwi();
     }
@@ -55,11 +47,27 @@ struct Station {
     QStringList table;
     QTemporaryDir folder;
     SoundDecoder sound;
-    KiwiAudioCapture capture;
+    KiwiAudioCapture capture{captureCallbacks()};
     WsjtBridge bridge;
     KiwiLink link; // last, since it calls back to the others
 
 private:
+    CaptureCallbacks captureCallbacks()
+    {
+        CaptureCallbacks callbacks;
+        callbacks.onWorkerDecodes = [this](const QString &label,
+                                           const QVector<Ft8Decode> &decodes) {
+            bridge.broadcast(label, decodes);
+        };
+        callbacks.onPeriodDecodes = [this](const QString &label,
+                                           const QVector<Ft8Decode> &decodes) {
+            for (const Ft8Decode &decode : decodes) {
+                table.append(label + QStringLiteral(" | ") + decode.line);
+            }
+        };
+        return callbacks;
+    }
+
     KiwiLinkCallbacks linkCallbacks()
     {
         KiwiLinkCallbacks callbacks;
@@ -92,7 +100,7 @@ private slots:
 // The first two workers hear the same signal where their sub-bands overlap.
 void WindowlessTest::itReceivesDecodesAndServesTheBridge()
 {
-    const ScriptedDecoder decoder(
+    const PublishedDecoder decoder(
         QStringLiteral("cp \"$8\" \"$here/$5.wav\"\n"
                        "[ $5 -gt 725 ] || echo '142315 -12  0.3  790 ~  CQ K1ABC FN42'\n"
                        "[ $5 -gt 0 ]   || echo '142315   3 -1.2  500 ~  K1ABC W9XYZ EN37'"));
