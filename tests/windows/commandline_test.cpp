@@ -77,7 +77,7 @@ private slots:
         file.close();
         const Answer answer = answerTo({QStringLiteral("--profile"), path});
         QCOMPARE(answer.exitCode, 2);
-        QVERIFY2(answer.errors.contains("The profile is not valid JSON"),
+        QVERIFY2(answer.errors.endsWith(": The profile is not a JSON object.\n"),
                  answer.errors.constData());
     }
 
