@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks that are built in FOLDER and prints their table, ratios first; without
---smoke also writes it to --report. --smoke only checks, in under a minute, that all of them run."""
+"""Runs the benchmarks in FOLDER and prints a table, ratios first. Without --smoke, also writes it
+to --report. --smoke only checks, in under a minute, that all of them run."""
 
 import argparse
 import json
@@ -23,14 +23,14 @@ options = parser.parse_args()
 
 
 def environment(home):
-    """One that leads a program away from the user's own data."""
+    """An environment in which a program does not touch the user's own data."""
     places = {name: home for name in ("HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME",
                                       "XDG_RUNTIME_DIR", "TMPDIR", "PELQ_KIWI_STAGE_CAPTURE_DIR")}
     return dict(os.environ, QT_QPA_PLATFORM="offscreen", LC_ALL="C.UTF-8", **places)
 
 
 def output(name, *arguments):
-    """What the program writes to standard output, in a home that goes away with it."""
+    """The program's standard output, when run with a temporary home."""
     with tempfile.TemporaryDirectory() as home:
         done = subprocess.run([os.path.join(options.folder, name), *arguments], check=False,
                               env=environment(home), capture_output=True, text=True)
@@ -88,7 +88,7 @@ def sound_rows():
 
 
 def start(name, env):
-    """Seconds to the first painted window, and kB resident then."""
+    """Seconds to the first paint of the window, and the resident kB at that time."""
     begun = time.monotonic_ns()
     done = subprocess.run([os.path.join(options.folder, name)], check=True, env=env,
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
@@ -146,16 +146,17 @@ HEADER = """| ratio | limit | what | takes | compared with | takes |
 NOTES = """
 What is still above its limit, and why:
 
-- *Start*: half of the difference is loading the network and WebSocket libraries with what those
-  need, a fifth is the image plugins that any menu bar loads; the bare window has neither.
+- *Start*: half of the difference is the time to load the network and WebSocket libraries and their
+  dependencies, a fifth the image plugins that any menu bar loads. The bare window needs neither.
 - *One client*: parsing, keying and encoding a decode takes about 1.5 µs, however many clients there
   are.
 - *1,000 clients*: Qt's event dispatcher looks up the socket in a list at every write and flush.
   With its other dispatcher (`QT_NO_GLIB=1`) a line costs no more than with 100 clients.
-- *A first receiver*: opening the settings and writing the log line takes some 40 µs; on a disk the
-  write itself takes far longer.
-- *A short history*: the log is read back after the session has been written, and its folder is made
-  first if it is missing; together some 50 µs. With the files on a disk (`/tmp`) the ratio is 1.26.
+- *A first receiver*: opening the settings and writing the log line takes about 40 µs. On a disk,
+  the write itself takes far longer.
+- *A short history*: the log is read back after the session has been written, and its folder is
+  created if it is missing, which takes about 50 µs. With the files on a disk (`/tmp`) the ratio
+  is 1.26.
 """
 
 table = [HEADER]
@@ -170,9 +171,9 @@ if options.report and not options.smoke:
 
 Written by `./outpost bench` on {time.strftime('%Y-%m-%d', time.gmtime())}; {machine()}.
 
-All figures are medians; the program and what it is compared with are measured in turn. The bare
-counterparts do the unavoidable part of the work and nothing else. The files are on
-`{tempfile.gettempdir()}`, the windows on Qt's offscreen platform. Receivers and sessions are in
-files of 10, 1,000 and 10,000 entries, read anew each time.
+All figures are medians; the program and its reference are measured in turn. The references ("bare")
+do only the unavoidable part of the work. The files are on `{tempfile.gettempdir()}`, the windows on
+Qt's offscreen platform. Receivers and sessions are in files of 10, 1,000 and 10,000 entries, which
+are read again each time.
 
 """ + "\n".join(table) + "\n" + NOTES)

@@ -11,13 +11,13 @@ namespace outpost
 struct Jt9Places;
 
 struct DecoderChooserCallbacks {
-    std::function<void(const QString &path)> onFound;    // another one than the current
+    std::function<void(const QString &path)> onFound;    // a decoder other than the current one
     std::function<void(const QString &path)> onSelected; // by the operator
 };
 
-// Finds the installed decoder or lets the operator select one, tells which, and then publishes it
-// to the decode workers, who read the environment at each run. The current path is the one last
-// saved, empty when there is none.
+// Finds the installed decoder, or lets the operator select one. Reports it through the callbacks
+// and then publishes it in the environment, which the decode workers read at each run. The current
+// path is the last one saved; empty if there is none.
 class DecoderChooser
 {
 public:

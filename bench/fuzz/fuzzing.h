@@ -9,7 +9,7 @@
 namespace outpost
 {
 
-// libFuzzer's entry points, which are C functions in a namespace, too.
+// libFuzzer's entry points; being extern "C", they may be declared in a namespace.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 

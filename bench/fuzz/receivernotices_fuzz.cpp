@@ -17,7 +17,7 @@ bool tellsOfRefusal(const QByteArray &name)
            name == "inactivity_timeout";
 }
 
-// Of a value, decoded: the log's line, without what would break it.
+// A decoded value as the log shows it, with control characters escaped.
 QString shown(const QString &value)
 {
     QString text;
@@ -32,7 +32,7 @@ QString shown(const QString &value)
     return text;
 }
 
-// Of one name and what follows it; adds nothing for what tells of no refusal.
+// Adds the notice of one name and its value, if it is a refusal.
 void addNotice(QStringList *notices, const QByteArray &name, bool hasValue, const QByteArray &rest)
 {
     if (!tellsOfRefusal(name)) {
@@ -47,7 +47,7 @@ void addNotice(QStringList *notices, const QByteArray &name, bool hasValue, cons
                     (hasValue ? QLatin1Char('=') + shown(value) : QString()));
 }
 
-// Byte by byte: a blank ends a pair, and the first equals sign in it the name.
+// Byte by byte: a blank ends a pair, the first equals sign ends its name.
 QStringList referenceNotices(const QByteArray &frame)
 {
     QStringList notices;
@@ -75,7 +75,7 @@ QStringList referenceNotices(const QByteArray &frame)
     return notices;
 }
 
-// What is told, against a plain list of all that was told so far.
+// Compares RecentNotices with a plain list of everything logged so far.
 class Told
 {
 public:
@@ -113,14 +113,15 @@ void checkFrame(const QByteArray &frame, int stepMs)
 }
 } // namespace
 
-// Input: the time between two notices in ms, from 32768 before 0 on, then a frame.
+// Input: the time since the last notice in ms, which may be negative (32768 stands for 0), then a
+// frame.
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzInput input(data, size);
     const int stepMs = input.word() - 32768;
     const QByteArray frame = input.rest();
     checkFrame(frame, stepMs);
-    if (input.isOneIn(64)) { // longer than what is searched
+    if (input.isOneIn(64)) { // longer than the part that is searched
         checkFrame("MSG " + frame.repeated(1 + 6000 / qMax(1, frame.size())), stepMs);
     }
     return 0;

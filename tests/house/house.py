@@ -1,22 +1,22 @@
-"""The rules of the house that neither the compiler nor the linker holds, read from the sources.
+"""Checks rules for the sources that neither the compiler nor the linker enforces.
 
     python3 tests/house/house.py [FOLDER]
 
-prints "file:line: what is wrong" for each place that breaks a rule, then the sizes it counted, and
-exits with 1 if there was such a place.
+prints "file:line: what is wrong" for each violation, then the sizes that it counted. Exits with 1
+if there was a violation.
 
-Includes run one way: app, daemon -> display -> kiwi, decode, store -> base. Rooms side by side
-know nothing of each other.
+Includes go in one direction: app, daemon -> display -> kiwi, decode, store -> base. Rooms on the
+same level do not include each other.
 
-Classes stay small: those of the rooms, in headers and in .cpp files. Each declaration with a
-parameter list in the body of the class itself is a member function: constructors, destructors,
-operators, overloads and static functions too, but nothing deleted, no friends and no macros of Qt.
-Each declarator of the other declarations is a field, a std::function too, except types and static
-members. The members of a nested class are its own.
+The classes of the rooms stay small, in headers and in .cpp files. Each declaration with a parameter
+list in the body of a class counts as a member function, including constructors, destructors,
+operators, overloads and static functions, but not deleted functions, friends and Qt's macros. Each
+declarator of the other declarations counts as a field, including std::function, but not types and
+static members. Members of a nested class do not count for the outer one.
 
-Libraries link what their layer may use, and nothing else.
+Libraries link only what their layer may use.
 
-Documents name only files of the tree, with or without their ending.
+Documents name only existing files, with or without their extension.
 """
 import pathlib
 import re
@@ -97,7 +97,7 @@ CLASS = re.compile(r"(?<!enum )\b(?:class|struct|union)\s+([\w:]+)(?:\s+final)?"
 
 
 def code_of(source):
-    """Without comments, texts and preprocessor; line breaks stay, so that positions tell lines."""
+    """Removes comments, strings and preprocessor lines, but keeps line breaks for line numbers."""
     return NOT_CODE.sub(lambda match: "\n" * match[0].count("\n"), source)
 
 
@@ -111,7 +111,7 @@ def block_end(code, opening):
 
 
 def declarations(body):
-    """Those of the class itself; what stands in braces is left out of them."""
+    """The declarations of the class itself, without the contents of braces."""
     body = re.sub(r"\bQ_\w+\b(\s*\([^()]*\))?", "", body)
     body = re.sub(r"\b(public|protected|private)\s*:(?!:)", "", body)
     found, text, at, parentheses = [], "", 0, 0
@@ -131,7 +131,7 @@ def declarations(body):
 
 
 def is_function_body(char, text, rest):
-    """Braces that initialize something are followed by a comma, a semicolon or the body."""
+    """Initializer braces are followed by a comma, a semicolon or the body."""
     return char == "{}" and is_function(text) and not re.match(r"\s*[,;{]", rest)
 
 
@@ -231,7 +231,7 @@ def texts(root, folders, patterns):
 
 
 def check(root):
-    """Returns the violations and, for the reader, the largest sizes."""
+    """Returns the violations and, for information, the largest sizes."""
     found, sizes = [], []
     for file, source in texts(root, COUNTED_ROOMS, ["*.h", "*.cpp"]):
         sizes += class_sizes(file, source)

@@ -1,4 +1,4 @@
-"""What the rules of the house find, and what they leave in peace."""
+"""What house.py reports, and what it accepts."""
 import pathlib
 import sys
 import tempfile

@@ -1,4 +1,4 @@
-"""Two periods on their way to everybody: the bridge's clients, the windows and the data files."""
+"""Two periods on their way to the bridge's clients, the windows and the data files."""
 
 import datetime
 import unittest
@@ -9,12 +9,12 @@ from station import BridgeClient, Display, Home, Receiver, Station, synthetic_ba
 
 
 def bridge_keys(decodes):
-    """What tells one decode from another on the bridge: time, frequency and message."""
+    """What identifies a decode on the bridge: time, frequency and message."""
     return [(time, hz, message) for time, _, _, hz, message in decodes]
 
 
 class Period:
-    """One period as the receiver's listener heard it, and what the decoder finds in it."""
+    """A period as the receiver's client heard it, and the decodes that jt9 finds in it."""
 
     def __init__(self, recording):
         # YYYYMMDD_HHMMSS-client-N.wav
@@ -60,14 +60,14 @@ class BridgeAndLogs(unittest.TestCase):
             self.check_good_receivers(home, receiver.port, one)
 
     def receiver_of_two_periods(self, home):
-        """The silence between them leaves a busy machine the time to end with the first."""
+        """The silence between them gives a busy machine time to finish the first."""
         first, second = synthetic_band(home)[:2]
         silence = home.path / "silence.wav"
         recording.write_silence(silence)
         return Receiver(home, first, silence, second)
 
     def check_client(self, client, periods):
-        """Every decode once; beside the table's rows only their twins from a band's edge."""
+        """Every decode once; besides the table's rows only near duplicates from band edges."""
         keys = bridge_keys(client.decodes())
         self.assertEqual(len(keys), len(set(keys)))
         self.assertEqual(set(keys), set().union(*(period.keys for period in periods)))

@@ -1,4 +1,4 @@
-"""The sample client of the documents, with a bridge that comes and goes."""
+"""The sample client in the documents, with a bridge that is stopped and started."""
 import pathlib
 import socket
 import subprocess

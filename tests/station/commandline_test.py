@@ -1,5 +1,5 @@
-"""What the programs answer on their command line, without a display, and what their man pages say
-of it."""
+"""How the programs answer their command lines, without a display, and what their man pages say
+about them."""
 
 import json
 import os
@@ -126,7 +126,7 @@ class Profiles(unittest.TestCase):
 
 
 class ManPages(unittest.TestCase):
-    """Of the programs that are installed."""
+    """The man pages of the installed programs."""
 
     def test_options_are_those_of_the_help(self):
         for name in NAMES[:2]:

@@ -1,4 +1,4 @@
-"""The installed decoder run by hand over one recorded period, and what the station makes of it."""
+"""Runs the installed decoder on one recorded period, and merges its output as the station does."""
 
 import os
 import re
@@ -44,14 +44,14 @@ def decode_period(wav):
 
 
 def is_better(candidate, kept):
-    """Stronger, or as strong and nearer in time."""
+    """Whether it is stronger, or equally strong with a smaller DT."""
     def rank(line):
         return int(line.snr), -abs(float(line.dt))
     return rank(candidate) > rank(kept)
 
 
 def merged(lines):
-    """One line for each message and frequency, in order of frequency."""
+    """One line per message and frequency, sorted by frequency."""
     rows = []
     for line in lines:
         twin = next((i for i, row in enumerate(rows) if line.is_twin_of(row)), None)

@@ -1,5 +1,5 @@
-"""The demonstration, as ./outpost demo runs it: several at once, since most of it is waiting, but
-only one that decodes a crowded band."""
+"""The demonstration as ./outpost demo runs it. Several run at once, since they mostly wait, but
+only one decodes a crowded band."""
 
 import contextlib
 import re
@@ -24,7 +24,7 @@ MORNING = [(450, -4, "CQ G4ABC IO91"), (760, 1, "G4ABC F5XYZ JN18"),
 
 
 class Station(NamedTuple):
-    """A station that the simulator puts into its band."""
+    """A station in the simulator's band."""
 
     hz: float
     snr_db: int
@@ -40,7 +40,7 @@ def planned_stations(period):
 
 
 class Demo(Program):
-    """A demonstration. All run the same program, so each decodes in a capture folder of its own."""
+    """A demonstration. All run the same program, so each uses its own capture folder."""
 
     def __init__(self, home, *options, display=None):
         # The output that a person reads, without the log, which CTest keeps.
@@ -48,7 +48,7 @@ class Demo(Program):
                          errors=None)
 
     def periods(self):
-        """The rows of each period, by its label, in the order in which they were printed."""
+        """The rows of each period by its label, in the order in which they were printed."""
         found = {}
         for line in self.lines:
             row = re.fullmatch(r"(\d\d:\d\d:\d\d) (-?\d+) (-?\d+\.\d) (\d+) (\S.*)", line)
@@ -58,7 +58,7 @@ class Demo(Program):
 
 
 class DemoTest(unittest.TestCase):
-    """Each test looks at one of the demonstrations that run side by side."""
+    """Each test checks one of the demonstrations, which run in parallel."""
 
     @classmethod
     def setUpClass(cls):

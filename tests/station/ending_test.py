@@ -1,4 +1,4 @@
-"""The ways in which the program is asked to end while a receiver is heard."""
+"""Ways to end the program while a receiver is heard."""
 
 import contextlib
 import signal
@@ -15,13 +15,13 @@ REQUESTS = [signal.SIGTERM, signal.SIGINT, signal.SIGHUP]
 
 class Ending(unittest.TestCase):
     def setUp(self):
-        """The station inherits what is ignored; these tests may themselves run under nohup."""
+        """The station inherits ignored signals, and these tests may run under nohup."""
         for number in REQUESTS:
             self.addCleanup(signal.signal, number, signal.signal(number, signal.SIG_DFL))
 
     @contextlib.contextmanager
     def connected_station(self, keeps_dialog=False):
-        """A station that has heard the first sound."""
+        """A station that has received its first sound."""
         with contextlib.ExitStack() as stack:
             home = stack.enter_context(Home())
             write_silence(home.path / "silence.wav")

@@ -1,4 +1,4 @@
-"""Endpoints that fail, each in its own way, and the one that delivers."""
+"""Endpoints that fail in different ways, and one that works."""
 
 import re
 import unittest
@@ -52,7 +52,7 @@ class Probing(unittest.TestCase):
                                "main-window-connected")
 
     def check_steps(self, log, port, last):
-        """From the request to the verified link, without what only tells of single frames."""
+        """The log from the request to the verified link, without lines about single frames."""
         first = next(i for i, line in enumerate(log) if line.startswith("Native Kiwi connection"))
         steps = [line for line in log[first:log.index(last) + 1]
                  if not line.startswith(("RX ", "Kiwi WebSocket error at "))]

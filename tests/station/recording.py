@@ -1,4 +1,4 @@
-"""Recordings of one FT8 period, as a person would bring them: signals in noise."""
+"""Recordings of one FT8 period, like a person's own: signals in noise."""
 
 import array
 import math
@@ -44,12 +44,12 @@ def signal(message, hz):
 
 
 def amplitude(snr_db):
-    """Of a sine with this SNR in 2500 of the noise's 6000 Hz."""
+    """The amplitude of a sine with this SNR in 2500 of the noise's 6000 Hz."""
     return NOISE_RMS * math.sqrt(2 * 2500 / 6000 * 10 ** (snr_db / 10))
 
 
 def write_band(path, stations, seed):
-    """Writes the stations (Hz, dB, message) in noise."""
+    """Writes a recording of the stations (Hz, dB, message) in noise."""
     noise = random.Random(seed)
     mixed = [noise.gauss(0, NOISE_RMS) for _ in range(SAMPLES)]
     for hz, snr_db, message in stations:

@@ -1,5 +1,5 @@
-"""A person, a receiver and a display for the built programs; nothing outside the build folder and
-temporary folders is touched. CTest names the build folder in OUTPOST_BUILD."""
+"""An operator, a receiver and a display for the built programs. Uses only temporary folders and the
+build folder, which CTest passes in OUTPOST_BUILD."""
 
 import base64
 import json
@@ -22,7 +22,7 @@ SCREENSHOTS = BUILD / "screenshots"
 
 
 def wait_for(condition, what, seconds=60):
-    """The condition's first true value. Limits are for a machine that has much else to do."""
+    """Returns the condition's first true value. The limit allows for a busy machine."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
         value = condition()
@@ -33,7 +33,7 @@ def wait_for(condition, what, seconds=60):
 
 
 def run_along(command):
-    """The command so that it ends with this test, however that ends."""
+    """The command, wrapped so that it ends with this test in any case."""
     return ["setpriv", "--pdeathsig", "KILL", *(str(part) for part in command)]
 
 
@@ -43,7 +43,7 @@ def free_port():
 
 
 class Home:
-    """A home of the test's own, thrown away at the end."""
+    """A temporary home for the test, removed at the end."""
 
     def __init__(self):
         self._folder = tempfile.TemporaryDirectory(prefix="station-")
@@ -82,7 +82,7 @@ class Home:
 
 
 class Program:
-    """A running program and what it has said so far, line by line."""
+    """A running program and its output so far, line by line."""
 
     def __init__(self, command, environment, errors=subprocess.STDOUT):
         self._process = subprocess.Popen(
@@ -119,14 +119,14 @@ class Program:
         return status
 
     def wait_for_line(self, pattern, seconds=60):
-        """The first line in which the pattern is found, as a match."""
+        """Waits for the first line that contains the pattern; returns the match."""
         def find():
             return next(filter(None, (re.search(pattern, line) for line in list(self.lines))), None)
         return wait_for(find, f"line {pattern!r}", seconds)
 
 
 class Receiver(Program):
-    """The receiver simulator; `saved` holds the periods as its listeners heard them."""
+    """The receiver simulator; `saved` contains the periods as its clients heard them."""
 
     def __init__(self, home, *options):
         self._saved = home.path / "heard"
@@ -135,21 +135,21 @@ class Receiver(Program):
         self.port = int(self.wait_for_line(r"^listening on 127\.0\.0\.1 port (\d+)", 60)[1])
 
     def heard_period(self, number, seconds=120):
-        """The recording of the first listener's period, numbered from 0."""
+        """The recording of the first client's period, numbered from 0."""
         def find():
             return sorted(self._saved.glob("*.wav"))[number:number + 1]
         return wait_for(find, f"period {number}", seconds)[0]
 
 
 def synthetic_band(home):
-    """The recordings of the simulator's band in order, made now when they are not in the cache."""
+    """The recordings of the simulator's band in order, made first if they are not in the cache."""
     with Receiver(home):
         folder = max(CACHE.glob("kiwi-sim/band-*"), key=lambda path: path.stat().st_mtime)
     return sorted(folder.glob("period-*.wav"))
 
 
 class Display:
-    """A screen of its own with a window manager, a keyboard and a mouse."""
+    """A separate display with a window manager, a keyboard and a mouse."""
 
     def __init__(self, home):
         number, self._number_end = os.pipe()
@@ -180,7 +180,7 @@ class Display:
                               check=False).stdout
 
     def window(self, title, seconds=60):
-        """The visible window of exactly this title, raised and with the keyboard."""
+        """The visible window with exactly this title, raised and with the keyboard focus."""
         def find():
             return self.run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$").split()
         window = wait_for(find, f"window {title!r}", seconds)[0]
@@ -188,7 +188,7 @@ class Display:
         return window
 
     def close(self, window):
-        """Closes a dialog by Escape."""
+        """Closes a dialog with Escape."""
         self.run("xdotool", "windowactivate", "--sync", window)
         self.press("Escape")
         wait_for(lambda: "IsViewable" not in self.run("xwininfo", "-id", window), "closing")
@@ -197,7 +197,7 @@ class Display:
         self.run("xdotool", "key", "--delay", "40", *keys)
 
     def fill(self, text):
-        """Replaces what the focused field holds."""
+        """Replaces the contents of the focused field."""
         self.press("ctrl+a")
         self.write(text)
 
@@ -208,7 +208,7 @@ class Display:
         self.run("xdotool", "mousemove", "--sync", "--window", window, x, y, "click", "1")
 
     def copied_text(self, window, x, y):
-        """What a person gets who clicks there, selects all and copies."""
+        """The text that a person gets by clicking there, selecting all and copying."""
         def clipboard():
             return self.run(BUILD / "tests" / "station_clipboard")
 
@@ -221,7 +221,7 @@ class Display:
         return wait_for(copy, "copied text")
 
     def screenshot(self, window, name):
-        """For a person to look at; taken as soon as the window has been painted."""
+        """Saves a picture for people to look at, once the window has been painted."""
         SCREENSHOTS.mkdir(exist_ok=True)
         picture = SCREENSHOTS / f"{name}.png"
 
@@ -232,7 +232,7 @@ class Display:
 
 
 class Station(Program):
-    """The program, worked with keys and mouse."""
+    """The program, operated by keyboard and mouse."""
 
     TITLE = r"PELQ Kiwi Outpost( \(FT8 Decode Complete\))?"
 
@@ -248,11 +248,11 @@ class Station(Program):
         return self._display.window(self.TITLE)
 
     def log(self):
-        """The program's trace without the local time before each line."""
+        """The program's log without the local time in front of each line."""
         return [line[9:] for line in list(self.lines) if re.match(r"\d\d:\d\d:\d\d ", line)]
 
     def wait_until_decoded(self, hhmmss):
-        """Until the period's decoders, of which one has reported, have put away their files."""
+        """Waits until all decoders of the period have removed their files; one has reported."""
         wait_for(lambda: not list(CAPTURE.glob(f"WORKER_*_{hhmmss}_*")), "end of decoding", 120)
 
     def kill(self):
@@ -261,7 +261,7 @@ class Station(Program):
             shutil.rmtree(left, ignore_errors=True)  # a decoder may still write
 
     def open_view(self, entry, title):
-        """Settings > View, then the entry counted from 0; the window that it opens."""
+        """Chooses an entry (from 0) of Settings > View; returns the window that it opens."""
         self.window()
         self._display.press("alt+s", "Up", "Right", *["Down"] * entry, "Return")
         return self._display.window(title)
