@@ -154,17 +154,21 @@ bool KiwiSim::Private::loadAudio(QString *error)
     const SimConfig &config = room.config;
     audio.clear();
     for (const QString &file : config.wavFiles) {
-        sim::Samples samples;
-        if (!sim::readPeriodWav(file, &samples, error)) {
+        const sim::PeriodSound sound = sim::readPeriodWav(file);
+        if (!sound.error.isEmpty()) {
+            *error = sound.error;
             return false;
         }
-        audio.append(samples);
+        audio.append(sound.samples);
     }
     audio += config.audio;
     if (!audio.isEmpty() || !config.syntheticBand) {
         return true;
     }
-    return sim::loadBand({config.cacheFolder, config.generator, config.progress}, &audio, error);
+    const sim::Band band = sim::loadBand({config.cacheFolder, config.generator, config.progress});
+    audio = band.periods;
+    *error = band.error;
+    return band.error.isEmpty();
 }
 
 bool KiwiSim::Private::openLog(QString *error)

@@ -132,8 +132,8 @@ void savePeriod(const QDir &folder, const SentPeriod &period)
     const QString start = QLocale::c().toString(
         QDateTime::fromMSecsSinceEpoch(period.startMs, Qt::UTC), QStringLiteral("yyyyMMdd_HHmmss"));
     const QString name = QStringLiteral("%1-client-%2.wav").arg(start).arg(period.client);
-    QString error;
-    if (!sim::writePeriodWav(folder.filePath(name), period.samples, &error)) {
+    const QString error = sim::writePeriodWav(folder.filePath(name), period.samples);
+    if (!error.isEmpty()) {
         say(stderr, QStringLiteral("kiwi-sim: ") + error);
     }
 }

@@ -82,37 +82,35 @@ QByteArray wavHeader(int dataBytes)
     return header;
 }
 
-bool refuse(const QString &path, const QString &reason, QString *error)
+QString refusal(const QString &path, const QString &reason)
 {
-    *error = QStringLiteral("%1: %2").arg(path, reason);
-    return false;
+    return QStringLiteral("%1: %2").arg(path, reason);
 }
 
 } // namespace
 
-bool readPeriodWav(const QString &path, Samples *samples, QString *error)
+PeriodSound readPeriodWav(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        return refuse(path, file.errorString(), error);
+        return {{}, refusal(path, file.errorString())};
     }
     const QByteArray bytes = file.read(kLargestWavBytes + 1);
     if (bytes.size() > kLargestWavBytes) {
-        return refuse(path, QStringLiteral("too large for one period"), error);
+        return {{}, refusal(path, QStringLiteral("too large for one period"))};
     }
     const QString fault = faultOf(bytes);
     if (!fault.isEmpty()) {
-        return refuse(path, fault, error);
+        return {{}, refusal(path, fault)};
     }
-    *samples = fromLittleEndian(chunk(bytes, "data"));
-    return true;
+    return {fromLittleEndian(chunk(bytes, "data")), QString()};
 }
 
-bool writePeriodWav(const QString &path, const Samples &samples, QString *error)
+QString writePeriodWav(const QString &path, const Samples &samples)
 {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
-        return refuse(path, file.errorString(), error);
+        return refusal(path, file.errorString());
     }
     const QByteArray bytes = wavHeader(samples.size() * 2) + toLittleEndian(samples);
     // When a disk fills up, a short write may not report an error, and commit() would then replace
@@ -121,7 +119,7 @@ bool writePeriodWav(const QString &path, const Samples &samples, QString *error)
         file.error() != QFileDevice::NoError) {
         file.cancelWriting();
     }
-    return file.commit() || refuse(path, file.errorString(), error);
+    return file.commit() ? QString() : refusal(path, file.errorString());
 }
 
 QByteArray toLittleEndian(const Samples &samples)

@@ -11,12 +11,19 @@ namespace outpost
 namespace sim
 {
 
-// Reads one FT8 period: RIFF/WAVE, PCM, mono, 16 bit, 12000 Hz, exactly 180000 samples. On failure
-// returns false, names the file and the problem in `error`, and leaves `samples` unchanged.
-bool readPeriodWav(const QString &path, Samples *samples, QString *error);
+// The sound of one FT8 period, or why there is none.
+struct PeriodSound {
+    Samples samples; // 180000; none after a failure
+    QString error;   // empty if there are samples
+};
 
-// Writes the same format, completely or not at all.
-bool writePeriodWav(const QString &path, const Samples &samples, QString *error);
+// Reads one FT8 period: RIFF/WAVE, PCM, mono, 16 bit, 12000 Hz, exactly 180000 samples. An error
+// names the file.
+PeriodSound readPeriodWav(const QString &path);
+
+// Writes the same format, completely or not at all. Returns an empty text, or the file and what is
+// wrong with it.
+QString writePeriodWav(const QString &path, const Samples &samples);
 
 QByteArray toLittleEndian(const Samples &samples);
 QByteArray toBigEndian(const Samples &samples);

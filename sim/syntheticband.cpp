@@ -109,8 +109,7 @@ QStringList generatorArguments(const PlannedStation &station)
 }
 
 // Generates one full-scale signal without noise.
-bool generate(const QString &generator, const PlannedStation &station, Samples *signal,
-              QString *error)
+PeriodSound generate(const QString &generator, const PlannedStation &station)
 {
     const QTemporaryDir scratch;
     QProcess process;
@@ -119,21 +118,21 @@ bool generate(const QString &generator, const PlannedStation &station, Samples *
     process.start(generator, generatorArguments(station), QIODevice::ReadOnly);
     if (!process.waitForFinished(kGeneratorTimeoutMs) ||
         process.exitStatus() != QProcess::NormalExit) {
-        *error = QStringLiteral("the FT8 signal generator \"%1\" does not run: %2")
-                     .arg(generator, process.errorString());
-        return false;
+        return {{},
+                QStringLiteral("the FT8 signal generator \"%1\" does not run: %2")
+                    .arg(generator, process.errorString())};
     }
-    QString reason;
-    if (readPeriodWav(scratch.filePath(QStringLiteral("000000_000001.wav")), signal, &reason)) {
-        return true;
+    PeriodSound signal = readPeriodWav(scratch.filePath(QStringLiteral("000000_000001.wav")));
+    if (!signal.error.isEmpty()) {
+        signal.error =
+            QStringLiteral("the FT8 signal generator \"%1\" made no signal of \"%2\": %3 %4")
+                .arg(generator, station.message, signal.error,
+                     QString::fromLocal8Bit(process.readAll().left(200)).simplified());
     }
-    *error = QStringLiteral("the FT8 signal generator \"%1\" made no signal of \"%2\": %3 %4")
-                 .arg(generator, station.message, reason,
-                      QString::fromLocal8Bit(process.readAll().left(200)).simplified());
-    return false;
+    return signal;
 }
 
-bool mixPeriod(const QString &generator, int period, Samples *mixed, QString *error)
+PeriodSound mixPeriod(const QString &generator, int period)
 {
     std::mt19937 random{quint32(period)};
     std::normal_distribution<double> noise(0, kNoiseRms);
@@ -142,20 +141,20 @@ bool mixPeriod(const QString &generator, int period, Samples *mixed, QString *er
         sample = noise(random);
     }
     for (const PlannedStation &station : plannedStations(period)) {
-        Samples signal;
-        if (!generate(generator, station, &signal, error)) {
-            return false;
+        PeriodSound signal = generate(generator, station);
+        if (!signal.error.isEmpty()) {
+            return signal;
         }
         const double gain = amplitude(station.snrDb) / 32767;
         for (int i = 0; i < kPeriodSamples; ++i) {
-            sum[i] += gain * signal.at(i);
+            sum[i] += gain * signal.samples.at(i);
         }
     }
-    mixed->clear();
+    PeriodSound mixed;
     for (const double sample : qAsConst(sum)) {
-        mixed->append(qint16(qBound(-32768.0, std::round(sample), 32767.0)));
+        mixed.samples.append(qint16(qBound(-32768.0, std::round(sample), 32767.0)));
     }
-    return true;
+    return mixed;
 }
 
 // The folder's name depends on the plan and the levels, so that a changed band never comes from an
@@ -177,17 +176,37 @@ QString cacheFolder(const QString &root)
     return base + QStringLiteral("/band-") + QString::fromLatin1(hash.result().toHex().left(16));
 }
 
-bool findGenerator(QString *generator, QString *error)
+PeriodSound makePeriod(const BandSettings &settings, int period)
 {
-    if (generator->isEmpty()) {
-        *generator = QStandardPaths::findExecutable(QStringLiteral("ft8sim"));
+    if (settings.progress) {
+        settings.progress(QStringLiteral("making period %1 of %2 of the synthetic band")
+                              .arg(period + 1)
+                              .arg(kBandPeriods));
     }
-    if (!generator->isEmpty()) {
-        return true;
+    const QString generator = settings.generator.isEmpty()
+                                  ? QStandardPaths::findExecutable(QStringLiteral("ft8sim"))
+                                  : settings.generator;
+    if (generator.isEmpty()) {
+        return {{},
+                QStringLiteral("ft8sim, which makes the synthetic band, is not on PATH (it comes "
+                               "with the wsjtx package); give WAV files instead")};
     }
-    *error = QStringLiteral("ft8sim, which makes the synthetic band, is not on PATH (it comes with "
-                            "the wsjtx package); give WAV files instead");
-    return false;
+    return mixPeriod(generator, period);
+}
+
+PeriodSound loadPeriod(const BandSettings &settings, const QDir &folder, int period)
+{
+    const QString path = folder.filePath(QStringLiteral("period-%1.wav").arg(period));
+    PeriodSound cached = readPeriodWav(path);
+    if (cached.error.isEmpty()) {
+        return cached;
+    }
+    PeriodSound made = makePeriod(settings, period);
+    if (made.error.isEmpty()) {
+        folder.mkpath(QStringLiteral("."));
+        made.error = writePeriodWav(path, made.samples);
+    }
+    return made;
 }
 
 } // namespace
@@ -207,33 +226,18 @@ QVector<PlannedStation> plannedStations(int period)
     return stations;
 }
 
-bool loadBand(const BandSettings &settings, QVector<Samples> *periods, QString *error)
+Band loadBand(const BandSettings &settings)
 {
     const QDir folder(cacheFolder(settings.cacheFolder));
-    QString generator = settings.generator;
-    periods->clear();
+    Band band;
     for (int period = 0; period < kBandPeriods; ++period) {
-        const QString path = folder.filePath(QStringLiteral("period-%1.wav").arg(period));
-        Samples samples;
-        QString notCached;
-        if (!readPeriodWav(path, &samples, &notCached)) {
-            if (settings.progress) {
-                settings.progress(QStringLiteral("making period %1 of %2 of the synthetic band")
-                                      .arg(period + 1)
-                                      .arg(kBandPeriods));
-            }
-            if (!findGenerator(&generator, error) ||
-                !mixPeriod(generator, period, &samples, error)) {
-                return false;
-            }
-            folder.mkpath(QStringLiteral("."));
-            if (!writePeriodWav(path, samples, error)) {
-                return false;
-            }
+        const PeriodSound sound = loadPeriod(settings, folder, period);
+        if (!sound.error.isEmpty()) {
+            return {{}, sound.error};
         }
-        periods->append(samples);
+        band.periods.append(sound.samples);
     }
-    return true;
+    return band;
 }
 
 } // namespace sim

@@ -32,9 +32,14 @@ struct BandSettings {
     std::function<void(const QString &)> progress;
 };
 
-// All periods, from the cache, or newly made and then cached. Making them takes about 10 s. On
-// failure returns false and sets `error`.
-bool loadBand(const BandSettings &settings, QVector<Samples> *periods, QString *error);
+// The sound of all periods, or why there is none.
+struct Band {
+    QVector<Samples> periods; // kBandPeriods; none after a failure
+    QString error;            // empty if there are periods
+};
+
+// Reads the band from the cache, or makes and caches it, which takes about 10 s.
+Band loadBand(const BandSettings &settings);
 
 } // namespace sim
 

@@ -27,8 +27,7 @@ private:
 
     QByteArray goodBytes() const
     {
-        QString error;
-        writePeriodWav(path(), Samples(kPeriodSamples, 1), &error);
+        writePeriodWav(path(), Samples(kPeriodSamples, 1));
         return fileBytes(path());
     }
 
@@ -39,12 +38,11 @@ private slots:
         for (int i = 0; i < written.size(); ++i) {
             written[i] = qint16(i * 7);
         }
-        QString error;
-        QVERIFY2(writePeriodWav(path(), written, &error), qPrintable(error));
+        QCOMPARE(writePeriodWav(path(), written), QString());
         QCOMPARE(QFile(path()).size(), qint64(360044));
-        Samples read;
-        QVERIFY2(readPeriodWav(path(), &read, &error), qPrintable(error));
-        QCOMPARE(read, written);
+        const PeriodSound read = readPeriodWav(path());
+        QCOMPARE(read.error, QString());
+        QCOMPARE(read.samples, written);
     }
 
     void skipsOtherChunks()
@@ -52,10 +50,9 @@ private slots:
         QByteArray bytes = goodBytes();
         bytes.insert(12, QByteArray("LIST\3\0\0\0abc\0", 12)); // padded to an even size
         putFile(path(), bytes);
-        Samples read;
-        QString error;
-        QVERIFY2(readPeriodWav(path(), &read, &error), qPrintable(error));
-        QCOMPARE(read.size(), kPeriodSamples);
+        const PeriodSound read = readPeriodWav(path());
+        QCOMPARE(read.error, QString());
+        QCOMPARE(read.samples.size(), kPeriodSamples);
     }
 
     void refusesWithAReason_data()
@@ -90,36 +87,30 @@ private slots:
         QFETCH(QByteArray, bytes);
         QFETCH(QString, reason);
         putFile(path(), bytes);
-        Samples read{1, 2, 3};
-        QString error;
-        QVERIFY(!readPeriodWav(path(), &read, &error));
-        QCOMPARE(error, path() + QStringLiteral(": ") + reason);
-        QCOMPARE(read, (Samples{1, 2, 3}));
+        const PeriodSound read = readPeriodWav(path());
+        QCOMPARE(read.error, path() + QStringLiteral(": ") + reason);
+        QVERIFY(read.samples.isEmpty());
     }
 
     void missingFileIsNamed()
     {
-        Samples read;
-        QString error;
-        QVERIFY(!readPeriodWav(QStringLiteral("/nowhere/b.wav"), &read, &error));
-        QVERIFY(error.startsWith(QStringLiteral("/nowhere/b.wav: ")));
+        const QString missing = QStringLiteral("/nowhere/b.wav");
+        QVERIFY(readPeriodWav(missing).error.startsWith(missing + QStringLiteral(": ")));
     }
 
     void folderInTheWayIsAnError()
     {
         QVERIFY(QDir(m_folder.path()).mkdir(QStringLiteral("folder.wav")));
-        QString error;
-        QVERIFY(!writePeriodWav(m_folder.filePath(QStringLiteral("folder.wav")), {1}, &error));
-        QVERIFY(error.contains(QStringLiteral("folder.wav: ")));
-        QVERIFY(!writePeriodWav(QStringLiteral("/nowhere/b.wav"), {1}, &error));
-        QVERIFY(error.startsWith(QStringLiteral("/nowhere/b.wav: ")));
+        const QString inTheWay = m_folder.filePath(QStringLiteral("folder.wav"));
+        QVERIFY(writePeriodWav(inTheWay, {1}).contains(QStringLiteral("folder.wav: ")));
+        const QString missing = QStringLiteral("/nowhere/b.wav");
+        QVERIFY(writePeriodWav(missing, {1}).startsWith(missing + QStringLiteral(": ")));
     }
 
 #ifdef Q_OS_UNIX
     void failedWriteLeavesTheOldFile()
     {
         const QByteArray old = goodBytes();
-        QString error;
         // Writes beyond the limit then fail as they do on a full disk.
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit before{};
@@ -127,9 +118,8 @@ private slots:
         rlimit small = before;
         small.rlim_cur = 1000;
         setrlimit(RLIMIT_FSIZE, &small);
-        const bool written = writePeriodWav(path(), Samples(kPeriodSamples, 2), &error);
+        const QString error = writePeriodWav(path(), Samples(kPeriodSamples, 2));
         setrlimit(RLIMIT_FSIZE, &before);
-        QVERIFY(!written);
         QVERIFY(!error.isEmpty());
         QFile file(path());
         QVERIFY(file.open(QIODevice::ReadOnly));

@@ -108,42 +108,38 @@ private slots:
 
     void bandComesFromTheCacheTheSecondTime()
     {
-        QVector<Samples> made;
-        QString error;
-        QVERIFY2(loadBand(m_settings, &made, &error), qPrintable(error));
-        QCOMPARE(made.size(), kBandPeriods);
+        const Band made = loadBand(m_settings);
+        QCOMPARE(made.error, QString());
+        QCOMPARE(made.periods.size(), kBandPeriods);
         BandSettings cached = m_settings;
         cached.generator = text("/nowhere/generator");
         cached.progress = [](const QString &) { QFAIL("nothing is made again"); };
-        QVector<Samples> again;
-        QVERIFY2(loadBand(cached, &again, &error), qPrintable(error));
-        QVERIFY(again == made);
+        const Band again = loadBand(cached);
+        QCOMPARE(again.error, QString());
+        QVERIFY(again.periods == made.periods);
     }
 
     void damagedCacheIsNotUsed()
     {
         QTemporaryDir folder;
-        QVector<Samples> band;
-        QString error;
         const QDir cache(text(BAND_CACHE));
         const QString name = cache.entryList({text("band-*")}, QDir::Dirs).value(0);
         QVERIFY(QDir(folder.path()).mkdir(name));
         QFile damaged(folder.filePath(name + text("/period-0.wav")));
         QVERIFY(damaged.open(QIODevice::WriteOnly));
         damaged.close();
-        QVERIFY(!loadBand({folder.path(), text("/nowhere/generator"), {}}, &band, &error));
+        const Band band = loadBand({folder.path(), text("/nowhere/generator"), {}});
+        QVERIFY(band.periods.isEmpty() && !band.error.isEmpty());
     }
 
     void missingGeneratorIsAClearError()
     {
         QTemporaryDir folder;
-        QVector<Samples> band;
-        QString error;
-        QVERIFY(!loadBand({folder.path(), text("/nowhere/generator"), {}}, &band, &error));
+        QString error = loadBand({folder.path(), text("/nowhere/generator"), {}}).error;
         QVERIFY2(error.contains(text("\"/nowhere/generator\" does not run")), qPrintable(error));
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", folder.path().toUtf8());
-        QVERIFY(!loadBand({folder.path(), {}, {}}, &band, &error));
+        error = loadBand({folder.path(), {}, {}}).error;
         qputenv("PATH", path);
         QVERIFY2(error.contains(text("ft8sim")) && error.contains(text("not on PATH")),
                  qPrintable(error));
@@ -152,10 +148,8 @@ private slots:
     void generatorWithoutASignalIsAClearError()
     {
         QTemporaryDir folder;
-        QVector<Samples> band;
-        QString error;
         const QString generator = QStandardPaths::findExecutable(text("true"));
-        QVERIFY(!loadBand({folder.path(), generator, {}}, &band, &error));
+        const QString error = loadBand({folder.path(), generator, {}}).error;
         QVERIFY2(error.contains(text("made no signal of \"CQ WB4ZXH MI22\"")), qPrintable(error));
     }
 
@@ -170,12 +164,11 @@ private slots:
     void realDecoderHearsTheStations()
     {
         QFETCH(int, period);
-        QVector<Samples> band;
-        QString error;
-        QVERIFY2(loadBand(m_settings, &band, &error), qPrintable(error));
+        const Band band = loadBand(m_settings);
+        QCOMPARE(band.error, QString());
         QTemporaryDir folder;
         const QString wav = folder.filePath(text("heard.wav"));
-        QVERIFY(writePeriodWav(wav, throughTheCodec(band.at(period)), &error));
+        QCOMPARE(writePeriodWav(wav, throughTheCodec(band.periods.at(period))), QString());
         QSet<QString> heard;
         heard += decode(folder.path(), wav, "0", "825");
         heard += decode(folder.path(), wav, "725", "1550");
