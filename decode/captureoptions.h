@@ -19,9 +19,9 @@ namespace outpost
 using DecodeCallback =
     std::function<void(const QString &periodLabel, const QVector<Ft8Decode> &decodes)>;
 
-// Neither is called without decodes.
+// Called only with at least one decode.
 struct CaptureCallbacks {
-    DecodeCallback onWorkerDecodes = [](const QString &, const QVector<Ft8Decode> &) {}; // raw
+    DecodeCallback onWorkerDecodes = [](const QString &, const QVector<Ft8Decode> &) {}; // unmerged
     DecodeCallback onPeriodDecodes = [](const QString &, const QVector<Ft8Decode> &) {}; // merged
 };
 

@@ -1,5 +1,5 @@
-// A station without a window: how the parts are wired, in a program that is linked with
-// outpost_station alone.
+// A station without a window: how the parts are connected in a program that is linked only with
+// outpost_station.
 
 #include "app/receiversound.h"
 #include "decode/kiwiaudiocapture.h"
@@ -49,7 +49,7 @@ struct Station {
     SoundDecoder sound;
     KiwiAudioCapture capture{captureCallbacks()};
     WsjtBridge bridge;
-    KiwiLink link; // last, since it calls back to the others
+    KiwiLink link; // last, since it calls the others back
 
 private:
     CaptureCallbacks captureCallbacks()
@@ -119,12 +119,12 @@ void WindowlessTest::itReceivesDecodesAndServesTheBridge()
     const BridgeClient client(station.bridgePort);
     QVERIFY(client.waitForGreeting());
     QTRY_COMPARE(receiver.commands().size(), 7);
-    // The clock stands still while frames are on their way, so that none that left before the
-    // boundary comes after it.
+    // Stops the clock while frames are in transit, so that none sent before the boundary arrives
+    // after it.
     clock.set(boundaryMs - 3900);
     QTRY_VERIFY(station.link.state().phase == LinkPhase::Connected);
     clock.set(boundaryMs - 400);
-    QTRY_COMPARE(station.link.state().sndFrames, quint64{23}); // of 2048 samples each
+    QTRY_COMPARE(station.link.state().sndFrames, quint64{23}); // with 2048 samples each
     clock.set(boundaryMs + 20);
 
     QTRY_COMPARE(station.table,

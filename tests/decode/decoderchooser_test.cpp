@@ -69,7 +69,7 @@ void selectByHand(const MainWindow &window)
                     QStringLiteral("Select Installed jt9.exe...")});
 }
 
-// The part alone, with what it told its owner.
+// The part alone, with a record of its callbacks.
 struct LoneChooser {
     QWidget parent;
     QString current;

@@ -5,7 +5,7 @@
 namespace outpost
 {
 
-// The decoder that the environment names while it lives.
+// For its lifetime, the environment names this decoder.
 class PublishedDecoder : public ScriptedDecoder
 {
 public:

@@ -7,7 +7,7 @@
 namespace outpost
 {
 
-// In the capture folder, by the local time at which the capture began.
+// The path of a report below the capture folder, named after the local start time.
 inline QString evidenceName(qint64 startMs)
 {
     return QStringLiteral("/PELQ_KIWI_STAGE17C_LIVE_SND_EVIDENCE_%1.txt")

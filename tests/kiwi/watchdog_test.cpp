@@ -40,7 +40,7 @@ std::unique_ptr<TestStation> impatientStation(const LinkTimeouts &ofIt = timeout
     return station;
 }
 
-// Measured from the line with `begin`, which may be yet to come. Qt's timers may be 5 % early.
+// Measured from the log line with `begin`, which may be yet to come. Qt's timers may be 5 % early.
 void verifyGivenUpAfter(int timeoutMs, const TestStation &station, const QString &begin,
                         const QString &endpoint)
 {

@@ -1,17 +1,17 @@
-// Stands in for the decoder in tests: does, line by line, what "orders.txt" beside it says.
+// Stands in for the decoder in tests: follows the orders in "orders.txt" beside it, line by line.
 //
 //   print TEXT    prints a line
-//   record        leaves beside itself what it was given, in "<low Hz>.txt", and the WAV file
-//   read          reads standard input to its end
+//   record        writes what it was given to "<low Hz>.txt" beside itself, and copies the WAV file
+//   read          reads standard input up to its end
 //   complain N    writes N thousand bytes to standard error
-//   child         starts a child that stays until it is killed, and leaves its id in "child.txt",
-//                 the own one in "self.txt"
-//   wait MS       waits as long
-//   hang          stays until it is killed
+//   child         starts a child that runs until it is killed, and writes the child's process id to
+//                 "child.txt" and its own to "self.txt"
+//   wait MS       waits this number of milliseconds
+//   hang          waits until it is killed
 //   crash         ends with an access violation
 //   exit N        ends with that exit code
-//   await NAME    waits until a file of that name lies beside it
-//   for TEXT ...  follows the order in the rest of the line where the WAV file's path has the text
+//   await NAME    waits until a file with this name is beside it
+//   for TEXT ...  follows the order in the rest of the line if the WAV file's path contains TEXT
 
 #include <cstdio>
 #include <fstream>
