@@ -7,10 +7,10 @@
 #include "kiwi/kiwilink.h"
 #include "kiwi/sounddecoder.h"
 #include "sim/simwav.h"
-#include "tests/decode/publisheddecoder.h"
 #include "tests/display/bridgeclient.h"
 #include "tests/fixture/freeport.h"
 #include "tests/fixture/madeupclock.h"
+#include "tests/fixture/scripteddecoder.h"
 #include "tests/fixture/simulator.h"
 
 #include <QtTest>
@@ -22,8 +22,8 @@ namespace
 {
 
 struct Station {
-    Station(int receiverPort, std::function<qint64()> clockToUse)
-        : clock(std::move(clockToUse)),
+    Station(int receiverPort, const QString &decoderPath, std::function<qint64()> clockToUse)
+        : clock(std::move(clockToUse)), capture(captureCallbacks(), captureOptions(decoderPath)),
           bridge([this] { return bridgePort; }, {[](int /*corrected*/) {}, [] {}}, clock),
           link(
               [receiverPort] {
@@ -47,7 +47,7 @@ struct Station {
     QStringList table;
     QTemporaryDir folder;
     SoundDecoder sound;
-    KiwiAudioCapture capture{captureCallbacks()};
+    KiwiAudioCapture capture;
     WsjtBridge bridge;
     KiwiLink link; // last, since it calls the others back
 
@@ -67,7 +67,12 @@ private:
         };
         return callbacks;
     }
-
+    static CaptureOptions captureOptions(const QString &decoderPath)
+    {
+        CaptureOptions options;
+        options.decoderPath = [decoderPath] { return decoderPath; };
+        return options;
+    }
     KiwiLinkCallbacks linkCallbacks()
     {
         KiwiLinkCallbacks callbacks;
@@ -100,10 +105,10 @@ private slots:
 // The first two workers hear the same signal where their sub-bands overlap.
 void WindowlessTest::itReceivesDecodesAndServesTheBridge()
 {
-    const PublishedDecoder decoder(
-        QStringLiteral("cp \"$8\" \"$here/$5.wav\"\n"
-                       "[ $5 -gt 725 ] || echo '142315 -12  0.3  790 ~  CQ K1ABC FN42'\n"
-                       "[ $5 -gt 0 ]   || echo '142315   3 -1.2  500 ~  K1ABC W9XYZ EN37'"));
+    const ScriptedDecoder decoder(
+        "cp \"$8\" \"$here/$5.wav\"\n"
+        "[ $5 -gt 725 ] || echo '142315 -12  0.3  790 ~  CQ K1ABC FN42'\n"
+        "[ $5 -gt 0 ]   || echo '142315   3 -1.2  500 ~  K1ABC W9XYZ EN37'");
     MadeUpClock clock;
     const qint64 boundaryMs = MadeUpClock::boundaryMs();
     KiwiSim receiver;
@@ -115,7 +120,7 @@ void WindowlessTest::itReceivesDecodesAndServesTheBridge()
     startSim(receiver, {}, config);
 
     clock.set(boundaryMs - 4000);
-    Station station(receiver.port(), clock.reader());
+    Station station(receiver.port(), decoder.path(), clock.reader());
     const BridgeClient client(station.bridgePort);
     QVERIFY(client.waitForGreeting());
     QTRY_COMPARE(receiver.commands().size(), 7);
