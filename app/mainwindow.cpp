@@ -280,7 +280,8 @@ std::unique_ptr<DecoderChooser> MainWindow::newDecoderChooser()
 void MainWindow::appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes)
 {
     int rows = 0;
-    if (decodeTable) { // null only during construction
+    // Kept, but always true: the constructor makes the table before anything can deliver decodes.
+    if (decodeTable) {
         addSessionDecodes(decodeTable->append(periodLabel, decodes));
         rows = decodeTable->rowCount();
     }
@@ -305,6 +306,7 @@ void MainWindow::editHighlightCalls()
 
 void MainWindow::refreshStatusBar()
 {
+    // Kept, but always true: the constructor makes it before its first refresh.
     if (statusSummary) {
         statusSummary->refresh(link->state().phase == LinkPhase::Connected, bridge->state().clients,
                                sessionLog.session().decodes);
