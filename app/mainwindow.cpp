@@ -25,7 +25,6 @@
 #include <QDialog>
 #include <QMenuBar>
 #include <QProcessEnvironment>
-#include <QPushButton>
 #include <QStatusBar>
 #include <QTimer>
 #include <utility>
@@ -45,7 +44,7 @@ MainWindow::MainWindow(StationOptions stationOptions)
     buildLink();
     buildMenus(this, menuChoices(), storedDecodeDepth(options.settings.open()));
     buildDecodeTable();
-    buildClearButton();
+    addClearButton(menuBar(), [this] { decodeTable->removeAll(); });
     statusSummary = new StatusSummary(statusBar(), font(), minimumWidth());
     refreshStatusBar();
     buildCapture();
@@ -65,7 +64,7 @@ MainWindow::MainWindow(StationOptions stationOptions)
 MainWindow::~MainWindow()
 {
     bridge->stop();
-    disconnectKiwi(false);
+    link->disconnectKiwi(false);
 }
 
 // Windows may ask first and cancel the log-off, so a query closes nothing. Once the log-off is
@@ -98,15 +97,21 @@ MenuChoices MainWindow::menuChoices()
     choices.saveProfile = [this] { saveProfile(this, &profiles); };
     choices.saveProfileAs = [this] { saveProfileAs(this, &profiles); };
     choices.showReceiverDialog = [this] { showReceiverDialog(); };
-    choices.disconnectReceiver = [this] { disconnectKiwi(true); };
+    choices.disconnectReceiver = [this] { link->disconnectKiwi(true); };
     choices.editHighlightCalls = [this] { editHighlightCalls(); };
     choices.chooseDecodeDepth = [this](int depth) {
         capture->setDecodeDepth(depth); // from the next period on
         options.settings.save(QStringLiteral("decoder/depth"), depth);
     };
     choices.selectJt9 = [this] { chooser->selectJt9(); };
-    choices.startBridge = [this] { startBridgeFromMenu(); };
-    choices.stopBridge = [this] { stopBridgeFromMenu(); };
+    choices.startBridge = [this] {
+        bridge->startOnRequest();
+        refreshBridgeStatus();
+    };
+    choices.stopBridge = [this] {
+        bridge->stop();
+        refreshBridgeStatus();
+    };
     choices.showBridgeAttachment = [this] { showBridgeAttachment(this, bridge->state()); };
     choices.showStatusLog = [this] { showStatusLogWindow(); };
     choices.showStationDisplay = [this] { showStationDisplay(); };
@@ -145,7 +150,7 @@ void MainWindow::showReceiverDialog()
                                       goodReceivers.receivers()};
     const ReceiverDialogCallbacks callbacks{
         [this](const ReceiverInput &input) { applyReceiver(input); },
-        [this] { disconnectKiwi(true); },
+        [this] { link->disconnectKiwi(true); },
         [this](const QString &host, int port) {
             return goodReceivers.removeGoodReceiver(host, port);
         }};
@@ -170,7 +175,7 @@ void MainWindow::recordGoodReceiver(int decodeCount)
     const Profile &profile = profiles.profile();
     goodReceivers.recordGoodReceiver(
         {profile.kiwiHost.trimmed(), profile.kiwiPort, profiles.frequencyMhz(), decodeCount},
-        nowMs());
+        options.clock());
 }
 
 void MainWindow::startStatusSession()
@@ -214,17 +219,6 @@ void MainWindow::fitToDecodes(int tableWidth)
 {
     setMinimumWidth(qMax(tableWidth, menuBar()->sizeHint().width() + 20));
     resize(tableWidth, height());
-}
-
-void MainWindow::buildClearButton()
-{
-    auto *clear = new QPushButton(QStringLiteral("Clear"), menuBar());
-    clear->setToolTip(QStringLiteral("Clear the displayed decode list"));
-    clear->setFocusPolicy(Qt::NoFocus);
-    clear->setMinimumWidth(52);
-    clear->setFixedHeight(qMax(20, menuBar()->sizeHint().height() - 2));
-    connect(clear, &QPushButton::clicked, this, [this] { clearDecodes(); });
-    menuBar()->setCornerWidget(clear, Qt::TopRightCorner);
 }
 
 // The profile may be loaded later, since the bridge asks for the port only when it is started or
@@ -290,11 +284,6 @@ void MainWindow::appendDecodes(const QString &periodLabel, const QVector<Ft8Deco
     refreshStatusBar();
 }
 
-void MainWindow::clearDecodes()
-{
-    decodeTable->removeAll();
-}
-
 void MainWindow::editHighlightCalls()
 {
     const auto calls = editedHighlightCalls(this, decodeTable->highlighted());
@@ -326,7 +315,7 @@ void MainWindow::refreshStationDisplay()
 {
     if (stationDisplay) {
         stationDisplay->refresh(
-            {sessionLog.session(), nowMs(), bridge->state(), decodeTable->rows()});
+            {sessionLog.session(), options.clock(), bridge->state(), decodeTable->rows()});
     }
 }
 
@@ -334,18 +323,6 @@ void MainWindow::onDecodesDelivered(const QString &periodLabel, const QVector<Ft
 {
     recordGoodReceiver(decodes.size());
     bridge->broadcast(periodLabel, decodes);
-}
-
-void MainWindow::startBridgeFromMenu()
-{
-    bridge->startOnRequest();
-    refreshBridgeStatus();
-}
-
-void MainWindow::stopBridgeFromMenu()
-{
-    bridge->stop();
-    refreshBridgeStatus();
 }
 
 void MainWindow::showBridgeStatusDialog()

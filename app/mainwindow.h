@@ -38,52 +38,43 @@ public:
     ~MainWindow() override;
 
     void connectKiwi();
-    void disconnectKiwi(bool announce);
     QString kiwiStatusText() const;
-    void setKiwiStatus(const QString &text); // an empty text shows kiwiStatusText()
-
     void appendDecodes(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
-    void clearDecodes();
-    void editHighlightCalls();
-    void refreshStatusBar();
-    void showStationDisplay();
-    void refreshStationDisplay();
-
     void onDecodesDelivered(const QString &periodLabel, const QVector<Ft8Decode> &decodes);
-    void startBridgeFromMenu();
-    void stopBridgeFromMenu();
-    void showBridgeStatusDialog();
-    void refreshBridgeStatus();
-
-    ProfileStore &profileStore() { return profiles; }
-    const DecoderChooser &decoderChooser() const { return *chooser; }
-    void showReceiverDialog();
     void recordGoodReceiver(int decodeCount);
     void startStatusSession();
     void addSessionDecodes(qint64 count) { sessionLog.addSessionDecodes(count); }
     void finishStatusSession() { sessionLog.finishStatusSession(); }
-    void showStatusLogWindow();
+    ProfileStore &profileStore() { return profiles; }
+    const DecoderChooser &decoderChooser() const { return *chooser; }
 
 private:
     MenuChoices menuChoices();
     void buildDecodeTable();
     void fitToDecodes(int tableWidth);
-    void buildClearButton();
     void buildCapture();
     std::unique_ptr<DecoderChooser> newDecoderChooser();
     WsjtBridge *newBridge();
     void prepareForLogOff();
+    void loadStartupProfile();
     void connectAtStart();
-    qint64 nowMs() const { return options.clock(); }
 
     // app/receiverlink.cpp
     void buildLink();
     void takeSound(const QByteArray &frame);
 
-    void loadStartupProfile();
+    void setKiwiStatus(const QString &text); // an empty text shows kiwiStatusText()
+    void showReceiverDialog();
     void applyReceiver(const ReceiverInput &input);
+    void editHighlightCalls();
+    void refreshStatusBar();
     void refreshSession();
+    void showStatusLogWindow();
     void refreshStatusLogView();
+    void showStationDisplay();
+    void refreshStationDisplay();
+    void showBridgeStatusDialog();
+    void refreshBridgeStatus();
 
     const StationOptions options;
 

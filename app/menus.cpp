@@ -4,6 +4,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPushButton>
 
 namespace outpost
 {
@@ -97,6 +98,17 @@ void buildMenus(QMainWindow *window, const MenuChoices &choices, int decodeDepth
     addViewMenu(settings, choices);
     QMenu *help = window->menuBar()->addMenu(QStringLiteral("&Help"));
     addEntry(help, QStringLiteral("Help / About PELQ Kiwi Outpost"), choices.showHelp);
+}
+
+void addClearButton(QMenuBar *bar, const MenuChoices::Choice &clear)
+{
+    auto *button = new QPushButton(QStringLiteral("Clear"), bar);
+    button->setToolTip(QStringLiteral("Clear the displayed decode list"));
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setMinimumWidth(52);
+    button->setFixedHeight(qMax(20, bar->sizeHint().height() - 2));
+    QObject::connect(button, &QPushButton::clicked, bar, [clear] { clear(); });
+    bar->setCornerWidget(button, Qt::TopRightCorner);
 }
 
 } // namespace outpost

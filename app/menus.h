@@ -3,6 +3,7 @@
 #include <functional>
 
 class QMainWindow;
+class QMenuBar;
 
 namespace outpost
 {
@@ -31,5 +32,8 @@ struct MenuChoices {
 // Fills the window's menu bar. No entry has a shortcut, an icon or a tool tip. `decodeDepth` is
 // checked initially.
 void buildMenus(QMainWindow *window, const MenuChoices &choices, int decodeDepth);
+
+// In the right corner of the bar, which must have its menus.
+void addClearButton(QMenuBar *bar, const MenuChoices::Choice &clear);
 
 } // namespace outpost

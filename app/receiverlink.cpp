@@ -31,11 +31,6 @@ void MainWindow::connectKiwi()
     link->connectKiwi();
 }
 
-void MainWindow::disconnectKiwi(bool announce)
-{
-    link->disconnectKiwi(announce);
-}
-
 QString MainWindow::kiwiStatusText() const
 {
     return link->kiwiStatusText();
@@ -45,7 +40,7 @@ QString MainWindow::kiwiStatusText() const
 void MainWindow::takeSound(const QByteArray &frame)
 {
     const SoundOutcome outcome =
-        captureFrame(*capture, soundDecoder, frame, link->state().currentEndpoint, nowMs());
+        captureFrame(*capture, soundDecoder, frame, link->state().currentEndpoint, options.clock());
     if (!outcome.attempted) {
         return;
     }

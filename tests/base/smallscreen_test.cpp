@@ -300,7 +300,7 @@ void SmallScreenTest::aRefreshLeavesItsSizeToTheOperator()
     inDialog(station, view("Station Display"), [&](QDialog *dialog) {
         QVERIFY(scrollsToFitScreen(*dialog));
         dialog->resize(250, 200);
-        station.window->refreshStationDisplay();
+        station.window->appendDecodes(QStringLiteral("14:23:30"), {});
         QCoreApplication::sendPostedEvents();
         QCOMPARE(dialog->size(), QSize(250, 200));
         QCOMPARE(outOfReach(dialog), QString());

@@ -358,8 +358,10 @@ void BridgeTest::manyClients()
 void BridgeTest::whatWasSentIsRememberedOverAStop()
 {
     deliver({example});
-    (*station)->stopBridgeFromMenu();
-    (*station)->startBridgeFromMenu();
+    choose(**station, {QStringLiteral("Settings"), QStringLiteral("Bridge"),
+                       QStringLiteral("Stop Local WSJT Bridge")});
+    choose(**station, {QStringLiteral("Settings"), QStringLiteral("Bridge"),
+                       QStringLiteral("Start Local WSJT Bridge")});
     client = std::make_unique<BridgeClient>(station->bridgePort);
     QVERIFY(client->waitForGreeting());
     deliver({example});

@@ -62,7 +62,8 @@ private:
     }
     QString bridgeStatus()
     {
-        (*station)->showBridgeStatusDialog();
+        choose(**station, {QStringLiteral("Settings"), QStringLiteral("View"),
+                           QStringLiteral("Bridge Status")});
         return openDialog(QStringLiteral("PELQ Kiwi Outpost Bridge Status"))
             ->findChild<QLabel *>()
             ->text();
@@ -164,7 +165,8 @@ void BridgeStartTest::aTakenPortIsTracedAndLeavesItStopped()
                                 .arg(QStringLiteral("The bound address is already in use")));
     QTest::qWait(0);
     QVERIFY(!second.findChild<QTcpServer *>());
-    second.showStationDisplay();
+    choose(second,
+           {QStringLiteral("Settings"), QStringLiteral("View"), QStringLiteral("Station Display")});
     QVERIFY(second.findChild<QDialog *>()->findChild<QLabel *>()->text().endsWith(
         QStringLiteral("bridge: Stopped")));
 }
@@ -201,7 +203,8 @@ void BridgeStartTest::aListenerThatHasClosedIsReplaced()
     QVERIFY(client.waitForGreeting());
     (*station)->findChild<QTcpServer *>()->close();
     QVERIFY(bridgeStatus().startsWith(QStringLiteral("Bridge: Stopped\n")));
-    (*station)->showStationDisplay();
+    choose(**station,
+           {QStringLiteral("Settings"), QStringLiteral("View"), QStringLiteral("Station Display")});
     QVERIFY(openDialog(QStringLiteral("PELQ Kiwi Outpost Station Display"))
                 ->findChild<QLabel *>()
                 ->text()

@@ -116,7 +116,9 @@ void BridgeStatusTest::itClosesByEscapeEnterAndButton()
 {
     QTest::keyClick(dialog, Qt::Key_Escape);
     QTRY_VERIFY(!dialog);
-    (*station)->refreshBridgeStatus(); // must not touch the closed window
+    choose(**station,
+           {QStringLiteral("Settings"), QStringLiteral("Bridge"),
+            QStringLiteral("Stop Local WSJT Bridge")}); // must not touch the closed window
     show();
     QTRY_VERIFY(dialog->focusWidget());
     QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
@@ -203,7 +205,8 @@ void BridgeStatusTest::aFailedStartIsShownUntilAGoodOne()
 void BridgeStatusTest::aFailureBeforeTheMenuWasUsedIsNotShown()
 {
     MainWindow second(testOptions(station->clock())); // the same profile, so the port is taken
-    second.showBridgeStatusDialog();
+    choose(second,
+           {QStringLiteral("Settings"), QStringLiteral("View"), QStringLiteral("Bridge Status")});
     const auto *shown = second.findChild<QDialog *>()->findChild<QLabel *>();
     QCOMPARE(shown->text(), QStringLiteral("Bridge: Stopped\nLast error: None"));
 }

@@ -73,11 +73,7 @@ private:
     {
         (*station)->appendDecodes(label, parseDecodeLines(lines));
     }
-    void clear()
-    {
-        auto *corner = (*station)->menuBar()->cornerWidget(Qt::TopRightCorner);
-        QTest::mouseClick(corner, Qt::LeftButton);
-    }
+    void clear() { pressClear(**station); }
 };
 
 void DecodeTableTest::init()
@@ -348,7 +344,7 @@ void DecodeTableTest::clearTouchesNothingElse()
     QVERIFY(shown->findChild<QLabel *>()->text().contains(QStringLiteral("decodes: 5")));
     QCOMPARE(summary->text(), QStringLiteral("left as it is"));
     QCOMPARE((*station)->size(), size);
-    (*station)->refreshStatusBar();
+    append(QStringLiteral("10:15:45"), {});
     QVERIFY(summary->text().endsWith(QStringLiteral("TDecodes 5")));
 }
 

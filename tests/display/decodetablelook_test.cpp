@@ -277,7 +277,7 @@ void DecodeTableLookTest::updatesAreSuspendedWhileRowsComeAndGo()
     QVERIFY(suspended);
     QVERIFY(table->updatesEnabled());
     changes = 0;
-    (*station)->clearDecodes();
+    pressClear(**station);
     QVERIFY(changes > 0);
     QVERIFY(suspended);
     QVERIFY(table->updatesEnabled());
@@ -323,7 +323,8 @@ void DecodeTableLookTest::aBatchWithoutRowsRecordsNoReceiver()
 void DecodeTableLookTest::receiverThenStationDisplayThenStatusBar()
 {
     (*station)->startStatusSession();
-    (*station)->showStationDisplay();
+    choose(**station,
+           {QStringLiteral("Settings"), QStringLiteral("View"), QStringLiteral("Station Display")});
     auto *dialog = openDialog(QStringLiteral("PELQ Kiwi Outpost Station Display"));
     QStringList seenByTheStationDisplay;
     connect(dialog->findChild<QTableWidget *>()->model(), &QAbstractItemModel::rowsInserted, this,

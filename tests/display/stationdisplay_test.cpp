@@ -280,7 +280,8 @@ void StationDisplayTest::theBridgeLine()
     QVERIFY(first.waitForGreeting() && second.waitForGreeting());
     choose(**station, entry);
     QCOMPARE(lines().at(7), QStringLiteral("Local WSJT bridge: Listening — 2 client(s)"));
-    (*station)->stopBridgeFromMenu();
+    choose(**station, {QStringLiteral("Settings"), QStringLiteral("Bridge"),
+                       QStringLiteral("Stop Local WSJT Bridge")});
     choose(**station, entry);
     QCOMPARE(lines().at(7), QStringLiteral("Local WSJT bridge: Stopped"));
 }
@@ -317,7 +318,7 @@ void StationDisplayTest::itCopiesAllRowsAsTextOnly()
         }
     }
     QVERIFY(table()->updatesEnabled());
-    (*station)->clearDecodes();
+    pressClear(**station);
     choose(**station, entry);
     QCOMPARE(table()->rowCount(), 0);
 }

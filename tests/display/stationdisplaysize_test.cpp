@@ -53,7 +53,8 @@ private:
 
     void show()
     {
-        (*station)->showStationDisplay();
+        choose(**station, {QStringLiteral("Settings"), QStringLiteral("View"),
+                           QStringLiteral("Station Display")});
         dialog = openDialog(QStringLiteral("PELQ Kiwi Outpost Station Display"));
         table = dialog->findChild<QTableWidget *>();
     }
@@ -123,8 +124,8 @@ void StationDisplaySizeTest::theMessageColumnStaysWithinItsBounds()
     append({jt9Line(message)});
     QVERIFY(table->columnWidth(4) >= least);
     QVERIFY(table->columnWidth(4) <= most);
-    (*station)->clearDecodes();
-    (*station)->refreshStationDisplay();
+    pressClear(**station);
+    append({});
     QCOMPARE(table->columnWidth(4), 220);
 }
 
@@ -175,7 +176,7 @@ void StationDisplaySizeTest::of25RowsTheLastTenAreInView()
     QVERIFY(seen.contains(table->visualItemRect(table->item(15, 0)).center()));
     QVERIFY(!seen.contains(table->visualItemRect(table->item(14, 0)).center()));
     table->scrollToTop();
-    (*station)->refreshStationDisplay();
+    append({});
     QVERIFY(isAtTheBottom());
 }
 
@@ -226,7 +227,7 @@ void StationDisplaySizeTest::theWindowIsAsWideAsALongReceiverName()
     testHome().writeProfile(profile);
     QVERIFY((*station)->profileStore().loadProfile(profileFile()).profile);
     (*station)->startStatusSession();
-    (*station)->refreshStationDisplay();
+    append({});
     const int labelWidth = dialog->findChild<QLabel *>()->sizeHint().width();
     QVERIFY(labelWidth > table->width());
     QCOMPARE(dialog->width(), labelWidth + 16);

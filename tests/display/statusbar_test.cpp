@@ -120,7 +120,7 @@ void StatusBarTest::aSessionsStartAndEndShowItsDecodes()
     (*station)->startStatusSession();
     QCOMPARE(summary(), nothingConnected);
     (*station)->addSessionDecodes(1234567);
-    (*station)->refreshStatusBar();
+    (*station)->appendDecodes(QStringLiteral("10:15:30"), {});
     QVERIFY(summary().endsWith(QStringLiteral(" | TDecodes 1234567")));
     (*station)->finishStatusSession();
     QCOMPARE(summary(), nothingConnected);

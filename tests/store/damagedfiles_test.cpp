@@ -77,7 +77,8 @@ SeenForm openForm(const MainWindow &window)
 
 QString shownLog(MainWindow &window)
 {
-    window.showStatusLogWindow();
+    choose(window,
+           {QStringLiteral("Settings"), QStringLiteral("View"), QStringLiteral("Status Log")});
     QDialog *dialog = openDialog(QStringLiteral("PELQ Kiwi Outpost Status Log"));
     QString text = dialog->findChild<QPlainTextEdit *>()->toPlainText();
     delete dialog;
