@@ -3,6 +3,7 @@
 #include "decode/kiwiaudiocapture.h"
 #include "kiwi/sounddecoder.h"
 #include "tests/decode/decodelines.h"
+#include "tests/fixture/sndframes.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -16,7 +17,6 @@
 #ifndef Q_OS_WIN
 #include "tests/decode/publisheddecoder.h"
 #include "tests/fixture/logtrace.h"
-#include "tests/fixture/sndframes.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
