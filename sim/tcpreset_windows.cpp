@@ -1,10 +1,6 @@
 #include "sim/tcpreset.h"
 
-#ifdef Q_OS_WIN
 #include <winsock2.h>
-#else
-#include <sys/socket.h>
-#endif
 
 namespace outpost
 {
@@ -14,15 +10,9 @@ namespace sim
 
 void resetOnClose(qintptr socketDescriptor)
 {
-    linger option{};
-    option.l_onoff = 1;
-    option.l_linger = 0;
-#ifdef Q_OS_WIN
+    const linger option{1, 0}; // on, and no time to send what is left
     setsockopt(SOCKET(socketDescriptor), SOL_SOCKET, SO_LINGER,
                reinterpret_cast<const char *>(&option), sizeof option);
-#else
-    setsockopt(int(socketDescriptor), SOL_SOCKET, SO_LINGER, &option, sizeof option);
-#endif
 }
 
 } // namespace sim
