@@ -72,10 +72,9 @@ struct Stream {
 
     bool hasHeard(int minFrames, int maxFrames) const
     {
-        const QRegularExpression pattern(QStringLiteral("\nSND: (\\d+) frames"));
         int frames = 0;
         const bool reached = QTest::qWaitFor([&] {
-            frames = pattern.match(station.window->kiwiStatusText()).captured(1).toInt();
+            frames = soundFrames(station.window->kiwiStatusText());
             return frames >= minFrames;
         });
         return reached && frames <= maxFrames;

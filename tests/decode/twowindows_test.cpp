@@ -47,10 +47,8 @@ struct Outpost {
 
     void connectToReceiver()
     {
-        inReceiverDialog(*window, [this](ReceiverHands hands) {
-            hands.enter(QStringLiteral("127.0.0.1"), receiver.port(), QStringLiteral("14.074"));
-            hands.apply();
-        });
+        inReceiverDialog(*window,
+                         [this](ReceiverHands hands) { hands.connectTo(receiver.port()); });
         QTRY_COMPARE(receiver.paths().size(), 1);
         receiver.sendBinary(adpcmFrame(QByteArray(1024, '\0')));
         QTRY_VERIFY(summaryLine(*window).startsWith(QLatin1String("Kiwi Connected")));

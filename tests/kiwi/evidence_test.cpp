@@ -44,8 +44,7 @@ const QByteArray sound = adpcmFrame(QByteArray(1024, '\0'));
 void sendSound(TestStation &station, const PuppetReceiver &receiver, int upTo)
 {
     const QString counted = QStringLiteral("\nSND: %1 frames ").arg(upTo);
-    const QRegularExpression pattern(QStringLiteral("\nSND: (\\d+) frames "));
-    const int before = pattern.match(station.window->kiwiStatusText()).captured(1).toInt();
+    const int before = soundFrames(station.window->kiwiStatusText());
     for (int i = before; i < upTo; ++i) {
         receiver.sendBinary(sound);
     }

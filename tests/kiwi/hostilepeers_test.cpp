@@ -71,20 +71,13 @@ qint64 quietMs()
     return MadeUpClock::boundaryMs() + 2000;
 }
 
-int soundFrames(const QString &status)
-{
-    const QRegularExpression pattern(QStringLiteral("\nSND: (\\d+) frames"));
-    return pattern.match(status).captured(1).toInt();
-}
-
 // Applies the receiver's address, waits for the state, and presses Disconnect. Returns the last
 // status before that.
 QString meet(TestStation &station, int port, const QString &state, int minSoundFrames)
 {
     QString last;
     inReceiverDialog(*station.window, [&](ReceiverHands hands) {
-        hands.enter(QStringLiteral("127.0.0.1"), port, QStringLiteral("14.074"));
-        hands.apply();
+        hands.connectTo(port);
         const bool met = QTest::qWaitFor(
             [&] {
                 last = hands.status();
@@ -246,8 +239,7 @@ void HostilePeersTest::aMinuteOfSoundAtOnceIsFourPeriods()
     air.over(*station);
     QStringList heard;
     inReceiverDialog(*station->window, [&](ReceiverHands hands) {
-        hands.enter(QStringLiteral("127.0.0.1"), port, QStringLiteral("14.074"));
-        hands.apply();
+        hands.connectTo(port);
         QTRY_COMPARE_WITH_TIMEOUT(rowTexts(*decodeTableOf(*station->window), 2).value(0),
                                   QStringLiteral("14:24:00"), 20000);
         heard = hands.status().split(QLatin1Char('\n'));
@@ -328,11 +320,9 @@ void HostilePeersTest::applyInAnyStateLeavesOneLink()
     air.over(*station);
     const Footprint started = footprintNow(station->window.get());
     inReceiverDialog(*station->window, [&](ReceiverHands hands) {
-        hands.enter(QStringLiteral("127.0.0.1"), port, QStringLiteral("14.074"));
-        hands.apply();
+        hands.connectTo(port);
         QTRY_VERIFY_WITH_TIMEOUT(hands.status().startsWith(state), 10000);
-        hands.enter(QStringLiteral("127.0.0.1"), goodPort, QStringLiteral("14.074"));
-        hands.apply();
+        hands.connectTo(goodPort);
         hands.apply();
         QTRY_VERIFY(soundFrames(hands.status()) >= 2);
         QTRY_COMPARE(station->window->findChildren<QWebSocket *>().size(), 1);
@@ -359,8 +349,7 @@ void HostilePeersTest::theWindowMayGoInAnyState()
     auto station = std::make_unique<TestStation>();
     air.over(*station);
     inReceiverDialog(*station->window, [&](ReceiverHands hands) {
-        hands.enter(QStringLiteral("127.0.0.1"), port, QStringLiteral("14.074"));
-        hands.apply();
+        hands.connectTo(port);
         QTRY_VERIFY_WITH_TIMEOUT(hands.status().startsWith(state), 10000);
     });
     station.reset();

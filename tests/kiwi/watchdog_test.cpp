@@ -82,8 +82,7 @@ void WatchdogTest::textAloneIsGivenUpOnEveryEndpoint()
     startSim(sim, {QStringLiteral("all=text-only")});
     const auto station = impatientStation();
     inReceiverDialog(*station->window, [&](ReceiverHands hands) {
-        hands.enter(QStringLiteral("127.0.0.1"), sim.port(), QStringLiteral("14.074"));
-        hands.apply();
+        hands.connectTo(sim.port());
         for (const QString &endpoint : kiwiSndEndpoints()) {
             verifyNoSoundGivenUp(*station, endpoint);
         }
@@ -105,8 +104,7 @@ void WatchdogTest::linksThatNeverOpenAreGivenUp()
                    QStringLiteral("2=http-404"), QStringLiteral("3=other-tags-only")});
     const auto station = impatientStation();
     inReceiverDialog(*station->window, [&](ReceiverHands hands) {
-        hands.enter(QStringLiteral("127.0.0.1"), sim.port(), QStringLiteral("14.074"));
-        hands.apply();
+        hands.connectTo(sim.port());
         for (const QString &endpoint : kiwiSndEndpoints().mid(0, 2)) {
             QTRY_COMPARE(hands.status(), tryingStatus(endpoint));
             verifyNoLinkGivenUp(*station, endpoint);

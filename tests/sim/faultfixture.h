@@ -46,15 +46,6 @@ protected:
 
     void jumpToBoundary() { m_client->jumpToBoundary(); }
 
-    // Connects a second client to another endpoint and returns when it has heard sound. By then,
-    // the first client has received everything it will receive.
-    void serveALaterListener()
-    {
-        SimClient later(&m_clock);
-        later.open(m_receiver->port(), text("/kiwi/1/SND"));
-        QTRY_VERIFY(!later.sounds.isEmpty());
-    }
-
     // Sends a valid request over plain TCP.
     void request(QTcpSocket *socket, const char *path = "/kiwi/0/SND")
     {

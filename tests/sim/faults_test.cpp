@@ -95,7 +95,7 @@ private slots:
     {
         QFETCH(QByteArray, behaviour);
         startSounding(behaviour.constData());
-        QTest::qWait(100);
+        QVERIFY(m_client->hasAnsweredAll());
         QCOMPARE(m_client->closes, 0);
         m_clock.jumpTo(m_clock.nowMs() + 39700);
         QTRY_COMPARE(m_client->closes, 1);
@@ -351,7 +351,7 @@ private slots:
         startSounding("no-pong");
         QSignalSpy pong(&m_client->socket, &QWebSocket::pong);
         m_client->socket.ping("x");
-        QTest::qWait(200);
+        QVERIFY(laterListenerHears(*m_receiver, &m_clock));
         QCOMPARE(pong.size(), 0);
     }
 
@@ -415,7 +415,7 @@ private slots:
         SimClient other(&m_clock);
         other.open(m_receiver->port(), text("/kiwi/1/SND"));
         QTRY_COMPARE(m_receiver->commands(text("/kiwi/1/SND")).size(), 7);
-        QTest::qWait(50);
+        QVERIFY(m_client->hasAnsweredAll());
         QVERIFY(other.messages.isEmpty());
     }
 };

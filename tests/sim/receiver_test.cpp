@@ -94,11 +94,11 @@ private slots:
         client.commands.clear();
         client.open(receiver.port());
         QTRY_COMPARE(client.socket.state(), QAbstractSocket::ConnectedState);
-        QTest::qWait(100);
+        QVERIFY(client.hasAnsweredAll());
         QVERIFY(client.messages.isEmpty());
         client.socket.sendTextMessage(text("SET auth t=kiwi p="));
         QTRY_COMPARE(client.messages.size(), 15);
-        QTest::qWait(600);
+        QVERIFY(laterListenerHears(receiver, &m_clock));
         QVERIFY(client.sounds.isEmpty());
     }
 
@@ -346,10 +346,10 @@ private slots:
         const int before = client.sounds.size();
         QTRY_VERIFY(client.sounds.size() > before + 300);
         m_clock.jumpTo(m_clock.nowMs() + 1500);
-        QTest::qWait(200);
+        QVERIFY(laterListenerHears(receiver, &m_clock));
         const int after = client.sounds.size();
         m_clock.jumpTo(m_clock.nowMs() + 5000);
-        QTest::qWait(300);
+        QVERIFY(laterListenerHears(receiver, &m_clock));
         QCOMPARE(client.sounds.size(), after);
         QCOMPARE(client.socket.state(), QAbstractSocket::ConnectedState);
     }
@@ -365,7 +365,7 @@ private slots:
         }
         client.open(receiver.port());
         QTRY_COMPARE(receiver.commands().size(), 5);
-        QTest::qWait(50);
+        QVERIFY(client.hasAnsweredAll());
         QCOMPARE(client.closes, 0);
         client.socket.sendTextMessage(text("SET keepalive"));
         QTRY_COMPARE(client.closes, 1);

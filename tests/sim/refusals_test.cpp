@@ -92,7 +92,7 @@ private slots:
         start(behaviour.constData());
         QTcpSocket socket;
         request(&socket);
-        serveALaterListener();
+        QVERIFY(laterListenerHears(*m_receiver, &m_clock));
         QCOMPARE(socket.state(), QAbstractSocket::ConnectedState);
         QCOMPARE(socket.bytesAvailable(), qint64(0));
     }
@@ -134,7 +134,7 @@ private slots:
     void slowOpen()
     {
         start("slow-open:600");
-        serveALaterListener();
+        QVERIFY(laterListenerHears(*m_receiver, &m_clock));
         QVERIFY(m_client->socket.state() != QAbstractSocket::ConnectedState);
         m_clock.jumpTo(m_clock.nowMs() + 600000);
         QTRY_VERIFY(!m_client->sounds.isEmpty());
@@ -144,7 +144,7 @@ private slots:
     {
         start("open-silent");
         QTRY_COMPARE(m_receiver->commands().size(), 7);
-        serveALaterListener();
+        QVERIFY(laterListenerHears(*m_receiver, &m_clock));
         QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);
         QVERIFY(m_client->messages.isEmpty() && m_client->sounds.isEmpty());
     }
@@ -201,7 +201,7 @@ private slots:
         const QSignalSpy pong(&m_client->socket, &QWebSocket::pong);
         m_client->socket.ping();
         m_clock.jumpTo(m_clock.nowMs() + 70000);
-        serveALaterListener();
+        QVERIFY(laterListenerHears(*m_receiver, &m_clock));
         QCOMPARE(m_client->messages, QList<QByteArray>{message});
         QVERIFY(m_client->sounds.isEmpty() && pong.isEmpty());
         QCOMPARE(m_client->socket.state(), QAbstractSocket::ConnectedState);

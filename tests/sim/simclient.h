@@ -82,6 +82,17 @@ public:
         m_clock->release();
     }
 
+    // True after the reply to a ping. By then, the replies to all earlier messages have arrived.
+    bool hasAnsweredAll()
+    {
+        bool isAnswered = false;
+        const auto pong = connect(&socket, &QWebSocket::pong, this, [&] { isAnswered = true; });
+        socket.ping();
+        const bool result = QTest::qWaitFor([&] { return isAnswered; }, 10000);
+        disconnect(pong);
+        return result;
+    }
+
     // Once sound has started, skips the filler and jumps to the boundary.
     void jumpToBoundary()
     {
@@ -153,6 +164,15 @@ private:
     sim::Samples m_period;
     bool m_armed = false;
 };
+
+// Connects another client to another endpoint; true when it has heard sound. By then, all earlier
+// clients have received everything that was due.
+inline bool laterListenerHears(const KiwiSim &receiver, TestClock *clock)
+{
+    SimClient later(clock);
+    later.open(receiver.port(), text("/kiwi/1/SND"));
+    return QTest::qWaitFor([&] { return !later.sounds.isEmpty(); }, 10000);
+}
 
 inline bool wasSent(const KiwiSim &receiver, const char *what)
 {
