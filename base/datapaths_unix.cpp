@@ -28,7 +28,7 @@ bool canHold(const QString &folder)
 // Installed programs share their folder among all users, who may not be allowed to write there.
 QString captureFolder(const QString &applicationDir, const QString &cacheLocation)
 {
-    const QString beside = QDir::cleanPath(applicationDir + QStringLiteral("/../capture"));
+    QString beside = QDir::cleanPath(applicationDir + QStringLiteral("/../capture"));
     if (underSystemPrefix(QDir::cleanPath(applicationDir) + QLatin1Char('/')) || !canHold(beside)) {
         return cacheLocation + QStringLiteral("/capture");
     }
