@@ -34,8 +34,8 @@ double threadSeconds()
 } // namespace
 
 // The linker redirects calls of fileSha256() here (--wrap).
-QString realFileSha256(const QString &path) __asm__("__real__Z10fileSha256RK7QString");
-QString timedFileSha256(const QString &path) __asm__("__wrap__Z10fileSha256RK7QString");
+QString realFileSha256(const QString &path) __asm__("__real__ZN7outpost10fileSha256ERK7QString");
+QString timedFileSha256(const QString &path) __asm__("__wrap__ZN7outpost10fileSha256ERK7QString");
 QString timedFileSha256(const QString &path)
 {
     const double start = threadSeconds();
