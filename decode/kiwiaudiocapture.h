@@ -67,7 +67,7 @@ public:
     // The steps of takeSamples(), and state for the tests.
 
     // Returns true if this sample completed a period that was handed to the workers.
-    bool appendSample(qint16 sample) { return samplesOfPeriod.append(sample) && closePeriod(); }
+    bool appendSample(qint16 sample) { return append(&sample, 1); }
     void queueDecodeSlices(long long periodStartMs, const QByteArray &samples);
 
     bool isStarted() const { return started; }
@@ -78,7 +78,8 @@ public:
 private:
     class DecodeTask;
 
-    bool closePeriod(); // false: period skipped
+    bool append(const qint16 *samples, int count); // true: as for appendSample()
+    bool closePeriod();                            // false: period skipped
     void startWorker(const SlotJob &job, const QByteArray &samples);
     void dropQueuedTasks();
     void deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result);

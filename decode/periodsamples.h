@@ -25,14 +25,24 @@ public:
     const PeriodCounters &counters() const { return counted; }
     void countFrame() { ++counted.framesSeen; }
 
-    // Returns true when the period is full; call take() then.
-    bool append(qint16 sample)
+    bool isFull() const { return counted.samples == maxSamples; } // call take() then
+
+    // Appends what fits in. Returns how many samples that are.
+    int append(const qint16 *samples, int count)
     {
-        qToLittleEndian(sample, bytes.data() + 2 * counted.samples);
-        const int value = sample;
-        counted.peak = qMax(counted.peak, qAbs(value));
-        counted.sumOfSquares += qint64{value} * value;
-        return ++counted.samples == maxSamples;
+        const int taken = qMin(count, static_cast<int>(maxSamples - counted.samples));
+        qToLittleEndian<qint16>(samples, taken, bytes.data() + 2 * counted.samples);
+        int peak = counted.peak; // local variables can stay in registers
+        qint64 sumOfSquares = 0;
+        for (int i = 0; i < taken; ++i) {
+            const int value = samples[i];
+            peak = qMax(peak, qAbs(value));
+            sumOfSquares += value * value;
+        }
+        counted.peak = peak;
+        counted.sumOfSquares += sumOfSquares;
+        counted.samples += taken;
+        return taken;
     }
 
     QByteArray take()
