@@ -37,7 +37,7 @@ public:
         for (int i = 0; i < taken; ++i) {
             const int value = samples[i];
             peak = qMax(peak, qAbs(value));
-            sumOfSquares += value * value;
+            sumOfSquares += qint64{value} * value;
         }
         counted.peak = peak;
         counted.sumOfSquares += sumOfSquares;
