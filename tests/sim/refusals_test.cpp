@@ -47,7 +47,8 @@ private slots:
         QVERIFY(m_config.endpoints.apply(text("all=no-connect"), &error));
         QVERIFY2(m_receiver->listen(m_config, &error), qPrintable(error));
         std::array<QTcpSocket, 5> sockets;
-        QVERIFY(sockets.front().bind(QHostAddress(QHostAddress::LocalHost))); // so that it has a descriptor
+        QVERIFY(sockets.front().bind(
+            QHostAddress(QHostAddress::LocalHost))); // so that it has a descriptor
         for (QTcpSocket &socket : sockets) {
             socket.connectToHost(text("127.0.0.1"), m_receiver->port());
         }
