@@ -38,9 +38,10 @@ struct ReceiverConfig {
 
 struct BridgeConfig {
     QString name;
-    int port = 27777;      // of a window's bridge on this machine
-    double mhz = 0;        // 0: the file says it
-    QString frequencyFile; // frequency_file: a text file with the frequency in MHz
+    int port = 27777; // of a window's bridge on this machine
+    double mhz = 0;   // 0: the frequency file says it
+    // frequency_file: a text file with the frequency in MHz. Empty, too: the window's own file.
+    QString frequencyFile;
 
     bool operator==(const BridgeConfig &other) const;
 };
@@ -53,10 +54,11 @@ struct WsjtxTarget {
 };
 
 struct WsjtxConfig {
-    QVector<WsjtxTarget> targets;                        // "HOST:PORT", one or more
-    QString interface;                                   // of multicast; empty: loopback
-    int ttl = 1;                                         // of multicast, 0..255
-    QString id = QStringLiteral("PELQ Kiwi Outpost %1"); // of each sender; %1 is the source's name
+    QVector<WsjtxTarget> targets; // "HOST:PORT", one or more
+    QString interface;            // of multicast; empty: loopback
+    int ttl = 1;                  // of multicast, 0..255
+    // Of each sender; %1 is the source's name. Without `id`, the station's name and %1.
+    QString id = QStringLiteral("PELQ Kiwi Outpost %1");
 
     bool operator==(const WsjtxConfig &other) const;
 };
@@ -64,7 +66,8 @@ struct WsjtxConfig {
 enum class AllTxtSplit { Never, Monthly };
 
 struct AllTxtConfig {
-    QString folder; // empty: no ALL.TXT
+    QString folder;                               // empty: no ALL.TXT
+    QString fileName = QStringLiteral("ALL.TXT"); // another one only from the command line
     AllTxtSplit split = AllTxtSplit::Never;
 
     bool operator==(const AllTxtConfig &other) const;

@@ -1,6 +1,7 @@
 #include "daemon/schedule.h"
 
 #include <QtGlobal>
+#include <array>
 
 namespace outpost
 {
@@ -22,11 +23,41 @@ bool covers(const ScheduleSpan &span, int minute)
     }
     return minute >= span.fromMinute || minute < span.toMinute; // past midnight
 }
+
+using TakenMinutes = std::array<bool, minutesPerDay>;
+
+// Nothing if one of the span's minutes is taken already.
+std::optional<TakenMinutes> withSpan(TakenMinutes taken, const ScheduleSpan &span)
+{
+    for (int minute = 0; minute < minutesPerDay; ++minute) {
+        if (!covers(span, minute)) {
+            continue;
+        }
+        if (taken.at(static_cast<size_t>(minute))) {
+            return std::nullopt;
+        }
+        taken.at(static_cast<size_t>(minute)) = true;
+    }
+    return taken;
+}
 } // namespace
 
 bool ScheduleSpan::operator==(const ScheduleSpan &other) const
 {
     return fromMinute == other.fromMinute && toMinute == other.toMinute && dialHz == other.dialHz;
+}
+
+std::optional<int> firstOverlap(const QVector<ScheduleSpan> &spans)
+{
+    TakenMinutes taken{};
+    for (int i = 0; i < spans.size(); ++i) {
+        const auto more = withSpan(taken, spans.at(i));
+        if (!more) {
+            return i;
+        }
+        taken = *more;
+    }
+    return std::nullopt;
 }
 
 Schedule::Schedule(qint64 dialHz) : daySpans({{0, minutesPerDay, dialHz}}) {}

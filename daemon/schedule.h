@@ -1,19 +1,22 @@
 #pragma once
 
 #include <QVector>
+#include <optional>
 
 namespace outpost
 {
 
 // Part of each day, UTC, in which a receiver listens on one frequency.
 struct ScheduleSpan {
-    int fromMinute = 0; // of the day, 0..1439, first minute in the span
-    int toMinute =
-        1440; // 1..1440, first minute after it; at most fromMinute: the span runs past midnight
+    int fromMinute = 0;  // of the day, 0..1439, first minute in the span
+    int toMinute = 1440; // 1..1440, first minute after it; up to fromMinute: it runs past midnight
     qint64 dialHz = 0;
 
     bool operator==(const ScheduleSpan &other) const;
 };
+
+// Index of the first span that shares a minute with one before it.
+std::optional<int> firstOverlap(const QVector<ScheduleSpan> &spans);
 
 // The dial frequency by time of day.
 class Schedule
