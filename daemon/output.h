@@ -23,7 +23,7 @@ public:
     virtual void showSource(const SourceState &source) = 0;
     // A source has gone from the configuration.
     virtual void dropSource(const QString &name) = 0;
-    // Each period with decodes, once.
+    // New decodes of a period; a bridge may bring a period in parts.
     virtual void take(const PeriodSpots &period) = 0;
     // Hands on what it still holds; the program is about to end.
     virtual void close() = 0;
