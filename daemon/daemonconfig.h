@@ -80,6 +80,8 @@ struct DaemonConfig {
     QVector<BridgeConfig> bridges;
     QVector<WsjtxConfig> wsjtx;
     AllTxtConfig allTxt;
+
+    bool hasSources() const { return !receivers.isEmpty() || !bridges.isEmpty(); }
 };
 
 struct DaemonConfigOutcome {
@@ -88,9 +90,10 @@ struct DaemonConfigOutcome {
 };
 
 // Reads a configuration in TOML. An error is one line: "FILE:LINE: KEY: what is wrong; what would
-// be right". Unknown keys are errors, with the nearest known one. Files that the configuration
-// names are not looked at.
+// be right". Unknown keys are errors, with the nearest known one. Paths are relative to the file's
+// folder; the files that the configuration names are not looked at.
 DaemonConfigOutcome readDaemonConfig(const QByteArray &toml, const QString &fileName);
+DaemonConfigOutcome readDaemonConfigFile(const QString &path);
 
 // What would run, for `--check`: a line for each receiver, bridge and output. Secrets are not in
 // the configuration; of a password only that there is a file.
