@@ -50,6 +50,26 @@ QString hz(const ReceiverConfig &receiver)
     return spans.join(QLatin1Char(' '));
 }
 
+QString examplePath()
+{
+    return QStringLiteral(OUTPOST_SOURCE_DIR "/packaging/linux/outpostd.toml");
+}
+
+// A # before prose is followed by a blank.
+QByteArray exampleWithoutSigns()
+{
+    QFile file(examplePath());
+    if (!file.open(QIODevice::ReadOnly)) {
+        return "the example is missing";
+    }
+    QByteArray toml;
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        const bool isProse = line.startsWith("# ") || line == "#";
+        toml += (line.startsWith('#') && !isProse ? line.mid(1) : line) + '\n';
+    }
+    return toml;
+}
+
 // The value of a key, as a text.
 QString valueOf(const DaemonConfig &config, const QByteArray &table, const QByteArray &key)
 {
@@ -718,6 +738,58 @@ private slots:
                      "WSJT-X UDP: 224.0.0.1:2237, as \"a NAME\", multicast through eth0 with TTL "
                      "3\n"
                      "ALL.TXT: /etc/log/YYYY-MM-ALL.TXT"));
+    }
+
+    void theExampleIsReadAsItStands()
+    {
+        const DaemonConfigOutcome outcome = readDaemonConfigFile(examplePath());
+        QCOMPARE(outcome.error, QString());
+        QVERIFY(!outcome.config.hasSources());
+        QVERIFY(outcome.config.wsjtx.isEmpty());
+        QVERIFY(outcome.config.allTxt == AllTxtConfig());
+    }
+
+    void theExampleIsReadWithItsCommentSignsTakenOff()
+    {
+        const QByteArray toml = exampleWithoutSigns();
+        const DaemonConfigOutcome outcome =
+            readDaemonConfig(toml, QStringLiteral("/etc/outpostd.toml"));
+        QCOMPARE(outcome.error, QString());
+        QCOMPARE(outcome.config.receivers.size(), 2);
+        QCOMPARE(outcome.config.bridges.size(), 2);
+        QCOMPARE(outcome.config.wsjtx.size(), 1);
+        QVERIFY(!outcome.config.allTxt.folder.isEmpty());
+    }
+
+    // What is said to be a default is one, and no key is left out.
+    void theExampleShowsEveryKeyAndItsDefault_data()
+    {
+        QTest::addColumn<QString>("value");
+        for (const char *path : {".station", "decoder.passes", "decoder.split", "receiver.port",
+                                 "receiver.compression", "receiver.low_hz", "receiver.high_hz",
+                                 "bridge.port", "wsjtx.ttl", "wsjtx.id", "all_txt.split"}) {
+            const QList<QByteArray> parts = QByteArray(path).split('.');
+            QTest::newRow(path) << valueOf(read(withLine(parts.first(), "")).config, parts.first(),
+                                           parts.last());
+        }
+    }
+
+    void theExampleShowsEveryKeyAndItsDefault()
+    {
+        QFETCH(QString, value);
+        const QList<QByteArray> path = QByteArray(QTest::currentDataTag()).split('.');
+        const QByteArray toml = exampleWithoutSigns();
+        QVERIFY(toml.contains('\n' + path.last() + " = "));
+        QCOMPARE(valueOf(read(toml).config, path.first(), path.last()), value);
+    }
+
+    void theExampleShowsKeysWithoutADefault()
+    {
+        for (const char *key :
+             {"jt9", "at_once", "name", "host", "mhz", "schedule", "user", "password_file",
+              "frequency_file", "targets", "interface", "folder"}) {
+            QVERIFY2(exampleWithoutSigns().contains(QByteArray("\n") + key + " = "), key);
+        }
     }
 
     void theDefaultsAreTold()
