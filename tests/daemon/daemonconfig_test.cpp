@@ -557,10 +557,15 @@ private slots:
         row("key twice", "a = 1\na = 2\n", "2: a: this is not TOML, ");
         row("table twice", "[decoder]\n[decoder]\n", "2: this is not TOML, ");
         row("open table", "[decoder\n", "1: this is not TOML, ");
+        row("a sign for a table's name", "[$]\n", "1: this is not TOML, ");
         row("open list", "a = [ 1,\n", "");
         row("comma", "mhz = 14,074\n", "1: mhz: this is not TOML, ");
         row("leading zero", "port = 08073\n", "1: port: this is not TOML, ");
-        row("NUL", QByteArray("a = 1\n\0\n", 8), "2: this is not TOML, ");
+        const char *control = "2: the line holds a control character; it must hold none but tabs";
+        row("NUL", QByteArray("a = 1\n\0\n", 8), control);
+        row("control character", "a = 1\n[\x11]\n", control);
+        row("delete", "a = 1\n# \x7f\n", control);
+        row("return within a line", "a = 1\n# a\rb\r\n", control);
         row("no UTF-8", "a = 1\nb = \"\xff\"\n",
             "2: this is not UTF-8; the file must be saved as UTF-8");
         row("cut UTF-8", "a = 1\n# \xc3\nb = 1",
