@@ -36,6 +36,7 @@ void KiwiLink::connectKiwi()
     disconnectKiwi(false);
     link = {};
     recentNotices = {};
+    endpoints = options.endpoints();
     endpointIndex = 0;
     evidencePath.clear();
     if (options.evidenceFolder) {
@@ -78,14 +79,14 @@ void KiwiLink::queueProbe()
 
 void KiwiLink::probeNextEndpoint()
 {
-    if (endpointIndex >= options.endpoints.size()) {
+    if (endpointIndex >= endpoints.size()) {
         link.phase = LinkPhase::Disconnected;
         callbacks.onStatus(QStringLiteral("Failed — no Kiwi SND endpoint produced data"));
         log(QStringLiteral("Kiwi WebSocket probe failed for all tested endpoints."));
         return;
     }
     link.phase = LinkPhase::Probing;
-    link.currentEndpoint = options.endpoints.at(endpointIndex);
+    link.currentEndpoint = endpoints.at(endpointIndex);
     endpointIndex += 1;
 
     const KiwiTarget to = target();
@@ -123,17 +124,19 @@ void KiwiLink::onSocketConnected(QWebSocket *sender)
     }
     log(QStringLiteral("Kiwi WebSocket open: %1. Waiting for real SND data.")
             .arg(link.currentEndpoint));
-    sendCommands(sender);
+    send(options.commands(target().frequencyMhz));
     watchdog->start(options.timeouts.dataMs);
     callbacks.onStatus(
         QStringLiteral("WebSocket open — waiting for SND at %1").arg(link.currentEndpoint));
 }
 
-void KiwiLink::sendCommands(QWebSocket *sender)
+void KiwiLink::send(const QStringList &commands)
 {
-    const QStringList commands = options.commands(target().frequencyMhz);
+    if (socket == nullptr || !socket->isValid()) {
+        return;
+    }
     for (const QString &command : commands) {
-        sender->sendTextMessage(command);
+        socket->sendTextMessage(command);
         log(QStringLiteral("Kiwi WS sent: %1").arg(command));
     }
 }
@@ -170,8 +173,9 @@ void KiwiLink::onBinaryFrame(QWebSocket *sender, const QByteArray &frame)
         takeSoundFrame(sender, frame);
     } else {
         link.otherBinaryFrames += 1;
+        callbacks.onOtherFrame(frame);
     }
-    if (frameIsLogged(link.rxFrames)) {
+    if (options.framesAreLogged && frameIsLogged(link.rxFrames)) {
         log(QStringLiteral("RX binary frame %1: size=%2, ascii=%3")
                 .arg(QString::number(link.rxFrames), QString::number(frame.size()),
                      frameHead(frame)));
@@ -244,8 +248,8 @@ void KiwiLink::onSocketError(QWebSocket *sender)
         return;
     }
     errorIsLogged = true;
-    log(QStringLiteral("Kiwi WebSocket error at %1: %2")
-            .arg(link.currentEndpoint, sender->errorString()));
+    link.lastError = sender->errorString();
+    log(QStringLiteral("Kiwi WebSocket error at %1: %2").arg(link.currentEndpoint, link.lastError));
 }
 
 void KiwiLink::onSocketDisconnected(QWebSocket *sender)

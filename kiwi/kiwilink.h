@@ -28,15 +28,18 @@ struct KiwiLinkCallbacks {
     std::function<void(const QString &text)> onStatus = [](const QString &) {};
     std::function<void()> onSoundFrame = [] {}; // before the frame is counted
     std::function<void(const QByteArray &)> onSound = [](const QByteArray &) {}; // with its header
+    std::function<void(const QByteArray &)> onOtherFrame = [](const QByteArray &) {
+    };                                            // binary, no sound
     std::function<void()> onStreamEnded = [] {};  // by the receiver, or by disconnectKiwi()
     std::function<void()> onDisconnected = [] {}; // by disconnectKiwi(); the socket is gone
 };
 
 struct KiwiLinkOptions {
     std::function<qint64()> clock = QDateTime::currentMSecsSinceEpoch; // UTC, ms since the epoch
-    QStringList endpoints = kiwiSndEndpoints();
+    std::function<QStringList()> endpoints = kiwiSndEndpoints;         // called at each connection
     std::function<QStringList(double frequencyMhz)> commands = kiwiCommands;
     std::function<QString(const QString &line)> maskSecrets; // applied to every line of the log
+    bool framesAreLogged = true; // the first ten of a connection, then every fiftieth
     // Returns the folder of the live report; called at each connection. Null: no report.
     std::function<QString()> evidenceFolder = [] {
         return qEnvironmentVariable("PELQ_KIWI_STAGE_CAPTURE_DIR");
@@ -56,6 +59,7 @@ public:
 
     void connectKiwi(); // reconnects if connected
     void disconnectKiwi(bool announce);
+    void send(const QStringList &commands); // nothing happens without an open socket
     const LinkState &state() const { return link; }
     QString kiwiStatusText() const;
 
@@ -70,7 +74,6 @@ private:
     void onSocketError(QWebSocket *sender);
     void onSocketDisconnected(QWebSocket *sender);
     void dropSocket();
-    void sendCommands(QWebSocket *sender);
     void takeSoundFrame(QWebSocket *sender, const QByteArray &frame);
     void sendKeepaliveWhenDue(QWebSocket *sender);
     void countFrame(int bytes);
@@ -84,6 +87,7 @@ private:
     LinkState link;
     QWebSocket *socket = nullptr; // the only live socket; a child
     QTimer *watchdog;
+    QStringList endpoints;       // of this connection
     int endpointIndex = 0;       // of the next endpoint to try
     bool errorIsLogged = false;  // for the live socket
     QString evidencePath;        // this connection's report; empty if none

@@ -22,6 +22,7 @@ struct LinkState {
     quint64 otherBinaryFrames = 0;
     int lastFrameSize = 0;      // bytes
     qint64 lastKeepaliveMs = 0; // UTC, ms since the epoch; 0 = none sent after a frame yet
+    QString lastError;          // Qt's text of the last socket error; empty if there was none
 };
 
 // The status shown to the operator: "Connected — …", "Connecting — …" (each several lines separated

@@ -25,6 +25,15 @@ bool tellsOfRefusal(const QByteArray &name)
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+QByteArrayList messageWords(const QByteArray &frame)
+{
+    const QByteArray tag = "MSG ";
+    if (!frame.startsWith(tag)) {
+        return {};
+    }
+    return frame.mid(tag.size(), maxSearchedBytes).split(' ');
+}
+
 // The notice in one "name" or "name=value"; empty if it is not a refusal.
 QString notice(const QByteArray &pair)
 {
@@ -47,16 +56,25 @@ QString notice(const QByteArray &pair)
 
 QStringList receiverNotices(const QByteArray &frame)
 {
-    const QByteArray tag = "MSG ";
-    if (!frame.startsWith(tag)) {
-        return {};
-    }
     QStringList notices;
-    for (const QByteArray &pair : frame.mid(tag.size(), maxSearchedBytes).split(' ')) {
+    for (const QByteArray &pair : messageWords(frame)) {
         notices.append(notice(pair));
     }
     notices.removeAll(QString());
     return notices;
+}
+
+std::optional<double> receiverSampleRate(const QByteArray &frame)
+{
+    const QByteArray name = "sample_rate=";
+    for (const QByteArray &pair : messageWords(frame)) {
+        bool isNumber = false;
+        const double rateHz = pair.mid(name.size()).toDouble(&isNumber);
+        if (pair.startsWith(name) && isNumber) {
+            return rateHz;
+        }
+    }
+    return {};
 }
 
 bool RecentNotices::tell(const QString &notice, qint64 nowMs)

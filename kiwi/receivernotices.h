@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QStringList>
+#include <optional>
 
 namespace outpost
 {
@@ -11,6 +12,9 @@ namespace outpost
 // words in a "MSG " frame those such as "badp=1" or "monitor". Values are percent-decoded and
 // shortened like any text message, with control characters escaped.
 QStringList receiverNotices(const QByteArray &frame);
+
+// The samples a second that a "MSG " frame tells, as in "sample_rate=12001.060000".
+std::optional<double> receiverSampleRate(const QByteArray &frame);
 
 // Limits the log to each notice once a minute, and to 20 different notices at a time.
 class RecentNotices

@@ -14,6 +14,9 @@ private slots:
     void urlTakesItsPartsAsTheyStand_data();
     void urlTakesItsPartsAsTheyStand();
     void sevenCommandsInOrder();
+    void aSessionOfTheOperatorsOwn();
+    void thePasswordStaysOutOfTheLog_data();
+    void thePasswordStaysOutOfTheLog();
     void frequencyGoesOutInKilohertz_data();
     void frequencyGoesOutInKilohertz();
     void keepaliveIsDueEveryFiveSeconds_data();
@@ -59,6 +62,59 @@ void KiwiCommandsTest::sevenCommandsInOrder()
                  QStringLiteral("SET mod=usb low_cut=300 high_cut=3000 freq=14074.000"),
                  QStringLiteral("SET agc=1 hang=0 thresh=-100 slope=6 decay=1000 manGain=50"),
              }));
+}
+
+void KiwiCommandsTest::aSessionOfTheOperatorsOwn()
+{
+    KiwiSession session;
+    session.password = QStringLiteral("a b%ä");
+    session.user = QStringLiteral("HB9 XYZ");
+    session.compression = false;
+    session.lowHz = 200;
+    session.highHz = 4900;
+    const QString tune = QStringLiteral("SET mod=usb low_cut=200 high_cut=4900 freq=7074.000");
+    QCOMPARE(kiwiSessionCommands(session, 7.074),
+             (QStringList{
+                 QStringLiteral("SET auth t=kiwi p=a%20b%25%C3%A4"),
+                 QStringLiteral("SET ident_user=HB9%20XYZ"),
+                 QStringLiteral("SET keepalive"),
+                 QStringLiteral("SET AR OK in=12000 out=12000"),
+                 QStringLiteral("SET compression=0"),
+                 tune,
+                 QStringLiteral("SET agc=1 hang=0 thresh=-100 slope=6 decay=1000 manGain=50"),
+             }));
+    QCOMPARE(kiwiTuneCommand(session, 7.074), tune);
+}
+
+void KiwiCommandsTest::thePasswordStaysOutOfTheLog_data()
+{
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("masked");
+    const QString masked = QStringLiteral("Kiwi WS sent: SET auth t=kiwi p=***");
+    QTest::newRow("none") << QString() << QStringLiteral("Kiwi WS sent: SET auth t=kiwi p=")
+                          << masked;
+    QTest::newRow("short") << QStringLiteral("e")
+                           << QStringLiteral("Kiwi WS sent: SET auth t=kiwi p=e") << masked;
+    QTest::newRow("encoded") << QStringLiteral("hush hush")
+                             << QStringLiteral("Kiwi WS sent: SET auth t=kiwi p=hush%20hush")
+                             << masked;
+    QTest::newRow("before other words")
+        << QStringLiteral("hush") << QStringLiteral("Kiwi WS sent: SET auth t=kiwi p=hush ipl=1")
+        << masked + QStringLiteral(" ipl=1");
+    QTest::newRow("said by the receiver")
+        << QStringLiteral("hush hush")
+        << QStringLiteral("Receiver says: redirect=/?hush%20hush&hush hush")
+        << QStringLiteral("Receiver says: redirect=/?***&***");
+    QTest::newRow("short, in a word") << QStringLiteral("say") << QStringLiteral("Receiver says: x")
+                                      << QStringLiteral("Receiver says: x");
+}
+
+void KiwiCommandsTest::thePasswordStaysOutOfTheLog()
+{
+    QFETCH(QString, password);
+    QFETCH(QString, line);
+    QTEST(withoutPassword(line, password), "masked");
 }
 
 void KiwiCommandsTest::frequencyGoesOutInKilohertz_data()

@@ -109,6 +109,10 @@ private slots:
     void theTargetIsAskedForAtEachUse();
     void secretsAreMaskedInTheLogAlone();
     void otherEndpointsAndCommands();
+    void commandsInMidLink();
+    void otherFramesAreHandedOn();
+    void framesNeedNotBeLogged();
+    void theLastErrorIsKept();
     void destructionCallsNothing();
 };
 
@@ -281,17 +285,83 @@ void KiwiLinkTest::secretsAreMaskedInTheLogAlone()
 void KiwiLinkTest::otherEndpointsAndCommands()
 {
     KiwiLinkOptions options = LinkBench::withoutReport();
-    options.endpoints = QStringList{QStringLiteral("/a/SND"), QStringLiteral("/b/SND")};
+    int connections = 0;
+    options.endpoints = [&connections] {
+        const QString path = QStringLiteral("/%1/SND").arg(++connections);
+        return QStringList{QStringLiteral("/a/SND"), path};
+    };
     options.commands = [](double mhz) { return QStringList{QString::number(mhz)}; };
     LinkBench bench(options);
-    bench.link->connectKiwi();
-    for (int i = 1; i <= 2; ++i) {
+    for (int i = 1; i <= 4; ++i) {
+        if (i % 2 == 1) {
+            bench.trace.clear();
+            bench.link->connectKiwi();
+        }
         QTRY_COMPARE(bench.receiver.paths().size(), i);
         QTRY_COMPARE(bench.receiver.commands(), QStringList{QStringLiteral("14.074")});
         bench.receiver.endLink();
+        if (i % 2 == 0) {
+            QTRY_VERIFY(bench.trace.contains(QStringLiteral("failed for all tested endpoints")));
+        }
     }
-    QTRY_VERIFY(bench.trace.contains(QStringLiteral("failed for all tested endpoints")));
-    QCOMPARE(bench.receiver.paths(), options.endpoints);
+    const QStringList paths{QStringLiteral("/a/SND"), QStringLiteral("/1/SND"),
+                            QStringLiteral("/a/SND"), QStringLiteral("/2/SND")};
+    QCOMPARE(bench.receiver.paths(), paths);
+}
+
+void KiwiLinkTest::commandsInMidLink()
+{
+    LinkBench bench;
+    const QStringList tune{QStringLiteral("SET mod=usb")};
+    bench.link->send(tune); // nobody hears it
+    QVERIFY(bench.hear());
+    bench.link->send(tune);
+    QTRY_COMPARE(bench.receiver.commands().size(), 9); // seven, then a keepalive
+    QCOMPARE(bench.receiver.commands().last(), tune.first());
+    QCOMPARE(bench.trace.count(QStringLiteral("Kiwi WS sent: SET mod=usb")), 1);
+    bench.link->disconnectKiwi(false);
+    bench.link->send(tune);
+    QCOMPARE(bench.trace.count(QStringLiteral("Kiwi WS sent: SET mod=usb")), 1);
+}
+
+void KiwiLinkTest::otherFramesAreHandedOn()
+{
+    const LogTrace trace;
+    const PuppetReceiver receiver;
+    QByteArrayList frames;
+    KiwiLinkCallbacks callbacks;
+    callbacks.onOtherFrame = [&frames](const QByteArray &frame) { frames.append(frame); };
+    KiwiLink link([&receiver] { return LinkBench::localTarget(receiver); }, callbacks,
+                  LinkBench::withoutReport());
+    link.connectKiwi();
+    QTRY_COMPARE(receiver.commands().size(), 7);
+    receiver.sendBinary("MSG monitor");
+    receiver.sendBinary(sound);
+    receiver.sendBinary("W/F");
+    QTRY_COMPARE(frames, QByteArrayList({"MSG monitor", "W/F"}));
+}
+
+void KiwiLinkTest::framesNeedNotBeLogged()
+{
+    KiwiLinkOptions options = LinkBench::withoutReport();
+    options.framesAreLogged = false;
+    LinkBench bench(options);
+    QVERIFY(bench.open());
+    bench.receiver.sendBinary("MSG badp=1");
+    QTRY_VERIFY(bench.trace.contains(QStringLiteral("Receiver says: badp=1")));
+    QVERIFY(!bench.trace.contains(QStringLiteral("RX binary")));
+}
+
+void KiwiLinkTest::theLastErrorIsKept()
+{
+    KiwiSim offline;
+    startSim(offline, {QStringLiteral("all=http-404")});
+    LinkBench bench;
+    bench.target.port = offline.port();
+    bench.link->connectKiwi();
+    QTRY_VERIFY(bench.link->state().lastError.contains(QStringLiteral("404")));
+    bench.link->connectKiwi();
+    QCOMPARE(bench.link->state().lastError, QString());
 }
 
 void KiwiLinkTest::destructionCallsNothing()

@@ -13,6 +13,8 @@ private slots:
     void whatARefusalSays_data();
     void whatARefusalSays();
     void aFrameOfMegabytesIsNotSearched();
+    void theSampleRateIsRead_data();
+    void theSampleRateIsRead();
     void eachNoticeOnceAMinute();
     void theClockMayBeSet_data();
     void theClockMayBeSet();
@@ -92,6 +94,24 @@ namespace
 const qint64 noonMs = 1768565700000;
 const QString busy = QStringLiteral("too_busy=8");
 } // namespace
+
+void ReceiverNoticesTest::theSampleRateIsRead_data()
+{
+    QTest::addColumn<QByteArray>("frame");
+    QTest::addColumn<double>("rateHz"); // 0: none
+    QTest::newRow("alone") << QByteArray("MSG sample_rate=12001.060000") << 12001.06;
+    QTest::newRow("among others") << QByteArray("MSG a=1 sample_rate=20250 b") << 20250.0;
+    QTest::newRow("another name") << QByteArray("MSG audio_sample_rate=12000 sample_rates=1")
+                                  << 0.0;
+    QTest::newRow("no number") << QByteArray("MSG sample_rate=fast") << 0.0;
+    QTest::newRow("no message") << QByteArray("SND sample_rate=12000") << 0.0;
+}
+
+void ReceiverNoticesTest::theSampleRateIsRead()
+{
+    QFETCH(QByteArray, frame);
+    QTEST(receiverSampleRate(frame).value_or(0), "rateHz");
+}
 
 void ReceiverNoticesTest::eachNoticeOnceAMinute()
 {
