@@ -1,7 +1,8 @@
 #pragma once
 
+#include "base/logline.h"
 #include "decode/decodeband.h"
-#include "decode/ft8decode.h"
+#include "decode/decodequeue.h"
 #include "decode/jt9runner.h"
 #include "decode/scratchfolder.h"
 
@@ -19,10 +20,12 @@ namespace outpost
 using DecodeCallback =
     std::function<void(const QString &periodLabel, const QVector<Ft8Decode> &decodes)>;
 
-// Called only with at least one decode.
 struct CaptureCallbacks {
+    // Called only with at least one decode.
     DecodeCallback onWorkerDecodes = [](const QString &, const QVector<Ft8Decode> &) {}; // unmerged
     DecodeCallback onPeriodDecodes = [](const QString &, const QVector<Ft8Decode> &) {}; // merged
+    // Every period in order, also without decodes. takeSamples() may call it.
+    std::function<void(const FinishedPeriod &)> onPeriodFinished = [](const FinishedPeriod &) {};
 };
 
 struct CaptureOptions {
@@ -31,9 +34,16 @@ struct CaptureOptions {
     // must outlive the captures. Null: an own pool with one thread per sub-band.
     QThreadPool *sharedPool = nullptr;
     QString scratchPrefix = QLatin1String(usualScratchPrefix); // of the scratch folders' names
+    // Periods with work that waits for a thread of the pool; before one too many, the oldest is
+    // passed over, and so is one that has waited for longer when its turn comes. 0: no limit.
+    int maxWaitingPeriods = 0;
+    int maxWaitMs = 0;
+    // The pool starts work of higher priority first. Null: as queued.
+    std::function<int(qint64 periodStartMs)> priority;
     // Called at each run, on any thread.
     std::function<QString()> decoderPath = jt9PathOfEnvironment;
     Jt9Limits decoderLimits{};
+    std::function<void(const QString &line)> log = logLine;
 };
 
 } // namespace outpost

@@ -32,6 +32,8 @@ QString failurePattern(const Jt9Failure &failure)
         return QStringLiteral("no decodes, the WAV file was not written: %1");
     case Jt9Cause::TooManyLines:
         return QStringLiteral("jt9 printed too many lines; the first %1 were kept");
+    case Jt9Cause::PassedOver:
+        return QStringLiteral("no decodes, the decoder is too slow");
     case Jt9Cause::None:
         break;
     }

@@ -18,7 +18,8 @@ enum class Jt9Cause {
     FolderLeft,    // the scratch folder could not be removed; the lines are valid
     FolderMissing, // the worker's scratch folder could not be created
     WavNotWritten, // detail: the reason
-    TooManyLines   // detail: how many were kept
+    TooManyLines,  // detail: how many were kept
+    PassedOver     // the period waited too long for its turn
 };
 
 // Why a run of the decoder gave no lines, or not all of them.

@@ -1,15 +1,16 @@
 #include "decode/kiwiaudiocapture.h"
 
-#include "base/logline.h"
 #include "base/timetext.h"
 #include "decode/slotwav.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QRunnable>
 #include <algorithm>
 #include <chrono>
 #include <future>
+#include <set>
 #include <utility>
 
 namespace outpost
@@ -27,6 +28,11 @@ QString periodLabel(qint64 startMs)
 {
     return timeText(QDateTime::fromMSecsSinceEpoch(startMs, Qt::UTC), QStringLiteral("HH:mm:ss"));
 }
+
+Jt9Result passedOver()
+{
+    return {{}, {Jt9Cause::PassedOver, {}}};
+}
 } // namespace
 
 // Shared by the capture and the pool's thread, so that either may release it first.
@@ -34,7 +40,8 @@ class KiwiAudioCapture::DecodeTask : public QRunnable,
                                      public std::enable_shared_from_this<DecodeTask>
 {
 public:
-    explicit DecodeTask(std::function<void()> taskBody) : body(std::move(taskBody))
+    DecodeTask(const SlotJob &jobToDo, std::function<void()> taskBody)
+        : job(jobToDo), body(std::move(taskBody))
     {
         setAutoDelete(false);
     }
@@ -42,18 +49,23 @@ public:
     {
         // The capture may release the task as soon as it has ended.
         const auto self = shared_from_this();
+        begun = true;
         std::exchange(body, {})();
         hasRun.set_value();
     }
 
+    bool hasBegun() const { return begun; }
     bool hasEnded() const
     {
         return end.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     }
     void waitForEnd() const { end.wait(); }
 
+    const SlotJob job;
+
 private:
     std::function<void()> body;
+    std::atomic<bool> begun{false};
     std::promise<void> hasRun;
     const std::shared_future<void> end = hasRun.get_future().share();
 };
@@ -155,10 +167,11 @@ bool KiwiAudioCapture::closePeriod()
     started = true;
     armed = true;
     if (queue.pendingCount() >= maxPendingPeriods) {
-        logLine(QStringLiteral("The decoder is too slow: the period of %1 is passed over.")
-                    .arg(periodLabel(closedStartMs)));
+        options.log(QStringLiteral("The decoder is too slow: the period of %1 is passed over.")
+                        .arg(periodLabel(closedStartMs)));
         return false;
     }
+    passOverOldest();
     queueDecodeSlices(closedStartMs, samples);
     return true;
 }
@@ -184,8 +197,13 @@ void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &sa
 void KiwiAudioCapture::startWorker(const SlotJob &job, const QByteArray &samples)
 {
     const QPointer<KiwiAudioCapture> guard(this);
-    const auto work = [guard, object = this, queuedAtReset = resets, job, samples] {
-        const Jt9Result result = decodeSlot(job, samples);
+    QElapsedTimer waiting;
+    waiting.start();
+    const qint64 maxWaitMs = options.maxWaitMs;
+    const auto work = [guard, object = this, queuedAtReset = resets, job, samples, waiting,
+                       maxWaitMs] {
+        const bool tooLate = maxWaitMs > 0 && waiting.hasExpired(maxWaitMs);
+        const Jt9Result result = tooLate ? passedOver() : decodeSlot(job, samples);
         const auto delivery = [guard, queuedAtReset, job, result] {
             if (guard) {
                 guard->deliver(queuedAtReset, job, result);
@@ -196,8 +214,37 @@ void KiwiAudioCapture::startWorker(const SlotJob &job, const QByteArray &samples
     tasks.erase(std::remove_if(tasks.begin(), tasks.end(),
                                [](const auto &task) { return task->hasEnded(); }),
                 tasks.end());
-    tasks.push_back(std::make_shared<DecodeTask>(work));
-    pool.start(tasks.back().get());
+    tasks.push_back(std::make_shared<DecodeTask>(job, work));
+    pool.start(tasks.back().get(), options.priority ? options.priority(job.periodStartMs) : 0);
+}
+
+// Takes back the work of the oldest waiting period if one more would be too many. What has begun
+// meanwhile goes on.
+void KiwiAudioCapture::passOverOldest()
+{
+    std::set<qint64> waiting;
+    for (const std::shared_ptr<DecodeTask> &task : tasks) {
+        if (!task->hasBegun()) {
+            waiting.insert(task->job.periodStartMs);
+        }
+    }
+    if (options.maxWaitingPeriods == 0 ||
+        static_cast<int>(waiting.size()) < options.maxWaitingPeriods) {
+        return;
+    }
+    const qint64 oldest = *waiting.begin();
+    QVector<SlotJob> takenBack;
+    const auto isTakenBack = [&](const auto &task) {
+        if (task->job.periodStartMs != oldest || !pool.tryTake(task.get())) {
+            return false;
+        }
+        takenBack.append(task->job);
+        return true;
+    };
+    tasks.erase(std::remove_if(tasks.begin(), tasks.end(), isTakenBack), tasks.end());
+    for (const SlotJob &job : qAsConst(takenBack)) {
+        deliver(resets, job, passedOver());
+    }
 }
 
 // A shared pool may also hold tasks of other captures.
@@ -223,6 +270,7 @@ void KiwiAudioCapture::deliver(int queuedAtReset, const SlotJob &job, const Jt9R
         if (!period.decodes.isEmpty()) {
             callbacks.onPeriodDecodes(periodLabel(period.startMs), period.decodes);
         }
+        callbacks.onPeriodFinished(period);
     }
 }
 
@@ -232,7 +280,7 @@ void KiwiAudioCapture::logFailures(const FinishedPeriod &period)
         const QString news = failures.report(periodLabel(period.startMs), worker,
                                              options.bands.at(worker), period.failures.at(worker));
         if (!news.isEmpty()) {
-            logLine(escapedControls(news)); // it may quote a path
+            options.log(escapedControls(news)); // it may quote a path
         }
     }
 }

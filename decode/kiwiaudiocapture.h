@@ -82,6 +82,7 @@ private:
     bool closePeriod();                            // false: period skipped
     void startWorker(const SlotJob &job, const QByteArray &samples);
     void dropQueuedTasks();
+    void passOverOldest();
     void deliver(int queuedAtReset, const SlotJob &job, const Jt9Result &result);
     void logFailures(const FinishedPeriod &period);
 

@@ -73,6 +73,7 @@ private slots:
         sound.reset();
         periods.clear();
         batches.clear();
+        finished.clear();
         make();
     }
 
@@ -765,6 +766,87 @@ private slots:
         QVERIFY(periods.isEmpty());
     }
 
+    void workOfHigherPriorityGoesFirst()
+    {
+        const PublishedDecoder decoder(QStringLiteral(
+            "echo ${slot#WORKER_20260116_} >> $here/log; flock -s $here/gate true; echo '~ x'"));
+        CaptureOptions options = oneWorker();
+        options.priority = [](qint64 startMs) {
+            return static_cast<int>((boundaryMs - startMs) / KiwiAudioCapture::periodMs);
+        };
+        make(options);
+        KiwiAudioCapture late({}, options);
+        late.setCaptureFolder(folder->filePath(QStringLiteral("late")));
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        late.queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")).count('S'), 1);
+        late.queueDecodeSlices(boundaryMs + 30000, silence);
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        gate.open();
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")),
+                     QByteArray("142315_S1_200_3000\n142330_S1_200_3000\n142345_S1_200_3000\n"));
+        QTRY_COMPARE(periods.size(), 1);
+    }
+
+    void ofTooManyWaitingPeriodsTheOldestIsPassedOver()
+    {
+        const PublishedDecoder decoder(QStringLiteral(
+            "echo + >> $here/log; flock -s $here/gate true; echo \"~ ${slot#WORKER_20260116_}\""));
+        CaptureOptions options = oneWorker();
+        options.maxWaitingPeriods = 3;
+        QStringList log;
+        options.log = [&log](const QString &line) { log.append(line); };
+        make(options);
+        const Gate gate(decoder.left(QStringLiteral("gate")));
+        arm();
+        fillPeriod(0);
+        QTRY_COMPARE(decoder.readLeft(QStringLiteral("log")), QByteArray("+\n"));
+        for (int i = 1; i < 6; ++i) { // the first runs, the others wait
+            fillPeriod(i);
+        }
+        gate.open();
+        QTRY_COMPARE(finished.size(), 6);
+        QVector<int> passedOver;
+        for (int i = 0; i < 6; ++i) {
+            QCOMPARE(finished.at(i).startMs, boundaryMs + i * KiwiAudioCapture::periodMs);
+            if (finished.at(i).failures.first().cause == Jt9Cause::PassedOver) {
+                passedOver.append(i);
+            }
+        }
+        QCOMPARE(passedOver, QVector<int>({1, 2}));
+        QCOMPARE(periods.size(), 4);
+        const QString worker = QStringLiteral("Period %1, worker 1 (200-3000 Hz): %2");
+        QCOMPARE(log, QStringList({worker.arg(QLatin1String("14:23:30"),
+                                              QLatin1String("no decodes, the decoder is too slow")),
+                                   worker.arg(QLatin1String("14:24:00"),
+                                              QLatin1String("decoding again"))}));
+    }
+
+    void aPeriodThatHasWaitedTooLongIsPassedOver()
+    {
+        const ScriptedDecoder decoder(
+            QStringLiteral("case $slot in *_142315_*) sleep 1;; esac; echo '~ x'"));
+        CaptureOptions options = oneWorker();
+        options.maxWaitMs = 900;
+        make(options);
+        capture->queueDecodeSlices(boundaryMs, silence);
+        capture->queueDecodeSlices(boundaryMs + 15000, silence);
+        QTRY_COMPARE(finished.size(), 2);
+        QCOMPARE(finished.at(1).failures.first().cause, Jt9Cause::PassedOver);
+        QCOMPARE(periods.size(), 1);
+        capture->queueDecodeSlices(boundaryMs + 30000, silence); // its turn comes at once
+        QTRY_COMPARE(periods.size(), 2);
+    }
+
+    void aPeriodWithoutDecodesIsFinishedToo()
+    {
+        const PublishedDecoder decoder(QStringLiteral("exit 0"));
+        capture->queueDecodeSlices(boundaryMs, silence);
+        QTRY_COMPARE(finished.size(), 1);
+        QCOMPARE(finished.first().startMs, boundaryMs);
+        QVERIFY(periods.isEmpty());
+    }
+
     void abortedDecodersEndAndBringNothing()
     {
         const PublishedDecoder decoder(
@@ -899,7 +981,11 @@ private slots:
 #endif
 
 private:
-    void make(const CaptureOptions &options = {}) { make(options, {into(batches), into(periods)}); }
+    void make(const CaptureOptions &options = {})
+    {
+        make(options, {into(batches), into(periods),
+                       [this](const FinishedPeriod &period) { finished.append(period); }});
+    }
 
     void make(const CaptureOptions &options, const CaptureCallbacks &callbacks)
     {
@@ -918,6 +1004,15 @@ private:
     SoundOutcome take(const QByteArray &bytes, qint64 nowMs)
     {
         return captureFrame(*capture, sound, bytes, receiver, nowMs);
+    }
+
+    CaptureOptions oneWorker()
+    {
+        oneThread.setMaxThreadCount(1);
+        CaptureOptions options;
+        options.bands = {{200, 3000}};
+        options.sharedPool = &oneThread;
+        return options;
     }
 
     // Starts 3 s before the boundary and reaches it, without samples so far.
@@ -986,9 +1081,11 @@ private:
 
     std::unique_ptr<QTemporaryDir> folder;
     SoundDecoder sound;
+    QThreadPool oneThread;
     std::unique_ptr<KiwiAudioCapture> capture;
     QList<Delivery> periods;
     QList<Delivery> batches;
+    QVector<FinishedPeriod> finished;
 };
 
 } // namespace outpost

@@ -57,6 +57,7 @@ private slots:
         row(Jt9Cause::WavNotWritten, "Disk full",
             "no decodes, the WAV file was not written: Disk full");
         row(Jt9Cause::TooManyLines, "500", "jt9 printed too many lines; the first 500 were kept");
+        row(Jt9Cause::PassedOver, "", "no decodes, the decoder is too slow");
     }
 
     void wordsEveryCause()
