@@ -62,7 +62,7 @@ public:
     // Disconnects and ends the decoders; nothing is called back any more. Stop all receivers before
     // deleting the first, so that their decoders end at the same time.
     void stop();
-    const ReceiverState &state() const;
+    ReceiverState state() const;
 
 private:
     struct Private;

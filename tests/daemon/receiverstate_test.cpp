@@ -1,0 +1,65 @@
+#include "daemon/receiverstate.h"
+
+#include <QtTest>
+
+namespace outpost
+{
+
+class ReceiverStateTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void thePhaseInWords_data()
+    {
+        constexpr qint64 untilMs = 1795046465999; // 00:01:05 UTC
+        QTest::addColumn<ReceiverPhase>("phase");
+        QTest::addColumn<qint64>("untilMs");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char *text, ReceiverPhase phase, qint64 until,
+                            const char *reason) {
+            QTest::newRow(text) << phase << until << QString::fromLatin1(reason)
+                                << QString::fromLatin1(text);
+        };
+        row("receiving", ReceiverPhase::Receiving, untilMs, "");
+        row("connecting", ReceiverPhase::Connecting, untilMs, "it is down");
+        row("waiting", ReceiverPhase::Waiting, -1, "");
+        row("waiting until 00:01:05 UTC", ReceiverPhase::Waiting, untilMs, "");
+        row("waiting until 00:01:05 UTC: it is down", ReceiverPhase::Waiting, untilMs,
+            "it is down");
+        row("resting until 00:01:05 UTC", ReceiverPhase::Resting, untilMs, "it is down");
+        row("resting", ReceiverPhase::Resting, -1, "");
+    }
+
+    void thePhaseInWords()
+    {
+        ReceiverState state;
+        QFETCH(ReceiverPhase, phase);
+        state.phase = phase;
+        QFETCH(qint64, untilMs);
+        state.untilMs = untilMs;
+        QFETCH(QString, reason);
+        state.reason = reason;
+        QTEST(receiverPhaseText(state), "text");
+    }
+
+    void whatOutputsSee()
+    {
+        ReceiverState state;
+        state.name = QStringLiteral("20m");
+        state.dialHz = 14074000;
+        state.decoding = true;
+        const SourceState source = sourceState(state);
+        QCOMPARE(source.name, state.name);
+        QCOMPARE(source.dialHz, 14074000);
+        QVERIFY(source.decoding);
+    }
+};
+
+} // namespace outpost
+
+Q_DECLARE_METATYPE(outpost::ReceiverPhase)
+
+QTEST_APPLESS_MAIN(outpost::ReceiverStateTest)
+#include "receiverstate_test.moc"
