@@ -31,6 +31,7 @@ namespace
 {
 constexpr int maxBytes = 1024 * 1024;
 constexpr int maxLineBytes = 2000;
+constexpr int maxReason = 120; // characters
 constexpr int maxDepth = TOML_MAX_NESTED_VALUES;
 
 QString textOf(std::string_view utf8)
@@ -151,10 +152,14 @@ TomlValue valueOf(const toml::node &node, int line, int depth)
     return value;
 }
 
-// "Error while parsing string: encountered end-of-file", but without digits of the document.
+// "error while parsing string: encountered end-of-file" in one line, and without a number of the
+// document.
 QString reasonOf(const toml::parse_error &error)
 {
-    const QString reason = textOf(error.description());
+    QString reason = textOf(error.description()).left(maxReason);
+    std::replace_if(
+        reason.begin(), reason.end(), [](QChar letter) { return !letter.isPrint(); },
+        QChar(0xfffd));
     if (reason.contains(QLatin1String("representable"))) {
         return QStringLiteral("the number is too large");
     }

@@ -560,6 +560,7 @@ private slots:
         row("a sign for a table's name", "[$]\n", "1: this is not TOML, ");
         row("letters for a key", "\xc3\xbc = 1\n", "1: this is not TOML, ");
         row("letters of Arabic for a key", "\xef\xb7\xbb = 1\n", "1: this is not TOML, ");
+        row("a list that ends in mid-word", "user = [f\n", "1: user: this is not TOML, ");
         row("open list", "a = [ 1,\n", "");
         row("comma", "mhz = 14,074\n", "1: mhz: this is not TOML, ");
         row("leading zero", "port = 08073\n", "1: port: this is not TOML, ");
