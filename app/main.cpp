@@ -1,8 +1,8 @@
 #include "app/commandline.h"
 #include "app/mainwindow.h"
 #include "app/startup.h"
-#include "app/termination.h"
 #include "base/console.h"
+#include "base/termination.h"
 
 #include <QApplication>
 

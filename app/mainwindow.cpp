@@ -1,9 +1,9 @@
 #include "app/mainwindow.h"
 
 #include "app/help.h"
-#include "app/termination.h"
 #include "base/frequency.h"
 #include "base/logline.h"
+#include "base/termination.h"
 #include "decode/decoderchooser.h"
 #include "decode/jt9locator.h"
 #include "decode/kiwiaudiocapture.h"

@@ -3,8 +3,8 @@
 
 #include "app/mainwindow.h"
 #include "app/startup.h"
-#include "app/termination.h"
 #include "base/console.h"
+#include "base/termination.h"
 #include "base/timetext.h"
 #include "sim/kiwisim.h"
 

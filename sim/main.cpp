@@ -1,5 +1,5 @@
-#include "app/termination.h"
 #include "base/programoptions.h"
+#include "base/termination.h"
 #include "sim/kiwisim.h"
 #include "sim/simwav.h"
 #include "sim/syntheticband.h"

@@ -1,4 +1,4 @@
-#include "app/termination.h"
+#include "base/termination.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QCoreApplication>
