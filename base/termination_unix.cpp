@@ -24,6 +24,10 @@ constexpr qint64 sameRequestMs = 100;
 
 std::atomic<qint64> firstRequestMs{0}; // monotonic clock; 0 = none so far
 
+// What goes through the pipe.
+constexpr char endWanted = 'e';
+constexpr char hangUp = 'h';
+
 qint64 monotonicMs()
 {
     timespec now = {};
@@ -38,14 +42,25 @@ void endProcess(int number)
     ::raise(number);
 }
 
+void wake(char reason)
+{
+    [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], &reason, 1);
+}
+
+void onHangUpSignal(int /*number*/)
+{
+    const int interruptedErrno = errno;
+    wake(hangUp);
+    errno = interruptedErrno;
+}
+
 void onRequest(int number)
 {
     const int interruptedErrno = errno;
     const qint64 now = monotonicMs();
     qint64 first = 0;
     if (firstRequestMs.compare_exchange_strong(first, now)) {
-        const char byte = 0;
-        [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], &byte, 1);
+        wake(endWanted);
     } else if (now - first >= sameRequestMs) {
         endProcess(number);
     }
@@ -53,7 +68,7 @@ void onRequest(int number)
 }
 
 // Signals that the program was started to ignore, as under nohup, stay ignored.
-void handle(int number)
+void handle(int number, void (*handler)(int))
 {
     struct sigaction before = {};
     ::sigaction(number, nullptr, &before);
@@ -61,12 +76,20 @@ void handle(int number)
         return;
     }
     struct sigaction action = {};
-    action.sa_handler = onRequest;
+    action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     for (const int other : requests) {
         ::sigaddset(&action.sa_mask, other); // blocks the others during the handler
     }
     ::sigaction(number, &action, nullptr);
+}
+
+QByteArray readPipe()
+{
+    QByteArray bytes(64, Qt::Uninitialized);
+    const ssize_t count = ::read(wakeUp[0], bytes.data(), static_cast<size_t>(bytes.size()));
+    bytes.truncate(static_cast<int>(qMax(ssize_t{0}, count)));
+    return bytes;
 }
 } // namespace
 
@@ -75,7 +98,7 @@ void ignoreBrokenPipes()
     ::signal(SIGPIPE, SIG_IGN);
 }
 
-void quitOnTermination()
+void quitOnTermination(const std::function<void()> &onHangUp)
 {
     if (::pipe2(wakeUp, O_CLOEXEC | O_NONBLOCK) != 0) {
         return; // without the pipe, signals keep their default action
@@ -83,12 +106,23 @@ void quitOnTermination()
     firstRequestMs = 0;
     auto *notifier =
         new QSocketNotifier(wakeUp[0], QSocketNotifier::Read, QCoreApplication::instance());
-    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [notifier] {
-        notifier->setEnabled(false);
-        QCoreApplication::quit();
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [notifier, onHangUp] {
+        const QByteArray reasons = readPipe();
+        if (reasons.contains(endWanted)) {
+            notifier->setEnabled(false);
+            QCoreApplication::quit();
+        } else if (reasons.contains(hangUp)) {
+            onHangUp();
+        }
     });
     for (const int number : requests) {
-        handle(number);
+        if (number != SIGHUP || !onHangUp) {
+            handle(number, onRequest);
+        }
+    }
+    if (onHangUp) {
+        ::signal(SIGHUP, SIG_DFL); // even if it was ignored: it ends nothing
+        handle(SIGHUP, onHangUpSignal);
     }
 }
 

@@ -35,11 +35,25 @@ public:
 private:
     std::function<void()> onLogOff;
 };
+
+// Called on a thread of its own. When a console closes, the process ends on return.
+BOOL WINAPI onConsoleEvent(DWORD event)
+{
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        Sleep(10000); // Windows waits for 5 s
+    }
+    return TRUE;
+}
 } // namespace
 
 void ignoreBrokenPipes() {}
 
-void quitOnTermination() {}
+void quitOnTermination(const std::function<void()> & /*onHangUp*/)
+{
+    SetConsoleCtrlHandler(onConsoleEvent, TRUE); // of a console program
+}
 
 void atLogOff(QObject *owner, const std::function<void()> &callback)
 {

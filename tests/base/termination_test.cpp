@@ -23,6 +23,7 @@ private slots:
     void aSecondRequestOfAnyKindEndsOneThatIsStuck();
     void aReaderThatIsGoneEndsNothing();
     void whatIsIgnoredStaysIgnored();
+    void aHangUpMayAskForSomethingElse();
 };
 
 namespace
@@ -32,6 +33,20 @@ void (*actionOf(int number))(int)
     struct sigaction action = {};
     ::sigaction(number, nullptr, &action);
     return action.sa_handler;
+}
+
+// Prints how many hang-up signals have come, until it is asked to end.
+int countHangUps()
+{
+    ::signal(SIGHUP, SIG_IGN); // as under nohup
+    int count = 0;
+    quitOnTermination([&] {
+        ::printf("%d\n", ++count);
+        ::fflush(stdout);
+    });
+    ::puts("ready");
+    ::fflush(stdout);
+    return QCoreApplication::exec();
 }
 
 // A station that never returns to its event loop, and prints when it was asked to end.
@@ -124,6 +139,21 @@ void TerminationTest::aReaderThatIsGoneEndsNothing()
     ::close(ends[1]);
 }
 
+void TerminationTest::aHangUpMayAskForSomethingElse()
+{
+    AnotherProcess daemon({QStringLiteral("--hang-ups")});
+    QCOMPARE(daemon.nextLine(), QByteArray("ready\n"));
+    const auto id = static_cast<pid_t>(daemon.processId());
+    for (const char *count : {"1\n", "2\n"}) {
+        ::kill(id, SIGHUP);
+        QCOMPARE(daemon.nextLine(), QByteArray(count));
+    }
+    ::kill(id, SIGTERM);
+    QVERIFY(daemon.waitForFinished());
+    QCOMPARE(daemon.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(daemon.exitCode(), 0);
+}
+
 void TerminationTest::whatIsIgnoredStaysIgnored()
 {
     QVERIFY(actionOf(SIGHUP) == SIG_IGN);
@@ -138,6 +168,9 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     if (QCoreApplication::arguments().contains(QStringLiteral("--stuck"))) {
         return stayStuck();
+    }
+    if (QCoreApplication::arguments().contains(QStringLiteral("--hang-ups"))) {
+        return countHangUps();
     }
     TerminationTest test;
     return QTest::qExec(&test, argc, argv);
