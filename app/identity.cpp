@@ -1,5 +1,7 @@
 #include "app/identity.h"
 
+#include "base/names.h"
+
 #include <QApplication>
 #include <QIcon>
 
@@ -29,8 +31,7 @@ QIcon programIcon()
 
 void setIdentity()
 {
-    QCoreApplication::setOrganizationName(QStringLiteral("PELQ"));
-    QCoreApplication::setApplicationName(QStringLiteral("KiwiOutpost"));
+    setNames();
     QGuiApplication::setDesktopFileName(QStringLiteral("kiwi-outpost"));
     QApplication::setWindowIcon(programIcon());
 }

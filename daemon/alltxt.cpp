@@ -57,9 +57,8 @@ QByteArray allTxtLine(const Spot &spot)
            spot.message.toUtf8() + '\n';
 }
 
-QString allTxtFileName(qint64 periodStartMs, bool monthly)
+QString allTxtFileName(const QString &name, qint64 periodStartMs, bool monthly)
 {
-    const QString name = QStringLiteral("ALL.TXT");
     return monthly ? timeText(utc(periodStartMs), QStringLiteral("yyyy-MM-")) + name : name;
 }
 

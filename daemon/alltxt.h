@@ -19,8 +19,8 @@ namespace outpost
 //   a blank and the message
 QByteArray allTxtLine(const Spot &spot);
 
-// Names the file that takes a period: "ALL.TXT", or "2026-11-ALL.TXT" by the UTC month.
-QString allTxtFileName(qint64 periodStartMs, bool monthly);
+// Names the file that takes a period: `name` ("ALL.TXT"), or "2026-11-ALL.TXT" by the UTC month.
+QString allTxtFileName(const QString &name, qint64 periodStartMs, bool monthly);
 
 // Appends each decode to ALL.TXT, once. What cannot be written waits in memory, the newest
 // maxWaiting lines of it, and goes out as soon as there is room: a failure leaves no torn line.

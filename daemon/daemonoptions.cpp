@@ -263,12 +263,12 @@ DaemonCommandLine statusLine(const QCommandLineParser &parser)
     return {options, std::nullopt};
 }
 
-TextOutput textOutputIn(const QCommandLineParser &parser)
+TextFormat textFormatIn(const QCommandLineParser &parser)
 {
     if (parser.isSet(jsonOption())) {
-        return TextOutput::JsonLines;
+        return TextFormat::JsonLines;
     }
-    return parser.isSet(configOption()) ? TextOutput::None : TextOutput::Table;
+    return parser.isSet(configOption()) ? TextFormat::None : TextFormat::Table;
 }
 
 DaemonCommandLine runLine(const QCommandLineParser &parser, const ReadDaemonConfig &readConfig)
@@ -289,7 +289,7 @@ DaemonCommandLine runLine(const QCommandLineParser &parser, const ReadDaemonConf
     }
     DaemonOptions options;
     options.config = read.value;
-    options.textOutput = textOutputIn(parser);
+    options.textFormat = textFormatIn(parser);
     if (isInFile) {
         options.configFile = QFileInfo(parser.value(configOption())).absoluteFilePath();
     }

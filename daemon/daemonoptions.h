@@ -2,20 +2,18 @@
 
 #include "base/programoptions.h"
 #include "daemon/daemonconfig.h"
+#include "daemon/textoutput.h"
 
 #include <functional>
 
 namespace outpost
 {
 
-// Decodes on standard output.
-enum class TextOutput { None, Table, JsonLines };
-
 struct DaemonOptions {
     bool showsStatus = false; // of the daemon that runs; nothing else is started
     QString configFile;       // absolute, read again at a hang-up; empty: all is in the arguments
     DaemonConfig config;      // what to run
-    TextOutput textOutput = TextOutput::None;
+    TextFormat textFormat = TextFormat::None; // of decodes on standard output
 };
 
 // The daemon starts with these options unless there is an ending.

@@ -11,7 +11,7 @@ namespace outpost
 
 QByteArray tableHead()
 {
-    return "UTC                  Receiver         MHz    dB    DT    Hz  Message\n";
+    return "UTC                  Receiver                   MHz    dB    DT    Hz  Message\n";
 }
 
 QByteArray tableLine(const Spot &spot)
@@ -21,7 +21,7 @@ QByteArray tableLine(const Spot &spot)
     const QString numbers =
         QString::asprintf("%10.3f  %4d  %4.1f  %4d  ", static_cast<double>(spot.dialHz) / 1e6,
                           spot.snr, spot.dt, spot.audioHz);
-    const QString line = time + QStringLiteral("  ") + spot.source.leftJustified(10) + numbers +
+    const QString line = time + QStringLiteral("  ") + spot.source.leftJustified(20) + numbers +
                          spot.message + QLatin1Char('\n');
     return line.toUtf8();
 }

@@ -8,7 +8,7 @@
 namespace outpost
 {
 
-enum class TextFormat { Table, JsonLines };
+enum class TextFormat { None, Table, JsonLines };
 
 // The table's first line, with its LF.
 QByteArray tableHead();

@@ -80,13 +80,17 @@ private slots:
 
     void aMonthHasItsFile()
     {
-        QCOMPARE(allTxtFileName(periodMs, false), QStringLiteral("ALL.TXT"));
-        QCOMPARE(allTxtFileName(periodMs, true), QStringLiteral("2026-11-ALL.TXT"));
+        QCOMPARE(allTxtFileName(QStringLiteral("ALL.TXT"), periodMs, false),
+                 QStringLiteral("ALL.TXT"));
+        QCOMPARE(allTxtFileName(QStringLiteral("ALL.TXT"), periodMs, true),
+                 QStringLiteral("2026-11-ALL.TXT"));
         // The test runs where it is already December.
         const qint64 lastPeriod =
             QDateTime(QDate(2026, 11, 30), QTime(23, 59, 45), Qt::UTC).toMSecsSinceEpoch();
-        QCOMPARE(allTxtFileName(lastPeriod, true), QStringLiteral("2026-11-ALL.TXT"));
-        QCOMPARE(allTxtFileName(lastPeriod + 15000, true), QStringLiteral("2026-12-ALL.TXT"));
+        QCOMPARE(allTxtFileName(QStringLiteral("ALL.TXT"), lastPeriod, true),
+                 QStringLiteral("2026-11-ALL.TXT"));
+        QCOMPARE(allTxtFileName(QStringLiteral("ALL.TXT"), lastPeriod + 15000, true),
+                 QStringLiteral("2026-12-ALL.TXT"));
     }
 
     void eachPeriodIsAppendedAtOnce()

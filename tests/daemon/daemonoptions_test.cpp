@@ -63,7 +63,7 @@ private slots:
         QVERIFY(options.config.bridges.isEmpty());
         QVERIFY(options.config.wsjtx.isEmpty());
         QVERIFY(options.config.allTxt == AllTxtConfig());
-        QVERIFY(options.textOutput == TextOutput::Table);
+        QVERIFY(options.textFormat == TextFormat::Table);
         QVERIFY(!options.showsStatus);
         QCOMPARE(options.configFile, QString());
     }
@@ -76,7 +76,7 @@ private slots:
         QCOMPARE(options.config.receivers.first().host, QStringLiteral("::1"));
         QCOMPARE(options.config.receivers.first().port, 8074);
         QCOMPARE(options.config.receivers.first().name, QStringLiteral("1 7"));
-        QVERIFY(options.textOutput == TextOutput::JsonLines);
+        QVERIFY(options.textFormat == TextFormat::JsonLines);
         QCOMPARE(options.config.wsjtx.size(), 1);
         const QVector<WsjtxTarget> targets{{QStringLiteral("a"), 2237}, {QStringLiteral("b"), 1}};
         QVERIFY(options.config.wsjtx.first().targets == targets);
@@ -107,7 +107,7 @@ private slots:
         QCOMPARE(config.bridges.first().mhz, 0.0);
         QCOMPARE(config.bridges.first().frequencyFile, QString());
         QCOMPARE(config.wsjtx.first().targets.first().host, QStringLiteral("127.0.0.1"));
-        QVERIFY(line.options.textOutput == TextOutput::Table);
+        QVERIFY(line.options.textFormat == TextFormat::Table);
     }
 
     void aBridgeMayHaveAFileOfItsOwn()
@@ -123,8 +123,8 @@ private slots:
         QVERIFY(!line.ending);
         QCOMPARE(line.options.config.receivers.first().name, QStringLiteral("a.toml"));
         QCOMPARE(line.options.configFile, QDir::current().filePath(QStringLiteral("a.toml")));
-        QVERIFY(line.options.textOutput == TextOutput::None);
-        QVERIFY(read("--config a.toml --json").options.textOutput == TextOutput::JsonLines);
+        QVERIFY(line.options.textFormat == TextFormat::None);
+        QVERIFY(read("--config a.toml --json").options.textFormat == TextFormat::JsonLines);
     }
 
     void theStatusIsAskedFor()
