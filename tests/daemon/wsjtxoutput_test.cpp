@@ -103,7 +103,9 @@ private slots:
     void aReplayGoesToTheServerThatAsked();
     void aPeriodThatCameInPartsIsReplayedWhole();
     void manyReplaysAreAnsweredTogether();
-    void onlyServersAreListenedTo();
+    void onlyServersNameASchema();
+    void onlyServersAreAnswered_data();
+    void onlyServersAreAnswered();
     void theEndClearsAndCloses();
     void aSourceThatGoesClearsAndCloses();
     void aDeadServerCostsTheOthersNothing();
@@ -322,28 +324,55 @@ void WsjtxOutputTest::manyReplaysAreAnsweredTogether()
     QTRY_COMPARE(server.messages(false).size(), 5);
 }
 
-void WsjtxOutputTest::onlyServersAreListenedTo()
+void WsjtxOutputTest::onlyServersNameASchema()
 {
+    Server server;
+    Server stranger;
+    WsjtxOutput output(config({target(server.port())}));
+    output.showSource(state());
+    QTRY_COMPARE(server.heard().size(), 2);
+    const int port = server.heard().first().senderPort;
+    stranger.sayHeartbeat(port, id, 3);
+    server.sayHeartbeat(port, QStringLiteral("Kiwi B"), 3);
+    server.sayHeartbeat(port, QString(), 3);
+    server.askForReplay(port, id); // datagrams are read in their order
+    QTRY_COMPARE(server.heard().size(), 3);
+    QCOMPARE(server.heard().last().schema, 2U);
+    QCOMPARE(stranger.heard().size(), 0);
+}
+
+// An answer to one of the first requests would still have the lowest schema.
+void WsjtxOutputTest::onlyServersAreAnswered_data()
+{
+    QTest::addColumn<bool>("isServer");
+    QTest::addColumn<QByteArray>("datagram");
+
+    QTest::newRow("stranger") << false << Server::message(Server::Replay, id);
+    QTest::newRow("longer id") << true << Server::message(Server::Replay, id + id);
+    QTest::newRow("no id") << true << Server::message(Server::Replay, QString());
+    QTest::newRow("nothing") << true << QByteArray();
+    QTest::newRow("noise") << true << QByteArray(5000, '\xff');
+    QTest::newRow("Clear") << true << Server::message(Server::Clear, id);
+    QTest::newRow("Close") << true << Server::message(Server::Close, id);
+}
+
+void WsjtxOutputTest::onlyServersAreAnswered()
+{
+    QFETCH(bool, isServer);
+    QFETCH(QByteArray, datagram);
     Server server;
     Server stranger;
     WsjtxOutput output(config({target(server.port())}));
     output.take(period(1, 1));
     QTRY_COMPARE(server.messages(true).size(), 1);
     const int port = server.heard().first().senderPort;
-    stranger.askForReplay(port, id);
-    stranger.sayHeartbeat(port, id, 3);
-    server.askForReplay(port, QStringLiteral("Kiwi"));
-    server.askForReplay(port, QStringLiteral("Kiwi B"));
-    server.sayHeartbeat(port, QString(), 3);
-    server.say(port, QByteArray());
-    server.say(port, QByteArray(5000, '\xff'));
-    server.say(port, Server::message(Server::Close, id));
-    server.say(port, Server::message(Server::Clear, id));
     server.clear();
+    (isServer ? server : stranger).say(port, datagram);
+    server.sayHeartbeat(port, id, 3);
     server.say(port, Server::message(Server::Replay, id) + "more");
-    QTRY_COMPARE(server.heard(Server::Status).size(), 1);
-    QCOMPARE(server.messages(false).size(), 1);
-    QCOMPARE(server.heard().last().schema, 2U);
+    QTRY_COMPARE(server.heard().size(), 2);
+    QCOMPARE(server.heard().at(0).type, Server::Decode);
+    QCOMPARE(server.heard().at(0).schema, 3U);
     QCOMPARE(stranger.heard().size(), 0);
 }
 
