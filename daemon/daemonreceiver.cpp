@@ -18,6 +18,8 @@
 #include <QSet>
 #include <QTimer>
 #include <QUrl>
+#include <algorithm>
+#include <utility>
 
 namespace outpost
 {
@@ -83,7 +85,7 @@ struct DaemonReceiver::Private {
     void rest();
     void connect();
     void lookAfterLink();
-    void end(Ending ending);
+    void end(const Ending &ending);
     Ending explained(const Ending &ending) const;
     void closeLink();
     void retune();
@@ -207,7 +209,7 @@ void DaemonReceiver::Private::lookAfterLink()
     const qint64 now = shared.steadyClock();
     const bool isReceiving = state.phase == ReceiverPhase::Receiving;
     if (mustEnd.cause != Refusal::None) {
-        end(mustEnd);
+        end(std::exchange(mustEnd, {})); // closeLink() forgets it
     } else if (link.state().phase == LinkPhase::Disconnected) {
         end(explained(isReceiving ? Ending{Refusal::Ended, {}}
                                   : endingOfError(link.state().lastError)));
@@ -218,7 +220,7 @@ void DaemonReceiver::Private::lookAfterLink()
     }
 }
 
-void DaemonReceiver::Private::end(Ending ending) // a copy: the link's own are forgotten here
+void DaemonReceiver::Private::end(const Ending &ending)
 {
     const qint64 soundMs = firstSoundMs < 0 ? 0 : lastSoundMs - firstSoundMs;
     closeLink();
