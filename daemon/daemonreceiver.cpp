@@ -312,8 +312,7 @@ KiwiLinkOptions DaemonReceiver::Private::linkOptions()
     };
     options.framesAreLogged = false;
     options.evidenceFolder = nullptr;
-    options.openTimeoutMs = shared.times.openMs;
-    options.dataTimeoutMs = shared.times.dataMs;
+    options.timeouts = {shared.times.openMs, shared.times.dataMs};
     return options;
 }
 

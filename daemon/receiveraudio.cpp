@@ -1,15 +1,26 @@
 #include "daemon/receiveraudio.h"
 
+#include <utility>
+
 namespace outpost
 {
 
+namespace
+{
+CaptureCallbacks captureCallbacks(std::function<void(const FinishedPeriod &)> onFinished)
+{
+    CaptureCallbacks callbacks;
+    callbacks.onPeriodFinished = std::move(onFinished);
+    return callbacks;
+}
+} // namespace
+
 ReceiverAudio::ReceiverAudio(const CaptureOptions &options, const QString &captureFolder, int depth,
                              std::function<void(const FinishedPeriod &)> onFinished)
-    : log(options.log), capture(options)
+    : log(options.log), capture(captureCallbacks(std::move(onFinished)), options)
 {
     capture.setCaptureFolder(captureFolder);
     capture.setDecodeDepth(depth);
-    capture.setFinishedCallback(std::move(onFinished));
 }
 
 void ReceiverAudio::begin()

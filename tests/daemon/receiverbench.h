@@ -2,9 +2,9 @@
 
 #include "daemon/attemptgate.h"
 #include "daemon/daemonreceiver.h"
-#include "tests/decode/scripteddecoder.h"
 #include "tests/fixture/logtrace.h"
 #include "tests/fixture/madeupclock.h"
+#include "tests/fixture/scripteddecoder.h"
 #include "tests/fixture/simulator.h"
 
 #include <QElapsedTimer>
@@ -65,7 +65,7 @@ struct ReceiverBench {
     explicit ReceiverBench(const QStringList &behaviours = {},
                            const QString &script = usualScript(), SimConfig simConfig = {},
                            int timesTooFast = usualHaste)
-        : clock(timesTooFast), decoder(script)
+        : clock(timesTooFast), decoder(script.toUtf8())
     {
         simConfig.nowMs = [this] { return clock.utc() - stepMs; };
         simConfig.configKb = 1;

@@ -824,7 +824,7 @@ private slots:
 
     void aPeriodThatHasWaitedTooLongIsPassedOver()
     {
-        const ScriptedDecoder decoder(
+        const PublishedDecoder decoder(
             QStringLiteral("case $slot in *_142315_*) sleep 1;; esac; echo '~ x'"));
         CaptureOptions options = oneWorker();
         options.maxWaitMs = 900;
