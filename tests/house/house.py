@@ -45,6 +45,7 @@ LINKED = {
     "outpost_core": {"outpost_flags", "Qt5::Core"},
     "outpost_station": {"outpost_flags", "outpost_core", "Qt5::Core", "Qt5::Network",
                         "Qt5::WebSockets", "ws2_32"},
+    "outpost_daemon": {"outpost_station"},
 }
 
 OTHER_DECLARATIONS = re.compile(r"(using|typedef|friend|static_assert)\b")

@@ -13,6 +13,8 @@ target_link_libraries(outpost_core PUBLIC outpost_flags Qt5::Core)
 add_library(outpost_station STATIC)
 target_link_libraries(outpost_station PUBLIC outpost_core Qt5::Network
     Qt5::WebSockets)
+add_library(outpost_daemon STATIC)
+target_link_libraries(outpost_daemon PUBLIC outpost_station)
 """
 WINDOW = "class MainWindow : public QMainWindow\n{\npublic:\n    void run();\n};\n"
 LARGE = "class Large {" + "void f();" * 26 + "};"
@@ -126,6 +128,10 @@ class Libraries(unittest.TestCase):
                  [("CMakeLists.txt", 2, "outpost_core links Qt5::Network")]),
                 ("target_link_libraries( outpost_station PRIVATE Qt5::Widgets)",
                  [("CMakeLists.txt", 1, "outpost_station links Qt5::Widgets")]),
+                ("target_link_libraries(outpost_daemon PUBLIC outpost_station Qt5::Gui)",
+                 [("CMakeLists.txt", 1, "outpost_daemon links Qt5::Gui")]),
+                ("target_link_libraries(outpost_daemon PUBLIC outpost_window)",
+                 [("CMakeLists.txt", 1, "outpost_daemon links outpost_window")]),
                 ("target_link_libraries(outpost_window PUBLIC Qt5::Widgets)", []),
                 ("# target_link_libraries(outpost_core PUBLIC Qt5::Widgets)", [])]:
             with self.subTest(text=text):
@@ -171,7 +177,9 @@ class Tree(unittest.TestCase):
                  "kiwi/CMakeLists.txt:1: outpost_core links ws2_32"),
                 ({"docs/a.md": "`app/mainwindow`\n`app/menus`"},
                  "docs/a.md:2: there is no app/menus"),
-                ({"CMakeLists.txt": "add_library(outpost_core STATIC)"},
+                ({"daemon/CMakeLists.txt": "target_link_libraries(outpost_daemon PRIVATE Qt5::Widgets)"},
+                 "daemon/CMakeLists.txt:1: outpost_daemon links Qt5::Widgets"),
+                ({"CMakeLists.txt": CMAKE.replace("add_library(outpost_station STATIC)", "")},
                  "CMakeLists.txt:1: there is no library outpost_station")]:
             with self.subTest(expected=expected):
                 self.assertEqual([str(violation) for violation in self.check(files)[0]], [expected])
