@@ -77,7 +77,7 @@ private slots:
         LoneBridge bridge;
         bridge->start();
         QUdpSocket server;
-        QVERIFY(server.bind(QHostAddress::LocalHost));
+        QVERIFY(server.bind(QHostAddress(QHostAddress::LocalHost)));
         LoneDaemon daemon(bridge);
         DaemonConfig config;
         config.bridges = {bridgeConfig(bridge, QStringLiteral("window"))};
@@ -133,7 +133,7 @@ private slots:
         LoneBridge bridge;
         bridge->start();
         QUdpSocket server;
-        QVERIFY(server.bind(QHostAddress::LocalHost));
+        QVERIFY(server.bind(QHostAddress(QHostAddress::LocalHost)));
         LoneDaemon daemon(bridge);
         DaemonConfig config;
         config.bridges = {bridgeConfig(bridge, QStringLiteral("window"))};
