@@ -177,7 +177,8 @@ class Tree(unittest.TestCase):
                  "kiwi/CMakeLists.txt:1: outpost_core links ws2_32"),
                 ({"docs/a.md": "`app/mainwindow`\n`app/menus`"},
                  "docs/a.md:2: there is no app/menus"),
-                ({"daemon/CMakeLists.txt": "target_link_libraries(outpost_daemon PRIVATE Qt5::Widgets)"},
+                ({"daemon/CMakeLists.txt":
+                  "target_link_libraries(outpost_daemon PRIVATE Qt5::Widgets)"},
                  "daemon/CMakeLists.txt:1: outpost_daemon links Qt5::Widgets"),
                 ({"CMakeLists.txt": CMAKE.replace("add_library(outpost_station STATIC)", "")},
                  "CMakeLists.txt:1: there is no library outpost_station")]:

@@ -11,7 +11,9 @@ from pathlib import Path
 from recording import write_silence
 from station import PROGRAMS, Home, Program, Receiver, free_port
 
-NAMES = ["kiwi-outpost", "kiwi-sim", "kiwi-outpost-demo"]
+NAMES = ["kiwi-outpost", "kiwi-outpost-demo", "kiwi-sim", "kiwi-outpostd"]
+WINDOWS = NAMES[:2]
+INSTALLED = [name for name in NAMES if name != "kiwi-outpost-demo"]
 PAGES = Path(__file__).parents[2] / "packaging" / "linux"
 
 
@@ -50,7 +52,7 @@ class Answers(unittest.TestCase):
             self.assertEqual(result.stderr, f"{name}: Unknown option 'nonsense'.\n")
 
     def test_argument_that_nobody_asked_for(self):
-        for name in ("kiwi-outpost", "kiwi-outpost-demo"):
+        for name in WINDOWS:
             result = run(name, "profile.json")
             self.assertEqual((result.returncode, result.stdout), (2, ""))
             self.assertEqual(result.stderr, f"{name}: Unexpected argument 'profile.json'.\n")
@@ -66,7 +68,7 @@ class Answers(unittest.TestCase):
 
     def test_options_of_qt(self):
         with Home() as home:
-            for name in NAMES[::2]:
+            for name in WINDOWS:
                 result = run(name, "-platform", "nowhere", "--style", "fusion", "--geometry",
                              "400x300", XDG_RUNTIME_DIR=str(home.path))
                 self.assertIn('Could not find the Qt platform plugin "nowhere"', result.stderr)
@@ -129,21 +131,28 @@ class ManPages(unittest.TestCase):
     """The man pages of the installed programs."""
 
     def test_options_are_those_of_the_help(self):
-        for name in NAMES[:2]:
-            told = re.findall(r"^ +(?:-\w, )?--([\w-]+)", run(name, "--help").stdout, re.MULTILINE)
+        for name in INSTALLED:
+            told = re.findall(r"^  (?:-\w, )?--([\w-]+)", run(name, "--help").stdout, re.MULTILINE)
             explained = re.findall(r"^\.It (?:Fl \w , )?Fl -([\w-]+)", page(name), re.MULTILINE)
             self.assertGreater(len(told), 4)
             self.assertEqual(sorted(told), sorted(explained))
 
     def test_synopsis_has_every_option(self):
-        for name in NAMES[:2]:
+        for name in INSTALLED:
             synopsis = page(name).split(".Sh SYNOPSIS")[1].split(".Sh")[0]
             summed_up = re.findall(r"Fl -([\w-]+)", synopsis)
             explained = re.findall(r"^\.It (?:Fl \w , )?Fl -([\w-]+)", page(name), re.MULTILINE)
-            self.assertEqual(sorted(summed_up), sorted(explained))
+            self.assertEqual(set(summed_up), set(explained))
+
+    def test_keys_of_the_configuration_are_those_of_the_example(self):
+        example = (PAGES / "outpostd.toml").read_text()
+        shown = re.findall(r"^#(\w+)(?= = )|^#(\[+\w+\]+)$", example, re.MULTILINE)
+        section = page("kiwi-outpostd").split(".Sh CONFIGURATION")[1].split(".Sh")[0]
+        explained = re.findall(r"^(?:\.It )?\.?Cm ([\w\[\]]+)", section, re.MULTILINE)
+        self.assertEqual({key or table for key, table in shown}, set(explained))
 
     def test_system_is_the_version_of_the_program(self):
-        for name in NAMES[:2]:
+        for name in INSTALLED:
             version = run(name, "--version").stdout.split(" v")[1].strip()
             self.assertIn(f'\n.Os "PELQ Kiwi Outpost {version}"\n', page(name))
 
