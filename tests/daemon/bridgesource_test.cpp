@@ -129,8 +129,10 @@ private slots:
         BridgeConfig config = configOf(bridge);
         config.mhz = 0;
         config.frequencyFile = folder.filePath(QStringLiteral("kiwi-frequency.txt"));
+        const LogTrace log;
         AttachedSource attached(bridge, config); // the file is not there yet
         QTRY_COMPARE(bridge.sockets().size(), 1);
+        QTRY_VERIFY(log.contains(QStringLiteral("window: its dial frequency is not known yet")));
         write(config.frequencyFile, "14.074000");
         QTRY_COMPARE(attached.source->state().dialHz, qint64(14074000));
         attached.now += 15000;
