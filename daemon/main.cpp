@@ -11,6 +11,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <functional>
 
 using namespace outpost;
 
@@ -43,9 +44,6 @@ QString scratchFolder()
 
 void readAgain(Outpostd &daemon, const QString &configFile)
 {
-    if (configFile.isEmpty()) {
-        return;
-    }
     const DaemonConfigOutcome read = readDaemonConfigFile(configFile);
     if (read.error.isEmpty() && read.config.hasSources()) {
         logLine(QStringLiteral("The configuration is read again."));
@@ -69,7 +67,11 @@ int run(const DaemonOptions &options)
             [&standardOutput](const QByteArray &lines) { standardOutput.write(lines); });
     }
     Outpostd daemon(std::move(surroundings));
-    quitOnTermination([&] { readAgain(daemon, options.configFile); });
+    std::function<void()> onHangUp; // without a file, the end of its terminal ends the program
+    if (!options.configFile.isEmpty()) {
+        onHangUp = [&] { readAgain(daemon, options.configFile); };
+    }
+    quitOnTermination(onHangUp);
 
     StatusServer status([&daemon] { return daemon.statusText(); });
     const QString refusal = status.listen();
