@@ -3,6 +3,7 @@
 #include "daemon/daemonconfig.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <cmath>
@@ -53,6 +54,22 @@ QString hz(const ReceiverConfig &receiver)
 QString examplePath()
 {
     return QStringLiteral(OUTPOST_SOURCE_DIR "/packaging/linux/outpostd.toml");
+}
+
+// The configurations that the manual shows.
+QStringList manualsConfigurations()
+{
+    QFile file(QStringLiteral(OUTPOST_SOURCE_DIR "/docs/many-receivers.md"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    static const QRegularExpression block(QStringLiteral("```toml\n(.*?)```"),
+                                          QRegularExpression::DotMatchesEverythingOption);
+    QStringList found;
+    for (auto it = block.globalMatch(QString::fromUtf8(file.readAll())); it.hasNext();) {
+        found.append(it.next().captured(1));
+    }
+    return found;
 }
 
 // A # before prose is followed by a blank.
@@ -797,6 +814,15 @@ private slots:
              {"jt9", "at_once", "name", "host", "mhz", "schedule", "user", "password_file",
               "frequency_file", "targets", "interface", "folder"}) {
             QVERIFY2(exampleWithoutSigns().contains(QByteArray("\n") + key + " = "), key);
+        }
+    }
+
+    void theManualsConfigurationsAreRead()
+    {
+        const QStringList configurations = manualsConfigurations();
+        QVERIFY(configurations.size() >= 3);
+        for (const QString &toml : configurations) {
+            QCOMPARE(read(toml.toUtf8()).error, QString());
         }
     }
 
