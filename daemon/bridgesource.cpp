@@ -73,6 +73,10 @@ void BridgeSource::onAttached()
     refusalIsLogged = false;
     logLine(QStringLiteral("%1: attached to the bridge on port %2.")
                 .arg(config.name, QString::number(config.port)));
+    if (state().dialHz == 0) {
+        logLine(QStringLiteral("%1: its dial frequency is not known yet: it is not in %2.")
+                    .arg(config.name, escapedControls(config.frequencyFile)));
+    }
     callbacks.onSource(state());
 }
 
