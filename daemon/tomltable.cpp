@@ -5,6 +5,7 @@
 
 #include <QRegularExpression>
 #include <algorithm>
+#include <utility>
 
 namespace outpost
 {
@@ -207,14 +208,20 @@ void TomlTable::refuse(const char *key, const QString &wrong, const QString &rig
 void TomlTable::refuseMissing(const char *key, const QString &right)
 {
     if (!has(key)) {
-        refuse(key, QStringLiteral("the key is missing"), right);
+        missing.append({QLatin1String(key), right});
     }
 }
 
 void TomlTable::refuseOthers()
 {
+    const auto isKnown = [this](const TomlMember &member) { return known.contains(member.key); };
+    if (std::all_of(values.members.begin(), values.members.end(), isKnown)) {
+        for (const auto &[key, right] : std::as_const(missing)) {
+            problems.add(values.line, pathOf(key), QStringLiteral("the key is missing"), right);
+        }
+    }
     for (const TomlMember &member : values.members) {
-        if (!known.contains(member.key)) {
+        if (!isKnown(member)) {
             problems.addText(member.value.line, pathOf(keyText(member.key)),
                              QStringLiteral("there is no such key; the nearest one is %1")
                                  .arg(nearestName(member.key.left(maxQuoted), known)));

@@ -2,7 +2,9 @@
 
 #include "daemon/tomlreader.h"
 
+#include <QPair>
 #include <QStringList>
+#include <QVector>
 #include <optional>
 
 namespace outpost
@@ -46,7 +48,8 @@ public:
 
     void refuse(const char *key, const QString &wrong, const QString &right);
     void refuseMissing(const char *key, const QString &right);
-    // To be called last: keys that were not asked for are unknown.
+    // To be called last: keys that were not asked for are unknown. Where there is one, no key
+    // counts as missing: it may be the one, misspelt.
     void refuseOthers();
 
 private:
@@ -58,6 +61,7 @@ private:
     const QString prefix;
     ConfigProblems &problems;
     QStringList known;
+    QVector<QPair<QString, QString>> missing; // keys, and what they must be
 };
 
 } // namespace outpost

@@ -451,6 +451,9 @@ private slots:
         row("no frequency", "[[receiver]]\nname = \"a\"\nhost = \"a\"\n",
             QStringLiteral("1: receiver.mhz: the key is missing; it must be a frequency, as in mhz "
                            "= 14.074, or a schedule in its place"));
+        row("a misspelt key rather than a missing one",
+            "[[receiver]]\nname = \"a\"\nhost = \"a\"\nmhzz = 7\n",
+            QStringLiteral("4: receiver.mhzz: there is no such key; the nearest one is mhz"));
         row("frequency and schedule",
             span("{ from = \"01:00\", to = \"02:00\", mhz = 7 }") + "mhz = 7\n",
             QStringLiteral("4: receiver.schedule: mhz is given, too; it must be one of the two"));
