@@ -1,5 +1,6 @@
 #include "daemon/backgroundwriter.h"
 
+#include <QFile>
 #include <QQueue>
 #include <chrono>
 #include <condition_variable>
@@ -79,10 +80,12 @@ bool BackgroundWriter::flush(int waitMs)
     });
 }
 
+// Not by stdio: the process could not exit while a write hangs, since that waits for stdio's locks.
 bool writeToStandardOutput(const QByteArray &piece)
 {
-    const auto size = static_cast<size_t>(piece.size());
-    return std::fwrite(piece.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+    QFile output;
+    return output.open(fileno(stdout), QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+           output.write(piece) == piece.size();
 }
 
 } // namespace outpost
