@@ -82,11 +82,12 @@ class Home:
 
 
 class Program:
-    """A running program and its output so far, line by line."""
+    """A running program and its output so far, line by line. A Ctrl-C at the terminal does not reach
+    it."""
 
     def __init__(self, command, environment, errors=subprocess.STDOUT):
         self._process = subprocess.Popen(
-            run_along(command), env=environment, text=True,
+            run_along(command), env=environment, text=True, start_new_session=True,
             stdout=subprocess.PIPE, stderr=errors, stdin=subprocess.DEVNULL)
         self.lines = []
         self._reader = threading.Thread(target=self._read, daemon=True)
@@ -103,6 +104,10 @@ class Program:
         self.kill()
         if failure:
             print(*self.lines, sep="\n")
+
+    @property
+    def process_id(self):
+        return self._process.pid
 
     def kill(self):
         self._process.kill()
@@ -126,18 +131,30 @@ class Program:
 
 
 class Receiver(Program):
-    """The receiver simulator; `saved` contains the periods as its clients heard them."""
+    """The receiver simulator; its folder contains the periods as its clients heard them."""
 
-    def __init__(self, home, *options):
-        self._saved = home.path / "heard"
-        command = [PROGRAMS / "kiwi-sim", "--port", "0", "--save", self._saved, *options]
+    def __init__(self, home, *options, folder="heard"):
+        self._saved = home.path / folder
+        self._events = home.path / f"{folder}.log"
+        command = [PROGRAMS / "kiwi-sim", "--port", "0", "--save", self._saved, "--log",
+                   self._events, *options]
         super().__init__(command, home.environment(None))
         self.port = int(self.wait_for_line(r"^listening on 127\.0\.0\.1 port (\d+)", 60)[1])
+
+    def events(self):
+        """Its log: of each event the client's number, the path, the kind and a text."""
+        found = [re.fullmatch(r"\d+ \S+ client (\d+) (\S+) (\S+) (.*)", line)
+                 for line in self._events.read_text(encoding="utf-8").splitlines()]
+        return [(int(match[1]), *match.groups()[1:]) for match in found if match]
+
+    def heard_periods(self):
+        """All recordings, by their start."""
+        return sorted(self._saved.glob("*.wav"))
 
     def heard_period(self, number, seconds=120):
         """The recording of the first client's period, numbered from 0."""
         def find():
-            return sorted(self._saved.glob("*.wav"))[number:number + 1]
+            return self.heard_periods()[number:number + 1]
         return wait_for(find, f"period {number}", seconds)[0]
 
 

@@ -1,9 +1,9 @@
 """Two made-up receivers' decodes in the servers that people have: a console program and a window."""
 
-import re
 import subprocess
 import unittest
 
+from outpostd import UdpDaemon
 from station import BUILD, Display, Home, Program, free_port, run_along, wait_for
 
 WINDOW_PORT = 2237  # the only one that it starts with
@@ -44,30 +44,12 @@ class Feeder:
         return self._process.wait(60)
 
 
-class Console(Program):
-    """Debian's server for the console; the numbers of a decode stand before or behind its text."""
-
-    def __init__(self, home, port):
-        super().__init__(["udp_daemon", "--port", port], home.environment(None))
-
-    def decoded(self):
-        """Sender and message of each decode."""
-        found = [re.match(r"(PELQ .*)\(.*\): Decoded (.*)", line) for line in list(self.lines)]
-        return [(match[1], match[2]) for match in found if match]
-
-    def numbers(self):
-        """Of each decode: new, time, SNR, DT, audio frequency."""
-        pattern = r'new: (\w+) t: QTime\("([\d:]+)\.000"\) snr: (\S+) Dt: (\S+) Df: (\d+) mode: "~"'
-        found = [re.search(pattern, line) for line in list(self.lines)]
-        return [match.groups() for match in found if match]
+class Console(UdpDaemon):
+    """The server for the console, once it knows both receivers."""
 
     def wait_for_both(self):
         for name in IDS.values():
             self.wait_for_line(f"Discovered WSJT-X instance: {name}\\(")
-
-    def wait_for_decodes(self, count):
-        wait_for(lambda: len(self.decoded()) >= count and len(self.numbers()) >= count,
-                 f"{count} decodes")
 
 
 def expected_messages(periods, count):
