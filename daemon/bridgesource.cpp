@@ -15,7 +15,7 @@ namespace outpost
 namespace
 {
 constexpr int maxLineBytes = 4096; // a decode takes fewer than 200
-constexpr qint64 maxReadBytes = 256 * 1024;
+constexpr qint64 maxReadBytes = 256LL * 1024;
 
 qint64 toHz(double mhz)
 {
