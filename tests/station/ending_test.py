@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 from recording import write_silence
-from station import PROGRAMS, Display, Home, Program, Receiver, Station, free_port, run_along
+from station import PROGRAMS, Display, Home, Receiver, Station, free_port, run_along
 
 VIEWS = ["PELQ Kiwi Outpost Status Log", "PELQ Kiwi Outpost Station Display",
          "PELQ Kiwi Outpost Bridge Status"]
@@ -86,20 +86,6 @@ class Ending(unittest.TestCase):
             display.close(window)
             station.send(signal.SIGTERM)
             self.check_end(home, station, port)
-
-
-class EndingWithoutAWindow(unittest.TestCase):
-    """kiwi-outpostd with a receiver of the command line has no file to read again."""
-
-    def test_requests_to_end(self):
-        for number in REQUESTS:
-            with self.subTest(number.name), Home() as home:
-                self.addCleanup(signal.signal, number, signal.signal(number, signal.SIG_DFL))
-                command = [PROGRAMS / "kiwi-outpostd", f"127.0.0.1:{free_port()}", "14.074"]
-                with Program(command, home.environment(None)) as daemon:
-                    daemon.wait_for_line("connecting, 14.074000 MHz")
-                    daemon.send(number)
-                    self.assertEqual(daemon.exit_status(20), 0)
 
 
 if __name__ == "__main__":

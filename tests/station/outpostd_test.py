@@ -226,6 +226,15 @@ class Ending(unittest.TestCase):
                 with self.subTest(case[0].name):
                     self.check_end(*case)
 
+    def test_a_hang_up_ends_one_that_has_no_file_to_read_again(self):
+        # Ignored signals are inherited, and the test may run under nohup.
+        self.addCleanup(signal.signal, signal.SIGHUP,
+                        signal.signal(signal.SIGHUP, signal.SIG_DFL))
+        with Home() as home, \
+                Outpostd(home, f"127.0.0.1:{free_port()}", "14.074") as daemon:
+            daemon.wait_for_log("connecting, 14.074000 MHz")
+            self.assertEqual(daemon.end(signal.SIGHUP), 0)
+
 
 class Operating(unittest.TestCase):
     """A daemon that receives, while its configuration changes and others look at it."""
