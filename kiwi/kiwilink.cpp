@@ -43,13 +43,12 @@ void KiwiLink::connectKiwi()
         evidencePath = evidenceFilePath(options.evidenceFolder(),
                                         QDateTime::fromMSecsSinceEpoch(options.clock()));
     }
-    link.phase = LinkPhase::ProbeQueued;
+    queueProbe(); // before the callback, which may disconnect
     const KiwiTarget to = target();
     const QString frequency = frequencyText(to.frequencyMhz);
     callbacks.onStatus(QStringLiteral("Connecting — %1 MHz").arg(frequency));
     log(QStringLiteral("Native Kiwi connection requested: %1:%2, %3 MHz.")
             .arg(to.host, QString::number(to.port), frequency));
-    queueProbe();
 }
 
 void KiwiLink::disconnectKiwi(bool announce)
@@ -98,6 +97,9 @@ void KiwiLink::probeNextEndpoint()
     watchSocket(opening);
     log(QStringLiteral("Kiwi WebSocket probe trying: %1").arg(url.toString()));
     callbacks.onStatus(QStringLiteral("Connecting — trying %1").arg(link.currentEndpoint));
+    if (socket != opening) {
+        return; // the callback has disconnected
+    }
     watchdog->start(options.timeouts.openMs);
     limitMessages(opening);
     opening->open(url);

@@ -25,7 +25,10 @@ struct LinkBench {
     explicit LinkBench(KiwiLinkOptions options = withoutReport()) : target{localTarget(receiver)}
     {
         KiwiLinkCallbacks callbacks;
-        callbacks.onStatus = [](const QString &text) { logLine(QStringLiteral("* ") + text); };
+        callbacks.onStatus = [this](const QString &text) {
+            logLine(QStringLiteral("* ") + text);
+            atStatus(text);
+        };
         callbacks.onSoundFrame = [] { logLine(QStringLiteral("* sound frame")); };
         callbacks.onSound = [](const QByteArray &frame) {
             logLine(QStringLiteral("* sound of %1 bytes").arg(frame.size()));
@@ -76,6 +79,7 @@ struct LinkBench {
     KiwiTarget target;
     MadeUpClock clock;
     LogTrace trace;
+    std::function<void(const QString &)> atStatus = [](const QString &) {};
     std::unique_ptr<KiwiLink> link;
 };
 
@@ -102,6 +106,9 @@ private slots:
     void everyStepIsToldInItsOrder();
     void disconnectingIsTold_data();
     void disconnectingIsTold();
+    void disconnectingInsideAStatusHolds_data();
+    void disconnectingInsideAStatusHolds();
+    void reconnectingInsideAStatusBeginsAnew();
     void thePhaseFollowsTheLink();
     void aFrameShorterThanItsHeaderVerifiesButHasNoSound();
     void aFailureIsToldOnceAndIsNoState();
@@ -179,6 +186,49 @@ void KiwiLinkTest::disconnectingIsTold()
     QTEST(bench.trace.lines(), "told");
     QCOMPARE(bench.link->kiwiStatusText(), QStringLiteral("Disconnected"));
     QTRY_COMPARE(bench.receiver.liveLinks(), 0);
+}
+
+void KiwiLinkTest::disconnectingInsideAStatusHolds_data()
+{
+    QTest::addColumn<QString>("status");
+    QTest::newRow("requested") << QStringLiteral("Connecting — 14.074000 MHz");
+    QTest::newRow("trying") << QStringLiteral("Connecting — trying /kiwi/0/SND");
+    QTest::newRow("open") << QStringLiteral("WebSocket open — waiting for SND at /kiwi/0/SND");
+}
+
+void KiwiLinkTest::disconnectingInsideAStatusHolds()
+{
+    QFETCH(QString, status);
+    LinkBench bench;
+    bench.atStatus = [&](const QString &text) {
+        if (text == status) {
+            bench.link->disconnectKiwi(false);
+        }
+    };
+    bench.link->connectKiwi();
+    QTRY_VERIFY(bench.trace.contains(QStringLiteral("* ") + status));
+    QCoreApplication::processEvents(); // what was queued
+    QVERIFY(bench.link->state().phase == LinkPhase::Disconnected);
+    const auto *watchdog = bench.link->findChild<QTimer *>(QStringLiteral("watchdog"));
+    QVERIFY(!watchdog->isActive());
+    QTRY_COMPARE(bench.receiver.liveLinks(), 0);
+    bench.atStatus = [](const QString &) {};
+    QVERIFY(bench.hear());
+}
+
+void KiwiLinkTest::reconnectingInsideAStatusBeginsAnew()
+{
+    LinkBench bench;
+    int times = 0;
+    bench.atStatus = [&](const QString &text) {
+        if (text.startsWith(QStringLiteral("Connecting — trying")) && ++times == 1) {
+            bench.link->connectKiwi();
+        }
+    };
+    QVERIFY(bench.hear());
+    QCOMPARE(times, 2);
+    QCOMPARE(bench.receiver.paths(), QStringList{QStringLiteral("/kiwi/0/SND")});
+    QCOMPARE(bench.receiver.liveLinks(), 1);
 }
 
 void KiwiLinkTest::thePhaseFollowsTheLink()
