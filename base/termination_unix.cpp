@@ -8,7 +8,11 @@
 #include <csignal>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
 
 namespace outpost
 {
@@ -124,6 +128,15 @@ void quitOnTermination(const std::function<void()> &onHangUp)
         ::signal(SIGHUP, SIG_DFL); // even if it was ignored: it ends nothing
         handle(SIGHUP, onHangUpSignal);
     }
+}
+
+void leaveNoCrashDump()
+{
+    const rlimit none = {};
+    ::setrlimit(RLIMIT_CORE, &none);
+#ifdef PR_SET_DUMPABLE
+    ::prctl(PR_SET_DUMPABLE, 0); // the limit does not hold where a program takes the dumps
+#endif
 }
 
 void atLogOff(QObject * /*owner*/, const std::function<void()> & /*callback*/) {}

@@ -55,6 +55,8 @@ void quitOnTermination(const std::function<void()> & /*onHangUp*/)
     SetConsoleCtrlHandler(onConsoleEvent, TRUE); // of a console program
 }
 
+void leaveNoCrashDump() {}
+
 void atLogOff(QObject *owner, const std::function<void()> &callback)
 {
     new LogOffFilter(owner, callback);

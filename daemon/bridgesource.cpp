@@ -2,6 +2,7 @@
 
 #include "base/frequency.h"
 #include "base/logline.h"
+#include "daemon/plainfile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -140,7 +141,7 @@ void BridgeSource::readFrequencyFile()
 {
     watchFrequencyFile();
     QFile file(config.frequencyFile);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!whyNotPlain(config.frequencyFile).isEmpty() || !file.open(QIODevice::ReadOnly)) {
         return;
     }
     constexpr qint64 maxFileBytes = 1024;

@@ -6,12 +6,16 @@
 #include "daemon/backgroundwriter.h"
 #include "daemon/daemonoptions.h"
 #include "daemon/outpostd.h"
+#include "daemon/plainfile.h"
 #include "daemon/statusserver.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <chrono>
+#include <cstdlib>
 #include <functional>
+#include <thread>
 
 using namespace outpost;
 
@@ -19,6 +23,7 @@ namespace
 {
 constexpr int cannotRun = 1;
 constexpr int flushMs = 1000; // for a reader of standard output that is slow
+constexpr int endMs = 4000;   // for the end as a whole
 
 int endWith(const Ending &ending)
 {
@@ -44,7 +49,11 @@ QString scratchFolder()
 
 void readAgain(Outpostd &daemon, const QString &configFile)
 {
-    const DaemonConfigOutcome read = readDaemonConfigFile(configFile);
+    const QString notPlain = whyNotPlain(configFile);
+    const DaemonConfigOutcome read =
+        notPlain.isEmpty()
+            ? readDaemonConfigFile(configFile)
+            : DaemonConfigOutcome{{}, QStringLiteral("%1: %2").arg(configFile, notPlain)};
     if (read.error.isEmpty() && read.config.hasSources()) {
         logLine(QStringLiteral("The configuration is read again."));
         daemon.apply(read.config);
@@ -54,6 +63,15 @@ void readAgain(Outpostd &daemon, const QString &configFile)
                 .arg(read.error.isEmpty()
                          ? QStringLiteral("The file names no receiver and no bridge.")
                          : escapedControls(read.error)));
+}
+
+// Qt waits for every look-up of a host's name, which can take minutes.
+void endAtLatestIn(int ms, int exitCode)
+{
+    std::thread([ms, exitCode] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+        std::_Exit(exitCode);
+    }).detach();
 }
 
 int run(const DaemonOptions &options)
@@ -80,6 +98,7 @@ int run(const DaemonOptions &options)
     }
     daemon.apply(options.config);
     const int exitCode = QCoreApplication::exec();
+    endAtLatestIn(endMs, exitCode);
     daemon.stop();
     standardOutput.flush(flushMs);
     return exitCode;

@@ -2,14 +2,15 @@
 
 #include "base/datapaths.h"
 #include "base/logline.h"
+#include "base/termination.h"
 #include "daemon/alltxt.h"
+#include "daemon/backgroundoutput.h"
 #include "daemon/passwordfile.h"
 #include "daemon/statustable.h"
 #include "daemon/wsjtxoutput.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QUrl>
 #include <algorithm>
 #include <utility>
 
@@ -35,6 +36,7 @@ QString passwordIn(const QString &file)
     if (file.isEmpty()) {
         return {};
     }
+    leaveNoCrashDump();
     const PasswordOutcome outcome = readPassword(file);
     if (!outcome.error.isEmpty()) {
         logLine(QStringLiteral("No password: %1").arg(escapedControls(outcome.error)));
@@ -46,12 +48,6 @@ template <typename Config>
 bool contains(const QVector<Config> &configs, const Config &config)
 {
     return std::find(configs.begin(), configs.end(), config) != configs.end();
-}
-
-// A receiver's name as the name of a folder.
-QString folderName(const QString &receiver)
-{
-    return QString::fromLatin1(QUrl::toPercentEncoding(receiver, " ", "."));
 }
 } // namespace
 
@@ -77,15 +73,17 @@ void Outpostd::apply(const DaemonConfig &wanted)
     const int atOnce = config.decoder.atOnce;
     decoders.setMaxThreadCount(atOnce > 0 ? atOnce : QThread::idealThreadCount());
     applyOutputs(before);
-    applyReceivers(keepsDecoder);
-    applyBridges();
+    endReceivers(keepsDecoder);
+    endBridges(); // a name may go from one kind to the other
+    startReceivers();
+    startBridges();
     if (!config.receivers.isEmpty()) {
         decoder->path(); // says at once if there is none
     }
 }
 
 // Those that stay go on without a gap.
-void Outpostd::applyReceivers(bool keepsDecoder)
+void Outpostd::endReceivers(bool keepsDecoder)
 {
     std::vector<Receiver> going;
     const auto stays = [&](const Receiver &receiver) {
@@ -99,6 +97,10 @@ void Outpostd::applyReceivers(bool keepsDecoder)
         dropSource(receiver.config.name);
     }
     going.clear(); // waits for their decoders, which are ending
+}
+
+void Outpostd::startReceivers()
+{
     for (const ReceiverConfig &wanted : std::as_const(config.receivers)) {
         const bool runs = std::any_of(receivers.begin(), receivers.end(),
                                       [&](const Receiver &r) { return r.config == wanted; });
@@ -113,7 +115,7 @@ void Outpostd::startReceiver(const ReceiverConfig &wanted)
     ReceiverSurroundings around;
     around.pool = &decoders;
     around.gate = &gate;
-    around.captureFolder = QDir(surroundings.captureFolder).filePath(folderName(wanted.name));
+    around.captureFolder = surroundings.captureFolder;
     around.decoderPath = [lookup = decoder] { return lookup->path(); };
     around.depth = config.decoder.passes;
     around.split = config.decoder.split;
@@ -127,7 +129,7 @@ void Outpostd::startReceiver(const ReceiverConfig &wanted)
     receivers.back().station->start();
 }
 
-void Outpostd::applyBridges()
+void Outpostd::endBridges()
 {
     const auto goes = [&](const Bridge &bridge) {
         return !contains(config.bridges, bridge.config);
@@ -138,6 +140,10 @@ void Outpostd::applyBridges()
         }
     }
     bridges.erase(std::remove_if(bridges.begin(), bridges.end(), goes), bridges.end());
+}
+
+void Outpostd::startBridges()
+{
     for (const BridgeConfig &wanted : std::as_const(config.bridges)) {
         const bool runs = std::any_of(bridges.begin(), bridges.end(),
                                       [&](const Bridge &b) { return b.config == wanted; });
@@ -193,11 +199,13 @@ void Outpostd::applyAllTxt()
     if (wanted.folder.isEmpty()) {
         return;
     }
-    allTxt = std::make_unique<AllTxtOutput>([wanted](qint64 periodStartMs) {
+    const auto fileOf = [wanted](qint64 periodStartMs) {
         const bool monthly = wanted.split == AllTxtSplit::Monthly;
         return QDir(wanted.folder)
             .filePath(allTxtFileName(wanted.fileName, periodStartMs, monthly));
-    });
+    };
+    allTxt = std::make_unique<BackgroundOutput>(QStringLiteral("ALL.TXT"),
+                                                std::make_unique<AllTxtOutput>(fileOf));
 }
 
 void Outpostd::stop()

@@ -49,8 +49,10 @@ private:
         std::unique_ptr<Output> output;
     };
 
-    void applyReceivers(bool keepsDecoder);
-    void applyBridges();
+    void endReceivers(bool keepsDecoder);
+    void endBridges();
+    void startReceivers();
+    void startBridges();
     void applyOutputs(const DaemonConfig &before);
     void applyAllTxt();
     void startReceiver(const ReceiverConfig &wanted);

@@ -1,5 +1,7 @@
 #include "daemon/passwordfile.h"
 
+#include "daemon/plainfile.h"
+
 #include <QFile>
 #include <QTextCodec>
 #include <algorithm>
@@ -40,6 +42,10 @@ PasswordOutcome passwordIn(QByteArray line, const QString &path)
 
 PasswordOutcome readPassword(const QString &path)
 {
+    const QString notPlain = whyNotPlain(path);
+    if (!notPlain.isEmpty()) {
+        return refused(path, notPlain);
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return refused(path, file.errorString());

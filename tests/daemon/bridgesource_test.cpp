@@ -5,6 +5,9 @@
 #include <QSaveFile>
 #include <QTemporaryDir>
 #include <QtTest>
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
 
 namespace outpost
 {
@@ -147,6 +150,19 @@ private slots:
         QCOMPARE(attached.spots.first().dialHz, qint64(14074000)); // at the period's start
         QCOMPARE(attached.source->state().dialHz, qint64(3573000));
     }
+
+#ifdef Q_OS_UNIX
+    void aFrequencyFileThatIsAPipeIsNotWaitedFor()
+    {
+        const QTemporaryDir folder;
+        const LoneBridge bridge;
+        BridgeConfig config = configOf(bridge);
+        config.frequencyFile = folder.filePath(QStringLiteral("pipe"));
+        QCOMPARE(::mkfifo(QFile::encodeName(config.frequencyFile).constData(), 0600), 0);
+        const AttachedSource attached(bridge, config); // returns
+        QCOMPARE(attached.source->state().dialHz, qint64(0));
+    }
+#endif
 
     void noiseIsNoDecodeAndDoesNotPileUp()
     {

@@ -13,6 +13,10 @@
 #include <QtTest>
 #include <chrono>
 #include <future>
+#ifdef Q_OS_LINUX
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#endif
 
 namespace outpost
 {
@@ -92,6 +96,7 @@ private slots:
         QCOMPARE(QJsonDocument::fromJson(daemon.written).object().value(QStringLiteral("msg")),
                  QJsonValue(QStringLiteral("CQ K1ABC FN42")));
         QFile allTxt(folder.filePath(QStringLiteral("ALL.TXT")));
+        QTRY_VERIFY(allTxt.size() > 0);
         QVERIFY(allTxt.open(QIODevice::ReadOnly));
         QCOMPARE(allTxt.readAll(),
                  QByteArray("260130_101530    14.074 Rx FT8    -12  0.3 1234 CQ K1ABC FN42\n"));
@@ -126,6 +131,59 @@ private slots:
         fresh.deliver({line});
         QTRY_COMPARE(daemon.written.count('\n'), 1);
         QVERIFY(daemon.written.contains("\"receiver\":\"fresh\""));
+    }
+
+    void aNameMayGoFromABridgeToAReceiver()
+    {
+        LoneBridge bridge;
+        QUdpSocket server;
+        QVERIFY(server.bind(QHostAddress(QHostAddress::LocalHost)));
+        LoneDaemon daemon(bridge);
+        DaemonConfig config;
+        config.bridges = {bridgeConfig(bridge, QStringLiteral("shed"))};
+        WsjtxConfig udp;
+        udp.targets = {{QStringLiteral("127.0.0.1"), server.localPort()}};
+        config.wsjtx = {udp};
+        daemon->apply(config);
+        QList<quint32> types;
+        QTRY_VERIFY((types += messageTypes(server), types.contains(1)));
+        ReceiverConfig receiver;
+        receiver.name = QStringLiteral("shed");
+        receiver.host = QStringLiteral("127.0.0.1");
+        receiver.port = freePort();
+        receiver.schedule = Schedule(14074000);
+        config.receivers = {receiver};
+        config.bridges.clear();
+        messageTypes(server);
+        daemon->apply(config);
+        types = messageTypes(server);                  // before anything else happens
+        QCOMPARE(types, (QList<quint32>{3, 6, 0, 1})); // Clear, Close; Heartbeat, Status
+    }
+
+    void aReceiverWithAPasswordLeavesNoCrashDump()
+    {
+#ifdef Q_OS_LINUX
+        rlimit limit = {1, 1};
+        const QTemporaryDir folder;
+        QFile password(folder.filePath(QStringLiteral("password")));
+        QVERIFY(password.open(QIODevice::WriteOnly));
+        password.write("hunter2\n");
+        password.close();
+        const LoneBridge bridge; // for its clock
+        LoneDaemon daemon(bridge);
+        DaemonConfig config;
+        ReceiverConfig receiver;
+        receiver.name = QStringLiteral("shed");
+        receiver.host = QStringLiteral("127.0.0.1");
+        receiver.port = freePort();
+        receiver.schedule = Schedule(14074000);
+        receiver.passwordFile = password.fileName();
+        config.receivers = {receiver};
+        daemon->apply(config);
+        QTRY_COMPARE(::prctl(PR_GET_DUMPABLE), 0);
+        QCOMPARE(::getrlimit(RLIMIT_CORE, &limit), 0);
+        QCOMPARE(limit.rlim_cur, rlim_t{0});
+#endif
     }
 
     void anOutputThatComesLaterKnowsTheSources()

@@ -1,10 +1,16 @@
 // The password is the first line of a file.
 
 #include "daemon/passwordfile.h"
+#include "daemon/plainfile.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <chrono>
+#include <future>
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
 
 namespace outpost
 {
@@ -78,6 +84,28 @@ private slots:
         QCOMPARE(outcome.password, QString());
         QCOMPARE(outcome.error, path + QStringLiteral(": ") + why);
     }
+
+#ifdef Q_OS_UNIX
+    void aPipeIsNotWaitedFor()
+    {
+        const QString path = folder.filePath(QStringLiteral("pipe"));
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        auto read = std::async(std::launch::async, [&] { return readPassword(path); });
+        const auto isRead = [&] {
+            return read.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+        };
+        const bool waits = !QTest::qWaitFor(isRead, 5000);
+        if (waits) { // lets the thread end
+            QFile writer(path);
+            QVERIFY(writer.open(QIODevice::WriteOnly));
+        }
+        QVERIFY(!waits);
+        QCOMPARE(read.get().error,
+                 path + QStringLiteral(": It is a pipe or a device, not a file."));
+        QCOMPARE(whyNotPlain(QStringLiteral("/dev/null")),
+                 QStringLiteral("It is a pipe or a device, not a file."));
+    }
+#endif
 
     void aFileThatCannotBeReadIsNamed()
     {
