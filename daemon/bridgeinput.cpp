@@ -1,9 +1,11 @@
 #include "daemon/bridgeinput.h"
 
+#include "base/logline.h"
 #include "daemon/ft8message.h"
 
 #include <QDateTime>
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 namespace outpost
@@ -14,13 +16,20 @@ namespace
 constexpr qint64 dayMs = 86400000;
 constexpr qint64 rememberedMs = 120000; // a period's decodes are late by less
 constexpr int sameSignalHz = 12;
-constexpr int maxMessages = 2000; // of a period; a window brings fewer than 250
+constexpr int maxDecodes = 2000; // of a period; a window brings fewer than 250
+constexpr int maxPeriods = 20;   // that begin within rememberedMs before or after the latest
 
 bool isSixDigits(const QString &text)
 {
     return text.size() == 6 && std::all_of(text.begin(), text.end(), [](QChar c) {
                return c >= QLatin1Char('0') && c <= QLatin1Char('9');
            });
+}
+
+// A control character would tear a line of ALL.TXT, or speak to the terminal.
+bool isPrintable(const QString &message)
+{
+    return !message.isEmpty() && escapedControls(message) == message;
 }
 
 // The bridge sends messages without the blanks that set off jt9's columns, but a lone "?" is
@@ -79,7 +88,7 @@ std::optional<Spot> spotOf(const BridgeDecode &decode, const QString &source, qi
     const Ft8Sender sender = senderOf(decode.message);
     spot.callsign = sender.callsign;
     spot.locator = sender.locator;
-    if (!isSnr || !isDt || !isHz || spot.message.isEmpty()) {
+    if (!isSnr || !isDt || !isHz || !std::isfinite(spot.dt) || !isPrintable(spot.message)) {
         return std::nullopt;
     }
     return spot;
@@ -87,25 +96,30 @@ std::optional<Spot> spotOf(const BridgeDecode &decode, const QString &source, qi
 
 bool NearDoubles::isNew(const Spot &spot)
 {
-    forgetBefore(spot.periodStartMs - rememberedMs);
-    QHash<QString, QVector<int>> &messages = heardHz[spot.periodStartMs];
-    if (messages.size() >= maxMessages) {
+    forgetFarFrom(spot.periodStartMs);
+    if (!periods.contains(spot.periodStartMs) && periods.size() >= maxPeriods) {
         return false;
     }
-    QVector<int> &known = messages[spot.message.toUpper()];
+    Period &period = periods[spot.periodStartMs];
+    if (period.decodes >= maxDecodes) {
+        return false;
+    }
+    QVector<int> &known = period.heardHz[spot.message.toUpper()];
     const bool isKnown = std::any_of(known.begin(), known.end(), [&](int hz) {
         return std::abs(qint64{hz} - spot.audioHz) <= sameSignalHz;
     });
     if (!isKnown) {
         known.append(spot.audioHz);
+        period.decodes += 1;
     }
     return !isKnown;
 }
 
-void NearDoubles::forgetBefore(qint64 periodStartMs)
+void NearDoubles::forgetFarFrom(qint64 periodStartMs)
 {
-    for (auto period = heardHz.begin(); period != heardHz.end();) {
-        period = period.key() < periodStartMs ? heardHz.erase(period) : std::next(period);
+    for (auto period = periods.begin(); period != periods.end();) {
+        const bool isFar = std::abs(period.key() - periodStartMs) > rememberedMs;
+        period = isFar ? periods.erase(period) : std::next(period);
     }
 }
 

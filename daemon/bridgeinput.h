@@ -25,16 +25,21 @@ std::optional<Spot> spotOf(const BridgeDecode &decode, const QString &source, qi
                            qint64 dialHz);
 
 // Tells new decodes from near-doubles: the same message of the same period at most 12 Hz apart, as
-// overlapping sub-bands bring it. Remembers the latest periods.
+// overlapping sub-bands bring it. Remembers the latest periods; of a flood it takes no more.
 class NearDoubles
 {
 public:
     bool isNew(const Spot &spot); // and remembers it
 
 private:
-    void forgetBefore(qint64 periodStartMs);
+    struct Period {
+        QHash<QString, QVector<int>> heardHz; // by message
+        int decodes = 0;
+    };
 
-    QHash<qint64, QHash<QString, QVector<int>>> heardHz; // by period and message
+    void forgetFarFrom(qint64 periodStartMs);
+
+    QHash<qint64, Period> periods; // by their start
 };
 
 } // namespace outpost

@@ -13,6 +13,7 @@
 #include "kiwi/receivernotices.h"
 #include "kiwi/sndframe.h"
 
+#include <QCryptographicHash>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QSet>
@@ -29,10 +30,15 @@ namespace
 constexpr int maxWaitingPeriods = 3;
 constexpr int maxWaitMs = 45000;
 
-// A name of one folder, whatever is in the receiver's.
+// A name of one folder, whatever is in the receiver's, short enough for every file system.
 QString folderName(const QString &receiver)
 {
-    return QString::fromLatin1(QUrl::toPercentEncoding(receiver, {}, "."));
+    constexpr int maxLength = 120;
+    const QByteArray encoded = QUrl::toPercentEncoding(receiver, {}, ".");
+    if (encoded.size() <= maxLength) {
+        return QString::fromLatin1(encoded);
+    }
+    return QString::fromLatin1(QCryptographicHash::hash(encoded, QCryptographicHash::Sha1).toHex());
 }
 
 double mhzOf(qint64 hz)
@@ -91,6 +97,7 @@ struct DaemonReceiver::Private {
     void retune();
     void changed();
     void log(const QString &text) const;
+    bool isStarted() const { return ticker.isActive(); } // a callback may stop the receiver
 
     // The link's
     KiwiLinkOptions linkOptions();
@@ -199,7 +206,9 @@ void DaemonReceiver::Private::connect()
     state.untilMs = -1;
     state.reason.clear();
     changed();
-    link.connectKiwi();
+    if (isStarted()) {
+        link.connectKiwi();
+    }
 }
 
 void DaemonReceiver::Private::lookAfterLink()
@@ -231,7 +240,7 @@ void DaemonReceiver::Private::end(const Ending &ending)
     dueMs = shared.steadyClock() + delayMs;
     state.phase = ReceiverPhase::Waiting;
     state.untilMs = shared.clock() + delayMs;
-    state.reason = endingText(ending);
+    state.reason = withoutPassword(endingText(ending), session.password);
     if (!told.contains(static_cast<int>(ending.cause))) {
         told.insert(static_cast<int>(ending.cause));
         const QString advice = endingAdvice(ending.cause);
@@ -276,6 +285,9 @@ void DaemonReceiver::Private::retune()
 
 void DaemonReceiver::Private::changed()
 {
+    if (!isStarted()) {
+        return;
+    }
     QString text = receiverPhaseText(state);
     if (state.phase == ReceiverPhase::Connecting || state.phase == ReceiverPhase::Receiving) {
         text += QStringLiteral(", %1 MHz").arg(frequencyText(mhzOf(state.dialHz)));
@@ -339,7 +351,7 @@ void DaemonReceiver::Private::takeSound(const QByteArray &frame)
         changed();
     }
     retune();
-    if (mustEnd.cause != Refusal::None) {
+    if (mustEnd.cause != Refusal::None || !isStarted()) {
         return;
     }
     const int completed = audio.take(frame, shared.clock(), lastSoundMs);
@@ -385,6 +397,9 @@ CaptureOptions DaemonReceiver::Private::captureOptions() const
 
 void DaemonReceiver::Private::finish(const FinishedPeriod &period)
 {
+    if (!isStarted()) {
+        return; // one of several that came to an end at once
+    }
     const PeriodSpots heard = spotsOf(period.decodes, config.name, period.startMs,
                                       config.schedule.dialHzAt(period.startMs));
     pendingPeriods -= 1;

@@ -41,7 +41,8 @@ struct ReceiverSurroundings {
     std::function<double()> random;      // 0..1; null: the system's
 };
 
-// Never called from the constructor, stop() or the destructor; must not delete the receiver.
+// Never called from the constructor, stop() or the destructor, nor after stop(). They may stop the
+// receiver, but must not delete it.
 struct DaemonReceiverCallbacks {
     std::function<void(const PeriodSpots &)> onPeriod = [](const PeriodSpots &) {}; // not empty
     std::function<void(const ReceiverState &)> onState = [](const ReceiverState &) {};

@@ -1,5 +1,8 @@
 #include "daemon/refusal.h"
 
+#include "base/logline.h"
+#include "kiwi/kiwicommands.h"
+
 #include <QHash>
 #include <QRegularExpression>
 
@@ -86,7 +89,10 @@ Ending endingOfError(const QString &error)
 QString endingText(const Ending &ending)
 {
     const QString text = pattern(ending.cause);
-    return text.contains(QLatin1String("%1")) ? text.arg(ending.detail) : text;
+    if (!text.contains(QLatin1String("%1"))) {
+        return text;
+    }
+    return text.arg(escapedControls(shortenedText(ending.detail))); // it is the receiver's
 }
 
 QString endingAdvice(Refusal cause)

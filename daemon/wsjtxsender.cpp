@@ -14,6 +14,7 @@ namespace
 {
 
 constexpr int maxShownPeriods = 3;
+constexpr qint64 clockSetBackMs = 120000; // no period is late by as much
 
 // Requests are a few bytes long; what else strangers send may be cut off.
 constexpr qint64 maxRequestBytes = 1024;
@@ -98,6 +99,10 @@ void WsjtxSender::take(const PeriodSpots &period)
 {
     if (!hasState) {
         show({period.source, period.dialHz, false});
+    }
+    while (!shownPeriods.isEmpty() &&
+           shownPeriods.lastKey() - period.periodStartMs > clockSetBackMs) {
+        shownPeriods.erase(std::prev(shownPeriods.end()));
     }
     PeriodSpots &shown = shownPeriods[period.periodStartMs];
     const QVector<Spot> before = shown.spots;

@@ -130,6 +130,12 @@ private slots:
         bad.frequency = QStringLiteral("99999999999");
         QVERIFY(!spotOf(bad, {}, 0, 0));
         QVERIFY(!spotOf(decode(QString()), {}, 0, 0));
+        bad = decode();
+        bad.dt = QStringLiteral("nan");
+        QVERIFY(!spotOf(bad, {}, 0, 0));
+        for (const char *message : {"CQ K1ABC\nFN42", "CQ \033[2J", "CQ\tK1ABC"}) {
+            QVERIFY2(!spotOf(decode(QLatin1String(message)), {}, 0, 0), message);
+        }
     }
 
     void nearDoublesAreOne()
@@ -153,6 +159,28 @@ private slots:
         }
         QCOMPARE(taken, 2000);
         QVERIFY(doubles.isNew(heard(QStringLiteral("CQ A"), 1000, 15000)));
+    }
+
+    void aFloodOfOneMessageIsBounded()
+    {
+        NearDoubles doubles;
+        int taken = 0;
+        for (int i = 0; i < 10000; ++i) {
+            taken += doubles.isNew(heard(QStringLiteral("CQ A"), 13 * i)) ? 1 : 0;
+        }
+        QCOMPARE(taken, 2000);
+    }
+
+    void aFloodOfPeriodsIsBounded()
+    {
+        NearDoubles doubles;
+        int taken = 0;
+        for (int i = 0; i < 100; ++i) {
+            taken += doubles.isNew(heard(QStringLiteral("CQ A"), 1000, i * 1000)) ? 1 : 0;
+        }
+        QCOMPARE(taken, 20);
+        QVERIFY(doubles.isNew(heard(QStringLiteral("CQ A"), 1000, 3600000)));
+        QVERIFY(doubles.isNew(heard(QStringLiteral("CQ A"), 1000, 0))); // the clock was set back
     }
 
     void theDialIsThatOfThePeriodsStart()

@@ -4,6 +4,7 @@
 #include "kiwi/kiwilink.h"
 #include "tests/daemon/receiverbench.h"
 
+#include <QDir>
 #include <QRegularExpression>
 #include <QtEndian>
 #include <QtTest>
@@ -360,6 +361,57 @@ private slots:
         QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
         QCOMPARE(bench.states.size(), states);
         QTRY_COMPARE(bench.sim.liveClients(), 0);
+    }
+
+    void stoppingInsideACallbackHolds_data()
+    {
+        QTest::addColumn<int>("lastState"); // -1: with the first decodes
+        QTest::newRow("connecting") << int(ReceiverPhase::Connecting);
+        QTest::newRow("receiving") << int(ReceiverPhase::Receiving);
+        QTest::newRow("decodes") << -1;
+    }
+
+    void stoppingInsideACallbackHolds()
+    {
+        QFETCH(int, lastState);
+        ReceiverBench bench;
+        std::unique_ptr<DaemonReceiver> stopped;
+        bool isStopped = false;
+        int callsAfter = 0;
+        const auto stopIf = [&](bool wanted) {
+            callsAfter += isStopped ? 1 : 0;
+            if (wanted && !isStopped) {
+                isStopped = true;
+                stopped->stop();
+            }
+        };
+        DaemonReceiverCallbacks callbacks;
+        callbacks.onPeriod = [&](const PeriodSpots &) { stopIf(lastState == -1); };
+        callbacks.onState = [&](const ReceiverState &state) {
+            stopIf(int(state.phase) == lastState);
+        };
+        stopped = std::make_unique<DaemonReceiver>(
+            receiverConfig(QStringLiteral("stopped"), bench.sim.port()), nullptr, bench.shared,
+            callbacks);
+        stopped->start();
+        QTRY_VERIFY_WITH_TIMEOUT(isStopped, patienceMs);
+        const int requests = bench.paths().size();
+        DaemonReceiver &other = bench.listen(); // the way is free, and time passes
+        QTRY_VERIFY_WITH_TIMEOUT(isReceiving(other), patienceMs);
+        QTRY_COMPARE(bench.sim.liveClients(), 1);
+        QCOMPARE(bench.paths().size(), requests + 1);
+        QCOMPARE(callsAfter, 0);
+    }
+
+    void everyNameIsThatOfAFolder()
+    {
+        ReceiverBench bench;
+        DaemonReceiver &receiver =
+            bench.listen(receiverConfig(QString(40, QChar(0x6ce2)), bench.sim.port()));
+        QTRY_VERIFY_WITH_TIMEOUT(isReceiving(receiver), patienceMs);
+        QTRY_COMPARE(QDir(bench.folder.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(),
+                     1);
+        QCOMPARE(bench.count(QStringLiteral("Could not create")), 0);
     }
 
     void withoutADecoderItSaysSoOnceAndGoesOn()

@@ -62,6 +62,18 @@ private slots:
         QVERIFY(endingOfError({}).cause == Refusal::NoSound);
     }
 
+    void whatTheOtherSideSaysIsMadeSafe()
+    {
+        const Ending ending =
+            endingOfError(QStringLiteral("Unhandled http status code: 404 (\033[2J%1).")
+                              .arg(QString(500, QLatin1Char('x'))));
+        QVERIFY(ending.cause == Refusal::Http);
+        const QString text = endingText(ending);
+        QVERIFY2(text.startsWith(QStringLiteral("its web server answered 404 (\\u001b[2Jx")),
+                 qPrintable(text));
+        QVERIFY(text.size() < 250);
+    }
+
     void passwordsLimitsAndRatesAreHopeless()
     {
         QVector<Refusal> hopeless;

@@ -105,6 +105,7 @@ private slots:
     void theServersSchemaIsAgreedOn();
     void eachServerHasASchemaOfItsOwn();
     void aReplayBringsTheLastThreePeriodsAndAStatus();
+    void periodsFromBeforeTheClockWasSetBackAreNotShown();
     void aReplayGoesToTheServerThatAsked();
     void aPeriodThatCameInPartsIsReplayedWhole();
     void manyReplaysAreAnsweredTogether();
@@ -284,6 +285,21 @@ void WsjtxOutputTest::aReplayBringsTheLastThreePeriodsAndAStatus()
                                                   message(3, 1), message(4, 0), message(4, 1)}));
     QCOMPARE(server.messages(true), QStringList());
     QCOMPARE(server.heard().last().type, Server::Status);
+}
+
+void WsjtxOutputTest::periodsFromBeforeTheClockWasSetBackAreNotShown()
+{
+    Server server;
+    WsjtxOutput output(config({target(server.port())}));
+    output.showSource(state());
+    output.take(period(1000, 1));
+    output.take(period(998, 1)); // merely late
+    output.take(period(10, 1));
+    output.take(period(11, 1));
+    QTRY_COMPARE(server.messages(true).size(), 4);
+    server.askForReplay(server.heard().first().senderPort, id);
+    QTRY_VERIFY(server.messages(false).contains(message(11, 0)));
+    QCOMPARE(server.messages(false), QStringList({message(10, 0), message(11, 0)}));
 }
 
 void WsjtxOutputTest::aReplayGoesToTheServerThatAsked()
