@@ -2,7 +2,6 @@
 
 import contextlib
 import fcntl
-import json
 import os
 import re
 import signal
@@ -14,8 +13,7 @@ import unittest
 from demo_test import MIN_SURE_DB, planned_stations
 from outpostd import Outpostd, ReceiverTable, UdpServer, configuration
 from recording import write_silence
-from station import (PROGRAMS, BridgeClient, Display, Home, Receiver, Station, free_port,
-                     wait_for)
+from station import (PROGRAMS, BridgeClient, Display, Home, Receiver, Station, run_along, wait_for)
 
 DECODED_SECONDS = 100  # until the first decodes of a receiver
 END_SECONDS = 5
@@ -126,7 +124,7 @@ class Decoding(unittest.TestCase):
         resources.callback(os.close, reading)
         log = resources.enter_context(open(home.path / "log", "w", encoding="utf-8"))
         cls.blocked = subprocess.Popen(
-            [PROGRAMS / "kiwi-outpostd", place, "14.074", "--all-txt", cls.all_txt],
+            run_along([PROGRAMS / "kiwi-outpostd", place, "14.074", "--all-txt", cls.all_txt]),
             env=home.environment(None), stdout=writing, stderr=log)
         os.close(writing)
         resources.callback(cls.blocked.wait)
