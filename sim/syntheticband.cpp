@@ -132,7 +132,7 @@ PeriodSound generate(const QString &generator, const PlannedStation &station)
     return signal;
 }
 
-PeriodSound mixPeriod(const QString &generator, int period)
+PeriodSound mixPeriod(const QString &generator, const QVector<PlannedStation> &stations, int period)
 {
     std::mt19937 random{quint32(period)};
     std::normal_distribution<double> noise(0, kNoiseRms);
@@ -140,7 +140,7 @@ PeriodSound mixPeriod(const QString &generator, int period)
     for (double &sample : sum) {
         sample = noise(random);
     }
-    for (const PlannedStation &station : plannedStations(period)) {
+    for (const PlannedStation &station : stations) {
         PeriodSound signal = generate(generator, station);
         if (!signal.error.isEmpty()) {
             return signal;
@@ -159,16 +159,17 @@ PeriodSound mixPeriod(const QString &generator, int period)
 
 // The folder's name depends on the plan and the levels, so that a changed band never comes from an
 // old cache.
-QString cacheFolder(const QString &root)
+QString cacheFolder(const BandSettings &settings)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     hash.addData(QByteArray::number(kNoiseRms));
     for (int period = 0; period < kBandPeriods; ++period) {
-        for (const PlannedStation &station : plannedStations(period)) {
+        for (const PlannedStation &station : settings.stations(period)) {
             hash.addData(generatorArguments(station).join(QLatin1Char('|')).toUtf8());
             hash.addData(QByteArray::number(station.snrDb));
         }
     }
+    const QString &root = settings.cacheFolder;
     const QString base =
         root.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
                              QStringLiteral("/kiwi-sim")
@@ -191,7 +192,7 @@ PeriodSound makePeriod(const BandSettings &settings, int period)
                 QStringLiteral("ft8sim, which makes the synthetic band, is not on PATH (it comes "
                                "with the wsjtx package); give WAV files instead")};
     }
-    return mixPeriod(generator, period);
+    return mixPeriod(generator, settings.stations(period), period);
 }
 
 PeriodSound loadPeriod(const BandSettings &settings, const QDir &folder, int period)
@@ -226,9 +227,25 @@ QVector<PlannedStation> plannedStations(int period)
     return stations;
 }
 
+QVector<PlannedStation> weakStations(int period)
+{
+    constexpr int stationCount = 56;
+    QVector<PlannedStation> stations;
+    for (int i = 0; i < stationCount; ++i) {
+        PlannedStation station;
+        station.audioHz = kLowestHz + kSpacingHz / 2 * i + pick(11, i, 3) - 5;
+        const int level = 100 * period + 4;
+        station.snrDb = i % 8 == 3 ? 8 + pick(16, i, level) : -20 + pick(9, i, level);
+        station.offsetSec = pick(10, i, 2) / 10.0 - 0.2;
+        station.message = message(i, period);
+        stations.append(station);
+    }
+    return stations;
+}
+
 Band loadBand(const BandSettings &settings)
 {
-    const QDir folder(cacheFolder(settings.cacheFolder));
+    const QDir folder(cacheFolder(settings));
     Band band;
     for (int period = 0; period < kBandPeriods; ++period) {
         const PeriodSound sound = loadPeriod(settings, folder, period);

@@ -24,12 +24,17 @@ constexpr int kBandPeriods = 8; // then the band repeats
 
 QVector<PlannedStation> plannedStations(int period);
 
+// A crowded band, in which many weak stations lie between a few very strong ones: every eighth is
+// at +8 to +23 dB, the others at -20 to -12 dB.
+QVector<PlannedStation> weakStations(int period);
+
 // Where the band is cached and what generates it. Empty fields mean the user's cache folder and the
 // generator on PATH.
 struct BandSettings {
     QString cacheFolder;
     QString generator; // FT8 signal generator of the decoder's package
     std::function<void(const QString &)> progress;
+    QVector<PlannedStation> (*stations)(int period) = plannedStations;
 };
 
 // The sound of all periods, or why there is none.

@@ -89,6 +89,24 @@ private slots:
         }
     }
 
+    void crowdedBandHasManyWeakStationsBetweenAFewStrongOnes()
+    {
+        for (int period = 0; period < kBandPeriods; ++period) {
+            QSet<QString> messages;
+            int weak = 0;
+            int strong = 0;
+            for (const PlannedStation &station : weakStations(period)) {
+                QVERIFY(station.audioHz >= 200 && station.audioHz + 50 <= 3000);
+                weak += station.snrDb >= -20 && station.snrDb <= -12 ? 1 : 0;
+                strong += station.snrDb >= 8 && station.snrDb <= 23 ? 1 : 0;
+                messages.insert(station.message);
+            }
+            QCOMPARE(weak, 49);
+            QCOMPARE(strong, 7);
+            QCOMPARE(messages.size(), weak + strong);
+        }
+    }
+
     void messagesChangeFromPeriodToPeriod()
     {
         for (int period = 1; period < kBandPeriods; ++period) {
