@@ -5,6 +5,7 @@
 
 #include "app/mainwindow.h"
 #include "app/startup.h"
+#include "bench/processortime.h"
 #include "fixture/home.h"
 #include "fixture/operator.h"
 
@@ -16,7 +17,6 @@
 #include <QProcess>
 #include <QTableWidget>
 #include <ctime>
-#include <sys/resource.h>
 
 namespace outpost
 {
@@ -46,14 +46,6 @@ QString timedFileSha256(const QString &path)
 
 namespace
 {
-double processorSeconds(int who)
-{
-    rusage usage = {};
-    getrusage(who, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
 // Readings in seconds, all taken at the same time.
 struct Usage {
     double wall = 0;
