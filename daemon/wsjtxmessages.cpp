@@ -90,7 +90,8 @@ quint32 readMaxSchema(QDataStream *stream)
 QByteArray wsjtxHeartbeat(const WsjtxHeader &header)
 {
     Datagram datagram(header, Type::Heartbeat);
-    datagram << maxWsjtxSchema << QStringLiteral(OUTPOST_VERSION).mid(1) << QString(); // no revision
+    datagram << maxWsjtxSchema << QStringLiteral(OUTPOST_VERSION).mid(1)
+             << QString(); // no revision
     return datagram.bytes;
 }
 

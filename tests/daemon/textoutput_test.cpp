@@ -45,8 +45,9 @@ class TextOutputTest : public QObject
 private slots:
     void aRowOfTheTable()
     {
-        QCOMPARE(tableLine(spot()), QByteArray("2026-11-21 17:52:30  20 m                    14.074   -12   "
-                                               "0.3   985  CQ YV6BXN FK60\n"));
+        QCOMPARE(tableLine(spot()),
+                 QByteArray("2026-11-21 17:52:30  20 m                    14.074   -12   "
+                            "0.3   985  CQ YV6BXN FK60\n"));
     }
 
     void aJsonLineHasWhatIsKnown()
