@@ -38,7 +38,7 @@ QString appendWhole(const QString &path, const QByteArray &text)
     if (written == whole.size()) {
         return {};
     }
-    const QString error = file.errorString();
+    QString error = file.errorString();
     // Unless another program has appended meanwhile.
     if (written > 0 && file.size() == sizeBefore + written) {
         file.resize(sizeBefore);

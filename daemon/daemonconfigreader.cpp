@@ -296,14 +296,18 @@ std::optional<int> ConfigReader::time(TomlTable &table, const char *key, const Q
 std::optional<WsjtxTarget> ConfigReader::target(const TomlValue &value)
 {
     const auto refuse = [&](const char *wrong) {
-        problems.add(value.line, QStringLiteral("wsjtx.targets"),
-                     quotedText(value.text) + QString::fromLatin1(wrong),
-                     QStringLiteral("HOST:PORT, as in \"127.0.0.1:2237\" or \"[::1]:2237\""));
+        problems.add(
+            value.line, QStringLiteral("wsjtx.targets"),
+            quotedText(value.text) + QString::fromLatin1(wrong),
+            QStringLiteral("HOST:PORT, by name or IPv4 address, as in \"127.0.0.1:2237\""));
     };
     const auto parsed = parseHostPort(value.text, WsjtxTarget().port);
     if (!parsed) {
         refuse(" is no server");
         return std::nullopt;
+    }
+    if (parsed->host.contains(QLatin1Char(':'))) {
+        refuse(" is an IPv6 address, where these programs do not listen");
     }
     const WsjtxTarget target{parsed->host, parsed->port};
     if (targets.contains(target)) {
@@ -316,7 +320,7 @@ std::optional<WsjtxTarget> ConfigReader::target(const TomlValue &value)
 std::optional<QString> ConfigReader::stationName(TomlTable &table)
 {
     const QString right = nameRight("\"Shed\"");
-    const auto name = table.text("station", right);
+    auto name = table.text("station", right);
     if (name && !isName(*name)) {
         table.refuse("station", quotedText(*name) + QStringLiteral(" is no name"), right);
     }

@@ -180,8 +180,10 @@ Read<WsjtxConfig> wsjtxIn(const QStringList &servers)
     WsjtxConfig wsjtx;
     for (const QString &server : servers) {
         const auto place = parseHostPort(server, WsjtxTarget().port);
-        if (!place) {
-            return {{}, QStringLiteral("\"%1\" is not HOST or HOST:PORT.").arg(server)};
+        if (!place || place->host.contains(QLatin1Char(':'))) {
+            return {{},
+                    QStringLiteral("\"%1\" is not HOST or HOST:PORT, by name or IPv4 address.")
+                        .arg(server)};
         }
         const WsjtxTarget target{place->host, place->port};
         if (!wsjtx.targets.contains(target)) {

@@ -294,7 +294,8 @@ void DaemonReceiver::Private::changed()
     }
     if (text != loggedState) {
         loggedState = text;
-        log(text);
+        const QString figures = receiverFiguresText(state);
+        log(figures.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, figures));
     }
     callbacks.onState(state);
 }

@@ -82,7 +82,7 @@ int run(const DaemonOptions &options)
     if (options.textFormat != TextFormat::None) {
         surroundings.textOutput = std::make_unique<TextOutput>(
             options.textFormat,
-            [&standardOutput](const QByteArray &lines) { standardOutput.write(lines); });
+            [&standardOutput](const QByteArray &lines) { return standardOutput.write(lines); });
     }
     Outpostd daemon(std::move(surroundings));
     std::function<void()> onHangUp; // without a file, the end of its terminal ends the program

@@ -35,6 +35,20 @@ QString receiverPhaseText(const ReceiverState &state)
     return {};
 }
 
+QString receiverFiguresText(const ReceiverState &state)
+{
+    if (state.decodesLastHour == 0 && state.passedOver == 0) {
+        return {};
+    }
+    return QStringLiteral(
+               "%1 decodes in the last period, %2 in the last hour, lag %3 s, %4 periods "
+               "passed over")
+        .arg(state.decodesLastPeriod)
+        .arg(state.decodesLastHour)
+        .arg(static_cast<double>(state.lagMs) / 1000.0, 0, 'f', 1)
+        .arg(state.passedOver);
+}
+
 SourceState sourceState(const ReceiverState &state)
 {
     return {state.name, state.dialHz, state.decoding};

@@ -32,6 +32,10 @@ struct ReceiverState {
 // until…".
 QString receiverPhaseText(const ReceiverState &state);
 
+// "28 decodes in the last period, 56 in the last hour, lag 2.4 s, 0 periods passed over"; empty
+// before the first decode or period passed over.
+QString receiverFiguresText(const ReceiverState &state);
+
 SourceState sourceState(const ReceiverState &state);
 
 } // namespace outpost

@@ -1,5 +1,6 @@
 #include "daemon/textoutput.h"
 
+#include "base/logline.h"
 #include "base/timetext.h"
 
 #include <QJsonDocument>
@@ -63,7 +64,11 @@ void TextOutput::take(const PeriodSpots &period)
     for (const Spot &spot : period.spots) {
         lines += format == TextFormat::Table ? tableLine(spot) : jsonLine(spot);
     }
-    write(lines);
+    const bool dropsNow = !write(lines);
+    if (dropsNow != std::exchange(drops, dropsNow)) {
+        logLine(dropsNow ? QStringLiteral("Standard output is not read; decodes are dropped there.")
+                         : QStringLiteral("Standard output is read again."));
+    }
 }
 
 } // namespace outpost

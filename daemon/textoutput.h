@@ -26,8 +26,8 @@ QByteArray jsonLine(const Spot &spot);
 class TextOutput : public Output
 {
 public:
-    // Takes whole lines and never blocks.
-    using Writer = std::function<void(const QByteArray &lines)>;
+    // Takes whole lines and never blocks; false if it drops them.
+    using Writer = std::function<bool(const QByteArray &lines)>;
 
     TextOutput(TextFormat formatToUse, Writer writerToUse);
 
@@ -40,6 +40,7 @@ private:
     const TextFormat format;
     const Writer write;
     bool headIsWritten = false;
+    bool drops = false; // what was written last
 };
 
 } // namespace outpost

@@ -228,8 +228,8 @@ private slots:
         row("bridge", "port = 65535", "65535");
         row("bridge", "mhz = 14.074", "14.074");
         row("bridge", "frequency_file = \"mhz.txt\"", "conf/mhz.txt");
-        row("wsjtx", "targets = [ \"127.0.0.1\", \"[ff02::1]:2238\", \"map.local:1\" ]",
-            "<127.0.0.1|2237><ff02::1|2238><map.local|1>");
+        row("wsjtx", "targets = [ \"127.0.0.1\", \"239.1.2.3:2238\", \"map.local:1\" ]",
+            "<127.0.0.1|2237><239.1.2.3|2238><map.local|1>");
         row("wsjtx", "interface = \"eth0\"", "eth0");
         row("wsjtx", "ttl = 0", "0");
         row("wsjtx", "ttl = 255", "255");
@@ -382,8 +382,12 @@ private slots:
         row("wsjtx", "targets = [ \"127.0.0.1\", 2237 ]",
             QStringLiteral("in the list is a whole number") + servers);
         const QString server =
-            must(QStringLiteral("HOST:PORT, as in \"127.0.0.1:2237\" or \"[::1]:2237\""));
+            must(QStringLiteral("HOST:PORT, by name or IPv4 address, as in \"127.0.0.1:2237\""));
         row("wsjtx", "targets = [ \"a:b\" ]", QStringLiteral("\"a:b\" is no server") + server);
+        row("wsjtx", "targets = [ \"[::1]:2237\" ]",
+            QStringLiteral(
+                "\"[::1]:2237\" is an IPv6 address, where these programs do not listen") +
+                server);
         row("wsjtx", "targets = [ \"\" ]", QStringLiteral("\"\" is no server") + server);
         row("wsjtx", "targets = [ \"a\\nb\" ]",
             QStringLiteral("\"a%1b\" is no server").arg(QChar(0xfffd)) + server);
@@ -477,8 +481,8 @@ private slots:
             "[[wsjtx]]\ntargets = [ \"a\" ]\n[[wsjtx]]\n"
             "targets = [\n\"b\",\n\"a\" ]\n",
             QStringLiteral("6: wsjtx.targets: \"a\" is named twice, so that it would get each "
-                           "decode twice; it must be HOST:PORT, as in \"127.0.0.1:2237\" or "
-                           "\"[::1]:2237\""));
+                           "decode twice; it must be HOST:PORT, by name or IPv4 address, as in "
+                           "\"127.0.0.1:2237\""));
         row("one id for two",
             "[[bridge]]\nname = \"a\"\n[[wsjtx]]\ntargets = [ \"a\" ]\nid = \"b\"\n"
             "[[receiver]]\nname = \"b\"\nhost = \"a\"\nmhz = 1\n",
@@ -744,28 +748,29 @@ private slots:
             "[[bridge]]\nname = \"window\"\n"
             "[[bridge]]\nname = \"w2\"\nport = 27778\nmhz = 7\n"
             "[[bridge]]\nname = \"w3\"\nport = 27779\nfrequency_file = \"f\"\n"
-            "[[wsjtx]]\ntargets = [ \"127.0.0.1\", \"[::1]:2238\" ]\n"
+            "[[wsjtx]]\ntargets = [ \"127.0.0.1\", \"127.0.0.2:2238\" ]\n"
             "[[wsjtx]]\ntargets = [ \"224.0.0.1\" ]\ninterface = \"eth0\"\nttl = 3\nid = \"a %1\"\n"
             "[all_txt]\nfolder = \"log\"\nsplit = \"monthly\"\n",
             QStringLiteral("/etc/outpostd.toml"));
         QCOMPARE(outcome.error, QString());
-        QCOMPARE(daemonConfigText(outcome.config),
-                 QStringLiteral(
-                     "Station \"Shed\"\n"
-                     "Decoder: /opt/jt9, 1 pass, 4 sub-bands, at most 3 at once\n"
-                     "Receiver \"20m\": kiwi.example:8073, 14.074000 MHz, 200 to 3000 Hz, "
-                     "uncompressed, as \"K1ABC\", password from /etc/pw\n"
-                     "Receiver \"night\": [::1]:1, 14.074000 MHz from 06:05 to 18:00, 7.074000 MHz "
-                     "from 18:30 to 06:05 UTC, 0 to 5000 Hz, compressed\n"
-                     "Bridge \"window\": port 27777 of this computer, frequency from the window's "
-                     "own file\n"
-                     "Bridge \"w2\": port 27778 of this computer, 7.000000 MHz\n"
-                     "Bridge \"w3\": port 27779 of this computer, frequency from /etc/f\n"
-                     "WSJT-X UDP: 127.0.0.1:2237, [::1]:2238, as \"Shed NAME\", multicast through "
-                     "the loopback interface with TTL 1\n"
-                     "WSJT-X UDP: 224.0.0.1:2237, as \"a NAME\", multicast through eth0 with TTL "
-                     "3\n"
-                     "ALL.TXT: /etc/log/YYYY-MM-ALL.TXT"));
+        QCOMPARE(
+            daemonConfigText(outcome.config),
+            QStringLiteral(
+                "Station \"Shed\"\n"
+                "Decoder: /opt/jt9, 1 pass, 4 sub-bands, at most 3 at once\n"
+                "Receiver \"20m\": kiwi.example:8073, 14.074000 MHz, 200 to 3000 Hz, "
+                "uncompressed, as \"K1ABC\", password from /etc/pw\n"
+                "Receiver \"night\": [::1]:1, 14.074000 MHz from 06:05 to 18:00, 7.074000 MHz "
+                "from 18:30 to 06:05 UTC, 0 to 5000 Hz, compressed\n"
+                "Bridge \"window\": port 27777 of this computer, frequency from the window's "
+                "own file\n"
+                "Bridge \"w2\": port 27778 of this computer, 7.000000 MHz\n"
+                "Bridge \"w3\": port 27779 of this computer, frequency from /etc/f\n"
+                "WSJT-X UDP: 127.0.0.1:2237, 127.0.0.2:2238, as \"Shed NAME\", multicast through "
+                "the loopback interface with TTL 1\n"
+                "WSJT-X UDP: 224.0.0.1:2237, as \"a NAME\", multicast through eth0 with TTL "
+                "3\n"
+                "ALL.TXT: /etc/log/YYYY-MM-ALL.TXT"));
     }
 
     void theExampleIsReadAsItStands()

@@ -179,7 +179,8 @@ private slots:
         row("http://a 7", "\"http://a\" is not HOST or HOST:PORT.");
         row("a:0 7", "\"a:0\" is not HOST or HOST:PORT.");
         row("::1 7", "\"::1\" is not HOST or HOST:PORT.");
-        row("a 7 --wsjtx a:b", "\"a:b\" is not HOST or HOST:PORT.");
+        row("a 7 --wsjtx a:b", "\"a:b\" is not HOST or HOST:PORT, by name or IPv4 address.");
+        row("a 7 --wsjtx [::1]", "\"[::1]\" is not HOST or HOST:PORT, by name or IPv4 address.");
         row("a 7 --all-txt .", "\".\" is a folder; '--all-txt' takes a file.");
         row("a 7 --all-txt none/", "\"none/\" is a folder; '--all-txt' takes a file.");
         row("a 7 --frequency-file f", "'--frequency-file' goes with '--bridge'.");

@@ -44,8 +44,11 @@ public:
         surroundings.captureFolder = folder.path();
         surroundings.bridges.clock = [&bridge] { return bridge.nowMs; };
         surroundings.bridges.retryMs = 20;
-        surroundings.textOutput = std::make_unique<TextOutput>(
-            TextFormat::JsonLines, [this](const QByteArray &lines) { written += lines; });
+        surroundings.textOutput =
+            std::make_unique<TextOutput>(TextFormat::JsonLines, [this](const QByteArray &lines) {
+                written += lines;
+                return true;
+            });
         daemon = std::make_unique<Outpostd>(std::move(surroundings));
     }
     Outpostd *operator->() { return daemon.get(); }

@@ -44,6 +44,22 @@ private slots:
         QTEST(receiverPhaseText(state), "text");
     }
 
+    void theFiguresForTheLog()
+    {
+        ReceiverState state;
+        QCOMPARE(receiverFiguresText(state), QString());
+        state.passedOver = 1;
+        QCOMPARE(receiverFiguresText(state),
+                 QStringLiteral("0 decodes in the last period, 0 in the last hour, lag 0.0 s, 1 "
+                                "periods passed over"));
+        state.decodesLastPeriod = 28;
+        state.decodesLastHour = 1200;
+        state.lagMs = 2449;
+        QCOMPARE(receiverFiguresText(state),
+                 QStringLiteral("28 decodes in the last period, 1200 in the last hour, lag 2.4 s, "
+                                "1 periods passed over"));
+    }
+
     void whatOutputsSee()
     {
         ReceiverState state;

@@ -1,5 +1,6 @@
 #include "daemon/backgroundwriter.h"
 #include "daemon/textoutput.h"
+#include "tests/fixture/logtrace.h"
 
 #include <QDateTime>
 #include <QJsonDocument>
@@ -76,7 +77,10 @@ private slots:
     void theTableHasOneHead()
     {
         QByteArray written;
-        TextOutput output(TextFormat::Table, [&](const QByteArray &lines) { written += lines; });
+        TextOutput output(TextFormat::Table, [&](const QByteArray &lines) {
+            written += lines;
+            return true;
+        });
         output.take({QStringLiteral("20 m"), periodMs, 14074000, {spot(), spot()}});
         output.take({QStringLiteral("20 m"), periodMs, 14074000, {spot()}});
         QCOMPARE(written, tableHead() + tableLine(spot()) + tableLine(spot()) + tableLine(spot()));
@@ -86,9 +90,29 @@ private slots:
     void jsonHasNoHead()
     {
         QByteArray written;
-        TextOutput output(TextFormat::JsonLines, [&](const QByteArray &text) { written += text; });
+        TextOutput output(TextFormat::JsonLines, [&](const QByteArray &text) {
+            written += text;
+            return true;
+        });
         output.take({QStringLiteral("20 m"), periodMs, 14074000, {spot()}});
         QCOMPARE(written, jsonLine(spot()));
+    }
+
+    void droppedLinesAreToldOfOnce()
+    {
+        bool isRead = false;
+        const LogTrace log;
+        TextOutput output(TextFormat::JsonLines, [&](const QByteArray &) { return isRead; });
+        const PeriodSpots period{QStringLiteral("20 m"), periodMs, 14074000, {spot()}};
+        output.take(period);
+        output.take(period);
+        isRead = true;
+        output.take(period);
+        output.take(period);
+        QCOMPARE(
+            log.lines(),
+            (QStringList{QStringLiteral("Standard output is not read; decodes are dropped there."),
+                         QStringLiteral("Standard output is read again.")}));
     }
 
     void theWriterKeepsTheOrder()
