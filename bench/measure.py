@@ -212,9 +212,9 @@ How `kiwi-outpostd` is measured:
   its decodes go to a WSJT-X server and an ALL.TXT. Its decoder is a program that takes no time and
   checks that each sample follows the one before, also from period to period.
 - *Raw sound* comes in four times as many frames as compressed sound: 23.4 instead of 5.9 a second.
-  The difference is about 60 µs a frame for the event loop and the WebSocket. What both have in
-  common is mostly the start of a decoder in each period.
-- *Memory*: most of a receiver is the buffer of its period, 0.36 MB.
+  The difference is about 60 µs a frame for the event loop and the WebSocket. The rest, some 13 ms
+  a period, is the same for both; the start of a decoder is part of it.
+- *Memory*: about half of a receiver is the buffer of its period, 0.36 MB.
 - *Compression*: in the band with many weak stations seven of 56 are at +8 to +23 dB and the others
   at -20 to -12 dB. The error of the codec grows with the strongest signals, and covers the weakest.
 
