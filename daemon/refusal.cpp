@@ -88,7 +88,7 @@ Ending endingOfError(const QString &error)
 
 QString endingText(const Ending &ending)
 {
-    const QString text = pattern(ending.cause);
+    QString text = pattern(ending.cause);
     if (!text.contains(QLatin1String("%1"))) {
         return text;
     }

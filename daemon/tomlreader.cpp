@@ -187,7 +187,7 @@ TomlOutcome unreadable(const QByteArray &document, const toml::parse_error &erro
 
 TomlOutcome readToml(const QByteArray &document)
 {
-    const TomlOutcome checked = checkLines(document);
+    TomlOutcome checked = checkLines(document);
     if (!checked.error.isEmpty()) {
         return checked;
     }

@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+Q_DECLARE_METATYPE(outpost::Spot)
+
 namespace outpost
 {
 
@@ -97,7 +99,7 @@ private slots:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("ALL.TXT"));
-        AllTxtOutput output([&](qint64) { return path; });
+        AllTxtOutput output([&](qint64) { return QString(path); });
         output.take(period({QStringLiteral("CQ A"), QStringLiteral("CQ B")}));
         const QByteArray first =
             allTxtLine(spot(QStringLiteral("CQ A"))) + allTxtLine(spot(QStringLiteral("CQ B")));
@@ -115,7 +117,7 @@ private slots:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("old\nhalf a li");
         file.close();
-        AllTxtOutput output([&](qint64) { return path; });
+        AllTxtOutput output([&](qint64) { return QString(path); });
         output.take(period({QStringLiteral("CQ A")}));
         QCOMPARE(contentOf(path), "old\nhalf a li\n" + allTxtLine(spot(QStringLiteral("CQ A"))));
     }
@@ -125,7 +127,7 @@ private slots:
         const QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("ALL.TXT"));
         const LogTrace log;
-        AllTxtOutput output([&](qint64) { return path; });
+        AllTxtOutput output([&](qint64) { return QString(path); });
         output.take(period({QStringLiteral("CQ A")}));
         const QByteArray first = contentOf(path);
         {
@@ -154,7 +156,7 @@ private slots:
         const QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("missing/ALL.TXT"));
         const LogTrace log;
-        AllTxtOutput output([&](qint64) { return path; });
+        AllTxtOutput output([&](qint64) { return QString(path); });
         QStringList messages;
         for (int i = 0; i < AllTxtOutput::maxWaiting; ++i) {
             messages.append(QString::number(i));
@@ -192,8 +194,6 @@ private slots:
 };
 
 } // namespace outpost
-
-Q_DECLARE_METATYPE(outpost::Spot)
 
 QTEST_GUILESS_MAIN(outpost::AllTxtTest)
 #include "alltxt_test.moc"

@@ -176,7 +176,7 @@ private slots:
         QTcpSocket *peer = server.nextPendingConnection();
         peer->write(QByteArray(1000000, 'x')); // no end of a line
         peer->write(
-            "\nPELQOUTPOST2|broken\n\n\0\n" +
+            "\nPELQOUTPOST2|broken\n\n" + QByteArray(2, '\0') + "\n" +
             bridgeLine({QStringLiteral("101530"), QStringLiteral("-1"), QStringLiteral("0.1"),
                         QStringLiteral("500"), QStringLiteral("CQ K1ABC FN42")}));
         QTRY_COMPARE(attached.spots.size(), 1);

@@ -2,6 +2,8 @@
 
 #include <QtTest>
 
+Q_DECLARE_METATYPE(outpost::ReceiverPhase)
+
 namespace outpost
 {
 
@@ -74,8 +76,6 @@ private slots:
 };
 
 } // namespace outpost
-
-Q_DECLARE_METATYPE(outpost::ReceiverPhase)
 
 QTEST_APPLESS_MAIN(outpost::ReceiverStateTest)
 #include "receiverstate_test.moc"

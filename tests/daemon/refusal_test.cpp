@@ -3,6 +3,8 @@
 
 #include <QtTest>
 
+Q_DECLARE_METATYPE(outpost::Refusal)
+
 namespace outpost
 {
 
@@ -90,8 +92,6 @@ private slots:
 };
 
 } // namespace outpost
-
-Q_DECLARE_METATYPE(outpost::Refusal)
 
 QTEST_APPLESS_MAIN(outpost::RefusalTest)
 #include "refusal_test.moc"

@@ -23,7 +23,17 @@ struct Network {
     double loseEveryMs = 0; // samples are lost on the way, with no gap in the sequence
     int lostSamples = 0;
 };
+} // namespace
 
+} // namespace outpost
+
+Q_DECLARE_METATYPE(outpost::Network)
+
+namespace outpost
+{
+
+namespace
+{
 // Sound of a receiver: when its samples were heard, and when they arrive.
 class Sound
 {
@@ -279,8 +289,6 @@ void SoundClockTest::soundFarFromTheClockIsLost()
 }
 
 } // namespace outpost
-
-Q_DECLARE_METATYPE(outpost::Network)
 
 QTEST_APPLESS_MAIN(outpost::SoundClockTest)
 #include "soundclock_test.moc"
