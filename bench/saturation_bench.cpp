@@ -96,6 +96,7 @@ CaptureOptions SaturationBench::captureOptions(int receiver)
     CaptureOptions options;
     options.bands = decodeBands(lowHz, highHz, 1);
     options.sharedPool = &pool;
+    options.keepsFftPlans = true;
     options.priority = [receiver](qint64 startMs) {
         return decodePriority(QString::number(receiver), startMs);
     };

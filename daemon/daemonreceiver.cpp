@@ -386,6 +386,7 @@ CaptureOptions DaemonReceiver::Private::captureOptions() const
     CaptureOptions options;
     options.bands = decodeBands(config.lowHz, config.highHz, shared.split);
     options.sharedPool = shared.pool;
+    options.keepsFftPlans = true;
     options.maxWaitingPeriods = maxWaitingPeriods;
     options.maxWaitMs = maxWaitMs;
     options.priority = [name = config.name](qint64 startMs) {

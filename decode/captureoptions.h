@@ -40,6 +40,7 @@ struct CaptureOptions {
     int maxWaitMs = 0;
     // The pool starts work of higher priority first. Null: as queued.
     std::function<int(qint64 periodStartMs)> priority;
+    bool keepsFftPlans = false; // see SlotJob
     // Called at each run, on any thread.
     std::function<QString()> decoderPath = jt9PathOfEnvironment;
     Jt9Limits decoderLimits{};

@@ -189,6 +189,7 @@ void KiwiAudioCapture::queueDecodeSlices(long long startMs, const QByteArray &sa
         job.folderIsOwn = captureFolder.isOwn();
         job.limits = options.decoderLimits;
         job.scratchPrefix = options.scratchPrefix;
+        job.keepsFftPlans = options.keepsFftPlans;
         job.control = {options.decoderPath, abortion};
         startWorker(job, samples);
     }

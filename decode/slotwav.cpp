@@ -77,6 +77,15 @@ QString writeSlotWav(const QString &path, const QByteArray &samples)
     return {};
 }
 
+namespace
+{
+// jt9 reads and writes FFTW's plans ("wisdom") in its folder.
+QString fftPlans(const QString &folder)
+{
+    return folder + QStringLiteral("/jt9_wisdom.dat");
+}
+} // namespace
+
 Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
 {
     if (samples.size() != slotPcmBytes) {
@@ -91,11 +100,18 @@ Jt9Result decodeSlot(const SlotJob &job, const QByteArray &samples)
         return {{}, {Jt9Cause::FolderMissing, {}}};
     }
 
+    const QString keptPlans = fftPlans(job.captureFolder);
+    if (job.keepsFftPlans) {
+        QFile::copy(keptPlans, fftPlans(folder));
+    }
     const QString wavPath = folder + QStringLiteral("/pelq_ft8_slot.wav");
     const QString wavError = writeSlotWav(wavPath, samples);
     Jt9Result result = wavError.isEmpty() ? runJt9(wavPath, folder, job.band, job.depth, job.limits,
                                                    job.folderIsOwn, job.control)
                                           : Jt9Result{{}, {Jt9Cause::WavNotWritten, wavError}};
+    if (job.keepsFftPlans && result.failure.cause == Jt9Cause::None) {
+        QFile::rename(fftPlans(folder), keptPlans); // fails if there are some
+    }
     if (!removeScratchFolder(folder) && result.failure.cause == Jt9Cause::None) {
         result.failure = {Jt9Cause::FolderLeft, {}};
     }

@@ -20,6 +20,8 @@ struct SlotJob {
     bool folderIsOwn = false; // no other copy of the program uses it
     Jt9Limits limits = {};
     QString scratchPrefix = QLatin1String(usualScratchPrefix);
+    // Gives jt9 the FFT plans that an earlier run saved, which halves its processor time.
+    bool keepsFftPlans = false;
     Jt9Control control = {};
 };
 

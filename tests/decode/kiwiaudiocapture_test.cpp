@@ -734,6 +734,33 @@ private slots:
         capture.reset();
     }
 
+    void laterRunsGetTheFftPlansOfAnEarlierOne_data()
+    {
+        QTest::addColumn<bool>("kept");
+        QTest::addColumn<QByteArray>("found"); // by the three runs, of which the first fails
+        QTest::newRow("kept") << true << QByteArray("none\nnone\ngood\n");
+        QTest::newRow("as ever") << false << QByteArray("none\nnone\nnone\n");
+    }
+
+    void laterRunsGetTheFftPlansOfAnEarlierOne()
+    {
+        const PublishedDecoder decoder(
+            QStringLiteral("{ cat jt9_wisdom.dat 2>/dev/null || echo none; } >> $here/log\n"
+                           "case $slot in *_142315_*) echo broken > jt9_wisdom.dat; exit 1;; esac\n"
+                           "echo good > jt9_wisdom.dat; echo '~ x'"));
+        QFETCH(bool, kept);
+        CaptureOptions options = oneWorker();
+        options.keepsFftPlans = kept;
+        make(options);
+        for (int i = 0; i < 3; ++i) {
+            capture->queueDecodeSlices(boundaryMs + i * KiwiAudioCapture::periodMs, silence);
+        }
+        QTRY_COMPARE(periods.size(), 2);
+        QTEST(decoder.readLeft(QStringLiteral("log")), "found");
+        QCOMPARE(QDir(folder->path()).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot),
+                 kept ? QStringList(QStringLiteral("jt9_wisdom.dat")) : QStringList());
+    }
+
     void capturesShareAPoolAndItsLimit()
     {
         const PublishedDecoder decoder(QStringLiteral(
