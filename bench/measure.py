@@ -220,11 +220,6 @@ How `kiwi-outpostd` is measured:
 
 What is still above its limit, and why:
 
-- *Periods decoded a minute*: the bare decoders find `jt9_wisdom.dat`, which their first round left in
-  their folders; the station gives each run a new folder. With that file one bare run on this band
-  takes 0.7 s of processor time, without it 1.6 s, and finds the same 28 decodes. Where neither side
-  had the file, in first rounds, the ratio was 0.97 (7.1 and 6.9 s for four periods) and, under more
-  load, 0.92 (11.2 and 10.4 s).
 - *On the machine of 2026-11-22*, an Intel one on which other programs were built meanwhile, more rows
   are above their limits than on the AMD machine of the day before: last sample to rows, the window's
   processor time, clients, new receivers, sessions. Why has not been looked into; the explanations
