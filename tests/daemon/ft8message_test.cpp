@@ -79,6 +79,7 @@ const Case cases[] = {
     {"PA9XYZ G4ABC/P RR73", "G4ABC/P", ""},
     {"<PA3XYZ> <G4ABC/P> 520093 IO91NP", "G4ABC/P", "IO91"},
     {"<G4ABC/P> <PA3XYZ> R 570007 JO22DI", "PA3XYZ", "JO22"},
+    {"<PA3XYZ> <G4ABC/P> R 520093 RR73NP", "G4ABC/P", "RR73"}, // six characters are no "RR73"
     // Two callers at once.
     {"K1ABC RR73; W9XYZ <KH1/KH7Z> -08", "KH1/KH7Z", ""},
     {"K1ABC RR73; W9XYZ <KH1/KH7Z> +03", "KH1/KH7Z", ""},
