@@ -60,17 +60,39 @@ private:
     std::unique_ptr<Outpostd> daemon;
 };
 
-// What a server of the UDP protocol gets, by message type.
-QList<quint32> messageTypes(QUdpSocket &server)
+// A server of the UDP protocol.
+class UdpServer
 {
-    QList<quint32> types;
-    while (server.hasPendingDatagrams()) {
-        QByteArray datagram(static_cast<int>(server.pendingDatagramSize()), '\0');
-        server.readDatagram(datagram.data(), datagram.size());
-        types.append(qFromBigEndian<quint32>(datagram.constData() + 8));
+public:
+    UdpServer()
+    {
+        if (!socket.bind(QHostAddress(QHostAddress::LocalHost))) {
+            qFatal("no port for a UDP server");
+        }
     }
-    return types;
-}
+
+    WsjtxConfig asOutput() const
+    {
+        WsjtxConfig output;
+        output.targets = {{QStringLiteral("127.0.0.1"), socket.localPort()}};
+        return output;
+    }
+
+    // What has arrived since the last call, by message type.
+    QList<quint32> messageTypes()
+    {
+        QList<quint32> types;
+        while (socket.hasPendingDatagrams()) {
+            QByteArray datagram(static_cast<int>(socket.pendingDatagramSize()), '\0');
+            socket.readDatagram(datagram.data(), datagram.size());
+            types.append(qFromBigEndian<quint32>(datagram.constData() + 8));
+        }
+        return types;
+    }
+
+private:
+    QUdpSocket socket;
+};
 } // namespace
 
 class OutpostdTest : public QObject
@@ -83,14 +105,11 @@ private slots:
         const QTemporaryDir folder;
         LoneBridge bridge;
         bridge->start();
-        QUdpSocket server;
-        QVERIFY(server.bind(QHostAddress(QHostAddress::LocalHost)));
+        UdpServer server;
         LoneDaemon daemon(bridge);
         DaemonConfig config;
         config.bridges = {bridgeConfig(bridge, QStringLiteral("window"))};
-        WsjtxConfig udp;
-        udp.targets = {{QStringLiteral("127.0.0.1"), server.localPort()}};
-        config.wsjtx = {udp};
+        config.wsjtx = {server.asOutput()};
         config.allTxt.folder = folder.path();
         daemon->apply(config);
         QTRY_COMPARE(bridge.sockets().size(), 1);
@@ -104,9 +123,9 @@ private slots:
         QCOMPARE(allTxt.readAll(),
                  QByteArray("260130_101530    14.074 Rx FT8    -12  0.3 1234 CQ K1ABC FN42\n"));
         QList<quint32> types;
-        QTRY_VERIFY((types += messageTypes(server), types.contains(2)));
+        QTRY_VERIFY((types += server.messageTypes(), types.contains(2)));
         daemon->stop();
-        QTRY_VERIFY((types += messageTypes(server), types.endsWith(6)));
+        QTRY_VERIFY((types += server.messageTypes(), types.endsWith(6)));
         QCOMPARE(types.first(), 0U);                                   // Heartbeat
         QCOMPARE(types.count(2), 1);                                   // Decode
         QCOMPARE(types.mid(types.size() - 2), (QList<quint32>{3, 6})); // Clear, Close
@@ -139,17 +158,14 @@ private slots:
     void aNameMayGoFromABridgeToAReceiver()
     {
         LoneBridge bridge;
-        QUdpSocket server;
-        QVERIFY(server.bind(QHostAddress(QHostAddress::LocalHost)));
+        UdpServer server;
         LoneDaemon daemon(bridge);
         DaemonConfig config;
         config.bridges = {bridgeConfig(bridge, QStringLiteral("shed"))};
-        WsjtxConfig udp;
-        udp.targets = {{QStringLiteral("127.0.0.1"), server.localPort()}};
-        config.wsjtx = {udp};
+        config.wsjtx = {server.asOutput()};
         daemon->apply(config);
         QList<quint32> types;
-        QTRY_VERIFY((types += messageTypes(server), types.contains(1)));
+        QTRY_VERIFY((types += server.messageTypes(), types.contains(1)));
         ReceiverConfig receiver;
         receiver.name = QStringLiteral("shed");
         receiver.host = QStringLiteral("127.0.0.1");
@@ -157,9 +173,9 @@ private slots:
         receiver.schedule = Schedule(14074000);
         config.receivers = {receiver};
         config.bridges.clear();
-        messageTypes(server);
+        server.messageTypes();
         daemon->apply(config);
-        types = messageTypes(server);                  // before anything else happens
+        types = server.messageTypes();                 // before anything else happens
         QCOMPARE(types, (QList<quint32>{3, 6, 0, 1})); // Clear, Close; Heartbeat, Status
     }
 
@@ -193,23 +209,20 @@ private slots:
     {
         LoneBridge bridge;
         bridge->start();
-        QUdpSocket server;
-        QVERIFY(server.bind(QHostAddress(QHostAddress::LocalHost)));
+        UdpServer server;
         LoneDaemon daemon(bridge);
         DaemonConfig config;
         config.bridges = {bridgeConfig(bridge, QStringLiteral("window"))};
         daemon->apply(config);
         QTRY_COMPARE(bridge.sockets().size(), 1);
-        WsjtxConfig udp;
-        udp.targets = {{QStringLiteral("127.0.0.1"), server.localPort()}};
-        config.wsjtx = {udp};
+        config.wsjtx = {server.asOutput()};
         daemon->apply(config);
         QList<quint32> types;
-        QTRY_VERIFY((types += messageTypes(server), types.contains(1)));
+        QTRY_VERIFY((types += server.messageTypes(), types.contains(1)));
         QCOMPARE(types.first(), 0U);
         config.wsjtx.clear();
         daemon->apply(config);
-        QTRY_VERIFY((types += messageTypes(server), types.endsWith(6)));
+        QTRY_VERIFY((types += server.messageTypes(), types.endsWith(6)));
     }
 
     void theStatusListsEverySource()
